@@ -1,0 +1,32 @@
+#include "app/LoaderHost.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "foundation/Log.hpp"
+
+namespace karvex::app {
+namespace {
+
+foundation::Runtime& runtimeIn(void* context) {
+  return *static_cast<foundation::Runtime*>(context);
+}
+
+}  // namespace
+
+loader::host_calls loaderHostOn(foundation::Runtime& runtime) {
+  return {
+      .context = &runtime,
+      .now = [](void* context) { return runtimeIn(context).clock().now().time_since_epoch(); },
+      .sleep_for = [](void* context,
+                      std::chrono::milliseconds span) { runtimeIn(context).clock().sleepFor(span); },
+      .log = [](void*, const char* text) { foundation::log::system(text); },
+      .print = [](void*, const char* text) { foundation::log::print(text); },
+      .print_error = [](void*, const char* text) { std::fputs(text, stderr); },
+      .run_on_global_queue = [](void* context, void (*job)()) { runtimeIn(context).globalQueue().post(job); },
+      .run_on_main_queue = [](void* context, void (*job)()) { runtimeIn(context).mainQueue().post(job); },
+      .end_process = [](void*, int exitStatus) { std::exit(exitStatus); },
+  };
+}
+
+}  // namespace karvex::app

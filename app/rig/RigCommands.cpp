@@ -1,0 +1,182 @@
+#include "app/rig/RigCommands.hpp"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <vector>
+
+#include "app/rig/LoadReport.hpp"
+#include "app/rig/ProgressLine.hpp"
+#include "app/rig/RigLoad.hpp"
+#include "device/DeviceExplorer.hpp"
+#include "foundation/Log.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "foundation/VirtualRuntime.hpp"
+#include "rig/BoardKind.hpp"
+#include "rig/VirtualBoard.hpp"
+
+namespace karvex::app {
+namespace {
+
+std::unique_ptr<foundation::Runtime> makeRuntime(const CommonOptions& common) {
+  if (common.realTime) {
+    return std::make_unique<foundation::SystemRuntime>();
+  }
+  return std::make_unique<foundation::VirtualRuntime>();
+}
+
+/// On a terminal the log would run over the progress; in a file or a pipe it is what is wanted.
+void chooseLogPlace(const CommonOptions& common, ProgressLine& progress) {
+  if (isatty(STDERR_FILENO) == 0) {
+    return;
+  }
+  if (!common.showLog) {
+    foundation::log::redirectSystem([](std::string_view) {});
+    return;
+  }
+  foundation::log::redirectSystem([&progress](std::string_view text) {
+    progress.clear();
+    fmt::print(stderr, "{}\n", text);
+  });
+}
+
+std::string serialNumberOf(std::size_t place) {
+  return std::to_string(1'000'010 + place * 10);
+}
+
+/// Each report as it reached the board: its length in 32 bits, lowest byte first, and its bytes.
+void writeFramed(std::ostream& out, std::span<const std::uint8_t> report) {
+  const auto length = static_cast<std::uint32_t>(report.size());
+  std::array<char, 4> frame;
+  for (std::size_t i = 0; i < frame.size(); ++i) {
+    frame[i] = static_cast<char>(length >> (8 * i));
+  }
+  out.write(frame.data(), frame.size());
+  out.write(reinterpret_cast<const char*>(report.data()), static_cast<std::streamsize>(report.size()));
+}
+
+/// Opens a file for results, or says why that can't be done.
+bool openForWriting(std::ofstream& file, const std::optional<std::filesystem::path>& path) {
+  if (!path) {
+    return true;
+  }
+  file.open(*path, std::ios::binary | std::ios::trunc);
+  if (!file) {
+    fmt::print(stderr, "karvex-rig: {} can't be written.\n", path->string());
+  }
+  return file.good();
+}
+
+LoadOutcome loadWithProgress(foundation::Runtime& runtime, rig::VirtualBus& bus, LoadRequest request,
+                             ProgressLine& progress,
+                             const std::function<void(const LoadOutcome&)>& beforeEnd) {
+  const auto title =
+      fmt::format("{} {} <- {}", request.mcu, request.serialNumber, request.file.filename().string());
+  request.onProgress = [&progress, title] { progress.show(title); };
+  auto outcome = runLoad(runtime, bus, request, beforeEnd);
+  progress.clear();
+  return outcome;
+}
+
+void say(const std::string& line) {
+  fmt::print("{}\n", line);
+  std::fflush(stdout);
+}
+
+/// "expression-pedal.TEENSY31.hex" is for a TEENSY31.
+std::string mcuInNameOf(const std::filesystem::path& firmware) {
+  const auto name = firmware.stem().extension().string();
+  return name.empty() ? name : name.substr(1);
+}
+
+std::vector<std::filesystem::path> bundledFirmware() {
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator(KARVEX_FIRMWARE_DIRECTORY)) {
+    if (entry.path().extension() == ".hex") {
+      files.push_back(entry.path());
+    }
+  }
+  std::ranges::sort(files);
+  return files;
+}
+
+void showBus(device::DeviceExplorer& explorer) {
+  explorer.scanUSBDevices();
+  say("Boards on the simulated bus:");
+  for (const auto& device : explorer.devices.get()) {
+    say(fmt::format("  {:<22} {:04X}:{:04X} revision {:04X}  {}", device.deviceName, device.USBvendorId,
+                    device.USBproductId, device.USBbcdDevice, device.portName));
+  }
+}
+
+}  // namespace
+
+int runProgram(const CommonOptions& common, const ProgramOptions& options) {
+  std::ofstream reports;
+  std::ofstream report;
+  if (!openForWriting(reports, options.reportsFile) || !openForWriting(report, options.reportFile)) {
+    return exitWrongUse;
+  }
+  ProgressLine progress;
+  chooseLogPlace(common, progress);
+  const auto runtime = makeRuntime(common);
+  rig::VirtualBus bus(runtime->clock());
+  LoadRequest request{.file = options.file, .mcu = options.mcu, .serialNumber = "", .onProgress = {}};
+  if (const auto* kind = rig::findBoardKind(options.mcu)) {
+    request.serialNumber = serialNumberOf(0);
+    auto& board =
+        bus.plugIn(std::make_unique<rig::VirtualBoard>(*kind, request.serialNumber, options.faults));
+    if (reports.is_open()) {
+      board.setReportListener(
+          [&reports](std::span<const std::uint8_t> bytes) { writeFramed(reports, bytes); });
+    }
+  }
+  const auto writeReport = [&report](const LoadOutcome& outcome) {
+    if (report.is_open()) {
+      report << jsonOf(outcome) << std::flush;
+    }
+  };
+  const auto outcome = loadWithProgress(*runtime, bus, request, progress, [&](const LoadOutcome& known) {
+    progress.clear();
+    writeReport(known);
+  });
+  writeReport(outcome);
+  say(sentenceOf(outcome));
+  return outcome.isLoaded() ? exitLoaded : exitLoadFailed;
+}
+
+int runDemo(const CommonOptions& common) {
+  ProgressLine progress;
+  chooseLogPlace(common, progress);
+  const auto runtime = makeRuntime(common);
+  rig::VirtualBus bus(runtime->clock());
+  device::DeviceExplorer explorer(bus, bus);
+  std::vector<LoadRequest> requests;
+  for (const auto& file : bundledFirmware()) {
+    if (const auto* kind = rig::findBoardKind(mcuInNameOf(file))) {
+      auto serialNumber = serialNumberOf(requests.size());
+      bus.plugIn(std::make_unique<rig::VirtualBoard>(*kind, serialNumber));
+      requests.push_back({.file = file,
+                          .mcu = std::string(kind->mcu),
+                          .serialNumber = std::move(serialNumber),
+                          .onProgress = {}});
+    }
+  }
+  showBus(explorer);
+  std::size_t loaded = 0;
+  for (const auto& request : requests) {
+    const auto outcome = loadWithProgress(*runtime, bus, request, progress, [](const LoadOutcome&) {});
+    say(fmt::format("{} <- {}", sentenceOf(outcome), request.file.filename().string()));
+    loaded += outcome.isLoaded() ? 1U : 0U;
+  }
+  say(fmt::format("{} of {} boards loaded and matching.", loaded, requests.size()));
+  return loaded == requests.size() && loaded != 0 ? exitLoaded : exitLoadFailed;
+}
+
+}  // namespace karvex::app

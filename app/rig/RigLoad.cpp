@@ -1,0 +1,148 @@
+#include "app/rig/RigLoad.hpp"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <utility>
+
+#include "app/LoaderHost.hpp"
+#include "app/rig/LoadRecorder.hpp"
+#include "device/DeviceExplorer.hpp"
+#include "foundation/Timer.hpp"
+#include "loader/load.hpp"
+#include "loader/load_status.hpp"
+#include "loader/programming_worker.hpp"
+#include "rig/ExpectedFlash.hpp"
+#include "rig/VirtualHid.hpp"
+
+namespace karvex::app {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr std::uint32_t bootloaderRequestBaud = 134;
+constexpr milliseconds tick{250};
+/// A board that isn't back on the bus this long after its load has ended is not waited for.
+constexpr milliseconds mostTimeToReturn{10'000};
+
+/// One load from the request to the end of the watch.
+class RigLoad {
+ public:
+  RigLoad(foundation::Runtime& runtime, rig::VirtualBus& bus, const LoadRequest& request)
+      : runtime_(runtime),
+        bus_(bus),
+        request_(request),
+        explorer_(bus, bus),
+        hid_(bus, runtime.clock()),
+        recorder_(loaderHostOn(runtime), hid_.calls(), runtime.clock(), timeline_),
+        start_(runtime.clock().now()) {
+    recorder_.setProgressListener(request.onProgress);
+    loader::install_host(recorder_.hostCalls());
+    loader::install_hid(recorder_.hidCalls());
+  }
+
+  LoadOutcome run(const std::function<void(const LoadOutcome&)>& beforeEnd) {
+    recorder_.setEndListener([this, &beforeEnd] { beforeEnd(outcome()); });
+    listenToBoard([this](auto at, const std::string& event) { timeline_.add(at, event); });
+    runtime_.mainQueue().post([this] { begin(); });
+    runtime_.runMain();
+    auto result = outcome();
+    listenToBoard(nullptr);
+    return result;
+  }
+
+ private:
+  void listenToBoard(rig::VirtualBoard::EventListener listener) {
+    bus_.inspect(request_.serialNumber,
+                 [&listener](rig::VirtualBoard& board) { board.setEventListener(std::move(listener)); });
+  }
+
+  void begin() {
+    bus_.setLineSpeed(request_.serialNumber, bootloaderRequestBaud);
+    const auto url = "file://" + std::filesystem::absolute(request_.file).string();
+    answer_ = loader::setParameters(url.c_str(), request_.mcu.c_str());
+    if (answer_ != loader::load_started) {
+      runtime_.stopMain();
+      return;
+    }
+    timer_ = foundation::Timer::repeating(runtime_.clock(), runtime_.mainQueue(), tick, [this] { watch(); });
+  }
+
+  void watch() {
+    constexpr std::array failures = {loader::LOAD_STATUS_ERROR_FILE_FORMAT,
+                                     loader::LOAD_STATUS_ERROR_PROGRAM};
+    const auto status = loader::get_load_status();
+    if (std::find(failures.begin(), failures.end(), status) != failures.end()) {
+      return end();
+    }
+    if (status != loader::LOAD_STATUS_SUCCESS) {
+      return;
+    }
+    const auto now = runtime_.clock().now();
+    if (!succeededAt_) {
+      succeededAt_ = now;
+    }
+    isBack_ = explorer_.isSerialInterfacePresent(request_.serialNumber);
+    if (isBack_ || now - *succeededAt_ >= mostTimeToReturn) {
+      end();
+    }
+  }
+
+  void end() {
+    timer_.cancel();
+    runtime_.stopMain();
+  }
+
+  LoadOutcome outcome() {
+    LoadOutcome outcome{
+        .result = answer_,
+        .loadStatus = loader::get_load_status(),
+        .bytesRead = recorder_.bytesRead(),
+        .failedOpens = recorder_.failedOpens(),
+        .blocksToSend = loader::get_load_progress().blocks_to_send,
+        .isBack = isBack_,
+        .serialNumber = request_.serialNumber,
+        .mcu = request_.mcu,
+        .boardState = "none",
+        .start = start_,
+        .timeline = {},
+    };
+    bus_.inspect(request_.serialNumber, [&](const rig::VirtualBoard& board) {
+      const auto expected = rig::expectedFlash(request_.file, board.kind());
+      outcome.reports = board.blocksTaken();
+      outcome.bootReport = board.hasBooted();
+      outcome.flashMatches = expected && std::ranges::equal(*expected, board.flash());
+      outcome.mcu = board.kind().mcu;
+      outcome.boardState = nameOf(board.state());
+    });
+    outcome.timeline = timeline_.sorted();
+    return outcome;
+  }
+
+  foundation::Runtime& runtime_;
+  rig::VirtualBus& bus_;
+  const LoadRequest& request_;
+  Timeline timeline_;
+  device::DeviceExplorer explorer_;
+  rig::VirtualHid hid_;
+  LoadRecorder recorder_;
+  foundation::TimePoint start_;
+  foundation::Timer timer_;
+  std::string answer_;
+  std::optional<foundation::TimePoint> succeededAt_;
+  bool isBack_ = false;
+};
+
+}  // namespace
+
+bool LoadOutcome::isLoaded() const {
+  return result == loader::load_started && loadStatus == loader::LOAD_STATUS_SUCCESS && bootReport &&
+         flashMatches;
+}
+
+LoadOutcome runLoad(foundation::Runtime& runtime, rig::VirtualBus& bus, const LoadRequest& request,
+                    const std::function<void(const LoadOutcome&)>& beforeEnd) {
+  return RigLoad(runtime, bus, request).run(beforeEnd);
+}
+
+}  // namespace karvex::app

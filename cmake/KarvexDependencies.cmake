@@ -1,0 +1,17 @@
+# Everything comes from the distribution's own packages; tools/packages lists their names.
+
+find_package(Threads REQUIRED)
+find_package(PkgConfig REQUIRED)
+find_package(spdlog REQUIRED)
+find_package(fmt REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+pkg_check_modules(hidapi_hidraw REQUIRED IMPORTED_TARGET hidapi-hidraw)
+pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
+
+# Asio is headers only and ships neither a CMake package nor a pkg-config file.
+find_path(KARVEX_ASIO_INCLUDE_DIR asio.hpp REQUIRED)
+add_library(karvex_asio INTERFACE)
+target_include_directories(karvex_asio SYSTEM INTERFACE "${KARVEX_ASIO_INCLUDE_DIR}")
+target_compile_definitions(karvex_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+target_link_libraries(karvex_asio INTERFACE Threads::Threads)

@@ -1,0 +1,38 @@
+# One way to declare a library or a program, so that warnings, sanitizers and include paths are the same everywhere.
+
+find_program(KARVEX_CCACHE ccache)
+if(KARVEX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${KARVEX_CCACHE}")
+endif()
+
+add_library(karvex_options INTERFACE)
+target_compile_options(karvex_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wcast-align -Wformat=2 -Werror)
+target_include_directories(karvex_options INTERFACE
+  "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>" "$<INSTALL_INTERFACE:include/karvex>")
+if(KARVEX_SANITIZE)
+  target_compile_options(karvex_options INTERFACE
+    "-fsanitize=${KARVEX_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(karvex_options INTERFACE "-fsanitize=${KARVEX_SANITIZE}")
+endif()
+
+# karvex_library(NAME SOURCES ... [PUBLIC target...] [PRIVATE target...]) makes karvex_NAME, known as karvex::NAME.
+function(karvex_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  if(ARG_SOURCES)
+    add_library(karvex_${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(karvex_${name} PUBLIC karvex_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  else()
+    add_library(karvex_${name} INTERFACE)
+    target_link_libraries(karvex_${name} INTERFACE karvex_options ${ARG_PUBLIC})
+  endif()
+  add_library(karvex::${name} ALIAS karvex_${name})
+endfunction()
+
+# karvex_program(NAME SOURCES ... LINK target...) makes the program NAME.
+function(karvex_program name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE karvex_options ${ARG_LINK})
+endfunction()

@@ -1,0 +1,104 @@
+#include "device/DeviceExplorer.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+#include "device/PortName.hpp"
+#include "foundation/Log.hpp"
+
+namespace karvex::device {
+namespace {
+
+using foundation::Published;
+using records::DeviceInfo;
+
+constexpr std::int32_t halfkayProductId = 0x0478;
+
+constexpr std::array<std::int32_t, 13> acceptedProducts = {
+    0x0476, halfkayProductId, 0x0482, 0x0483, 0x0486, 0x0487, 0x048B,
+    0x048C, 0x04D0,           0x04D1, 0x04D2, 0x04D3, 0x04D4,
+};
+
+/// These product IDs are shared with boards that are none of the equipment; the revision tells which are.
+constexpr std::array<std::int32_t, 4> productsByRevision = {0x0485, 0x0488, 0x0489, 0x048A};
+constexpr std::array<std::int32_t, 6> acceptedRevisions = {0x0200, 0x0211, 0x0212, 0x0279, 0x0280, 0x0281};
+
+template <std::size_t N>
+bool isIn(const std::array<std::int32_t, N>& list, std::int32_t value) {
+  return std::find(list.begin(), list.end(), value) != list.end();
+}
+
+bool isEquipment(const UsbDevice& device) {
+  if (device.idVendor != DeviceExplorer::PJRC_VENDOR_ID) {
+    return false;
+  }
+  const auto product = device.idProduct.value_or(0);
+  return isIn(acceptedProducts, product) ||
+         (isIn(productsByRevision, product) && isIn(acceptedRevisions, device.bcdDevice.value_or(0)));
+}
+
+std::optional<DeviceInfo> recordOf(const UsbDevice& device) {
+  const auto serialNumber = device.serialNumber.value_or("");
+  const auto product = device.idProduct.value_or(0);
+  if (serialNumber.empty()) {
+    foundation::log::system(
+        fmt::format("> KARVEX : USB device 16C0:{:04X} has no serial number : passed over", product));
+    return std::nullopt;
+  }
+  const auto name = device.product.value_or("");
+  const auto shownName = name.empty() ? std::string("Raw HID Device") : name;
+  return DeviceInfo{
+      .portName = portNameFor(serialNumber),
+      .deviceName = shownName,
+      .serialNumber = serialNumber,
+      .USBvendorId = DeviceExplorer::PJRC_VENDOR_ID,
+      .USBproductId = product,
+      .USBbcdDevice = device.bcdDevice.value_or(0),
+      .USBproductName = shownName,
+  };
+}
+
+}  // namespace
+
+DeviceExplorer::DeviceExplorer(UsbBus& bus, SerialInterfaces& serialInterfaces)
+    : bus_(bus), serialInterfaces_(serialInterfaces) {}
+
+void DeviceExplorer::scanUSBDevices() {
+  devices.set({});
+  const int status = bus_.forEachDevice([this](const UsbDevice& device) {
+    if (!isEquipment(device)) {
+      return;
+    }
+    if (auto record = recordOf(device)) {
+      devices.update([&record](std::vector<DeviceInfo>& list) { list.push_back(std::move(*record)); });
+    }
+  });
+  if (status != 0) {
+    foundation::log::print(
+        fmt::format("Erreur lors de l'obtention des services correspondants : {}\n", status));
+  }
+}
+
+DeviceInfo DeviceExplorer::deviceForSerialNumber(const std::string& serialNumber) const {
+  const auto list = devices.get();
+  const auto found = std::find_if(list.begin(), list.end(), [&serialNumber](const DeviceInfo& device) {
+    return device.serialNumber == serialNumber;
+  });
+  return found != list.end() ? *found : DeviceInfo{};
+}
+
+bool DeviceExplorer::isHalfkayDevicePresent() const {
+  const auto list = devices.get();
+  return std::any_of(list.begin(), list.end(),
+                     [](const DeviceInfo& device) { return device.USBproductId == halfkayProductId; });
+}
+
+bool DeviceExplorer::isSerialInterfacePresent(const std::string& serialNumber) const {
+  return serialInterfaces_.isPresent(interfaceNameFor(serialNumber));
+}
+
+}  // namespace karvex::device

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "foundation/Clock.hpp"
+#include "foundation/Queue.hpp"
+
+namespace karvex::foundation {
+
+/// The threads and the clock that a program runs on. SystemRuntime is the machine's own; VirtualRuntime is
+/// the deterministic one of tests and of the rig's fast mode. The thread that makes a Runtime is its main
+/// thread.
+class Runtime {
+ public:
+  virtual ~Runtime() = default;
+
+  virtual Clock& clock() = 0;
+
+  /// One job at a time, on the main thread, while that is inside runMain().
+  virtual Queue& mainQueue() = 0;
+
+  /// Jobs run beside each other on threads of the runtime's own and may block.
+  virtual Queue& globalQueue() = 0;
+
+  /// Runs the main queue's jobs on the calling thread, which must be the main thread, until stopMain().
+  virtual void runMain() = 0;
+
+  /// Makes runMain() return behind the jobs that the main queue holds already. Any thread.
+  virtual void stopMain() = 0;
+};
+
+}  // namespace karvex::foundation

@@ -1,0 +1,81 @@
+#include "foundation/SystemRuntime.hpp"
+
+#include <algorithm>
+#include <asio.hpp>
+#include <thread>
+#include <utility>
+
+namespace karvex::foundation {
+namespace {
+
+class SystemClock final : public Clock {
+ public:
+  TimePoint now() const override { return std::chrono::steady_clock::now(); }
+  void sleepUntil(TimePoint deadline) override { std::this_thread::sleep_until(deadline); }
+};
+
+/// A queue over anything that Asio can run handlers on.
+template <typename Context>
+class AsioQueue final : public Queue {
+ public:
+  explicit AsioQueue(Context& context) : context_(context) {}
+
+  void post(Job job) override { asio::post(context_, std::move(job)); }
+
+  void postAt(TimePoint due, Job job) override {
+    auto timer = std::make_unique<asio::steady_timer>(context_, due);
+    auto& waiting = *timer;
+    waiting.async_wait([timer = std::move(timer), job = std::move(job)](const asio::error_code& error) {
+      if (!error) {
+        job();
+      }
+    });
+  }
+
+ private:
+  Context& context_;
+};
+
+/// Global jobs sleep and wait for devices, so there must be more threads than processors.
+std::size_t globalThreads() {
+  return std::max<std::size_t>(8, std::thread::hardware_concurrency());
+}
+
+}  // namespace
+
+struct SystemRuntime::State {
+  SystemClock clock;
+  asio::io_context mainContext{1};
+  asio::thread_pool pool{globalThreads()};
+  AsioQueue<asio::io_context> mainQueue{mainContext};
+  AsioQueue<asio::thread_pool> globalQueue{pool};
+};
+
+SystemRuntime::SystemRuntime() : state_(std::make_unique<State>()) {}
+
+SystemRuntime::~SystemRuntime() {
+  state_->pool.stop();
+  state_->pool.join();
+}
+
+Clock& SystemRuntime::clock() {
+  return state_->clock;
+}
+Queue& SystemRuntime::mainQueue() {
+  return state_->mainQueue;
+}
+Queue& SystemRuntime::globalQueue() {
+  return state_->globalQueue;
+}
+
+void SystemRuntime::runMain() {
+  auto keepRunning = asio::make_work_guard(state_->mainContext);
+  state_->mainContext.restart();
+  state_->mainContext.run();
+}
+
+void SystemRuntime::stopMain() {
+  asio::post(state_->mainContext, [this] { state_->mainContext.stop(); });
+}
+
+}  // namespace karvex::foundation

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include "foundation/Runtime.hpp"
+
+namespace karvex::foundation {
+
+/// The machine's own clock and threads. The destructor waits for the global jobs that have started and drops
+/// those that have not.
+class SystemRuntime final : public Runtime {
+ public:
+  SystemRuntime();
+  ~SystemRuntime() override;
+  SystemRuntime(const SystemRuntime&) = delete;
+  SystemRuntime& operator=(const SystemRuntime&) = delete;
+
+  Clock& clock() override;
+  Queue& mainQueue() override;
+  Queue& globalQueue() override;
+  void runMain() override;
+  void stopMain() override;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
+
+}  // namespace karvex::foundation

@@ -1,0 +1,205 @@
+#include "foundation/VirtualRuntime.hpp"
+
+#include <algorithm>
+#include <cassert>
+#include <optional>
+
+namespace karvex::foundation {
+namespace {
+
+/// The participant that the calling thread is, of the runtime that it belongs to. Null on foreign threads.
+thread_local void* thisParticipant = nullptr;
+
+}  // namespace
+
+VirtualRuntime::VirtualRuntime() {
+  main_.hasBaton = true;
+}
+
+VirtualRuntime::~VirtualRuntime() {
+  // What is dropped dies behind the lock: a destructor in a job may well post.
+  Ready dropped;
+  std::vector<Delivery> droppedDeliveries;
+  Lock lock(mutex_);
+  isEnding_ = true;
+  dropped.swap(globalReady_);
+  std::erase_if(timed_, [&droppedDeliveries](auto& entry) {
+    auto* delivery = std::get_if<Delivery>(&entry.second);
+    if (delivery != nullptr) {
+      droppedDeliveries.push_back(std::move(*delivery));
+    }
+    return delivery != nullptr;
+  });
+  while (idleWorkers_.size() < workers_.size()) {
+    // The sleepers go on one after the other; behind the last of them the baton comes back here.
+    timed_.emplace(keyAt(TimePoint::max()), &main_);
+    handBatonOn(main_);
+    awaitBaton(lock, main_);
+  }
+  for (auto& worker : workers_) {
+    giveBaton(*worker);
+  }
+  lock.unlock();
+  for (auto& thread : threads_) {
+    thread.join();
+  }
+}
+
+void VirtualRuntime::runMain() {
+  Lock lock(mutex_);
+  assert(main_.hasBaton && "runMain() belongs to the thread that made the runtime");
+  mainMayRun_ = true;
+  while (mainMayRun_) {
+    mainIsIdle_ = true;
+    handBatonOn(main_);
+    awaitBaton(lock, main_);
+    auto job = std::exchange(main_.job, nullptr);
+    lock.unlock();
+    job();
+    job = nullptr;
+    lock.lock();
+  }
+}
+
+void VirtualRuntime::stopMain() {
+  mainQueue_.post([this] {
+    const Lock lock(mutex_);
+    mainMayRun_ = false;
+  });
+}
+
+TimePoint VirtualRuntime::VirtualClock::now() const {
+  const Lock lock(runtime_.mutex_);
+  return runtime_.now_;
+}
+
+void VirtualRuntime::VirtualClock::sleepUntil(TimePoint deadline) {
+  Lock lock(runtime_.mutex_);
+  if (deadline <= runtime_.now_) {
+    return;
+  }
+  Participant& self = runtime_.current();
+  runtime_.timed_.emplace(runtime_.keyAt(deadline), &self);
+  runtime_.handBatonOn(self);
+  runtime_.awaitBaton(lock, self);
+}
+
+void VirtualRuntime::VirtualQueue::post(Job job) {
+  const Lock lock(runtime_.mutex_);
+  if (runtime_.isEnding_) {
+    return;
+  }
+  ready_.emplace(runtime_.keyAt(runtime_.now_), std::move(job));
+  runtime_.scheduleIfFree();
+}
+
+void VirtualRuntime::VirtualQueue::postAt(TimePoint due, Job job) {
+  const Lock lock(runtime_.mutex_);
+  if (runtime_.isEnding_) {
+    return;
+  }
+  const auto key = runtime_.keyAt(std::max(due, runtime_.now_));
+  runtime_.timed_.emplace(key, Delivery{&ready_, std::move(job)});
+  runtime_.scheduleIfFree();
+}
+
+VirtualRuntime::Participant& VirtualRuntime::current() {
+  if (thisParticipant != nullptr) {
+    return *static_cast<Participant*>(thisParticipant);
+  }
+  assert(main_.hasBaton && "only threads of the runtime can sleep on its clock");
+  return main_;
+}
+
+void VirtualRuntime::handBatonOn(Participant& from) {
+  from.hasBaton = false;
+  giveBatonToFirst();
+}
+
+/// Finds what is due first and gives the baton to the thread that it is for. Called with the lock held, while
+/// nobody has the baton.
+void VirtualRuntime::giveBatonToFirst() {
+  while (true) {
+    std::optional<Key> first;
+    const auto consider = [&first](const auto& waiting) {
+      if (!waiting.empty() && (!first || waiting.begin()->first < *first)) {
+        first = waiting.begin()->first;
+      }
+    };
+    consider(timed_);
+    consider(globalReady_);
+    if (mainIsIdle_) {
+      consider(mainReady_);
+    }
+    batonIsFree_ = !first;
+    if (!first) {
+      return;
+    }
+    if (first->first != TimePoint::max()) {
+      now_ = std::max(now_, first->first);
+    }
+    if (auto timed = timed_.extract(*first); !timed.empty()) {
+      if (auto* sleeper = std::get_if<Participant*>(&timed.mapped())) {
+        return giveBaton(**sleeper);
+      }
+      auto& delivery = std::get<Delivery>(timed.mapped());
+      delivery.to->emplace(*first, std::move(delivery.job));
+    } else if (auto global = globalReady_.extract(*first); !global.empty()) {
+      return giveBatonForGlobalJob(std::move(global.mapped()));
+    } else {
+      main_.job = std::move(mainReady_.extract(*first).mapped());
+      mainIsIdle_ = false;
+      return giveBaton(main_);
+    }
+  }
+}
+
+void VirtualRuntime::giveBaton(Participant& to) {
+  to.hasBaton = true;
+  to.resume.notify_one();
+}
+
+/// Uses a thread that is idle, or makes one: a blocked job must never keep another one from starting.
+void VirtualRuntime::giveBatonForGlobalJob(Job job) {
+  if (!idleWorkers_.empty()) {
+    Participant& worker = *idleWorkers_.back();
+    idleWorkers_.pop_back();
+    worker.job = std::move(job);
+    return giveBaton(worker);
+  }
+  auto& worker = *workers_.emplace_back(std::make_unique<Participant>());
+  worker.job = std::move(job);
+  worker.hasBaton = true;
+  threads_.emplace_back([this, &worker] { workerLoop(worker); });
+}
+
+/// A post from outside, while nobody runs, has to start the next one itself.
+void VirtualRuntime::scheduleIfFree() {
+  if (batonIsFree_) {
+    giveBatonToFirst();
+  }
+}
+
+void VirtualRuntime::awaitBaton(Lock& lock, Participant& self) {
+  self.resume.wait(lock, [&self] { return self.hasBaton; });
+}
+
+void VirtualRuntime::workerLoop(Participant& self) {
+  thisParticipant = &self;
+  Lock lock(mutex_);
+  while (true) {
+    awaitBaton(lock, self);
+    if (!self.job) {
+      return;
+    }
+    auto job = std::exchange(self.job, nullptr);
+    lock.unlock();
+    job();
+    job = nullptr;
+    lock.lock();
+    idleWorkers_.push_back(&self);
+    handBatonOn(self);
+  }
+}
+
+}  // namespace karvex::foundation

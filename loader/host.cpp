@@ -1,0 +1,62 @@
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+
+#include "loader/platform/host.hpp"
+
+namespace karvex::loader {
+namespace {
+
+host_calls host;
+
+using text_buffer = std::array<char, 1024>;
+
+}  // namespace
+
+void install_host(const host_calls& calls) {
+  host = calls;
+}
+
+std::chrono::nanoseconds host_now() {
+  return host.now(host.context);
+}
+
+void host_sleep(std::chrono::milliseconds span) {
+  host.sleep_for(host.context, span);
+}
+
+void host_log(const char* format, ...) {
+  text_buffer text;
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  va_end(arguments);
+  host.log(host.context, text.data());
+}
+
+void host_print(const char* format, ...) {
+  text_buffer text;
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  va_end(arguments);
+  host.print(host.context, text.data());
+}
+
+void host_print_error(const char* text) {
+  host.print_error(host.context, text);
+}
+
+void host_run_on_global_queue(void (*job)()) {
+  host.run_on_global_queue(host.context, job);
+}
+
+void host_run_on_main_queue(void (*job)()) {
+  host.run_on_main_queue(host.context, job);
+}
+
+void host_end_process(int exit_status) {
+  host.end_process(host.context, exit_status);
+}
+
+}  // namespace karvex::loader

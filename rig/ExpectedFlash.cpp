@@ -1,0 +1,148 @@
+#include "rig/ExpectedFlash.hpp"
+
+#include <algorithm>
+#include <fstream>
+#include <numeric>
+#include <string>
+#include <string_view>
+
+namespace karvex::rig {
+namespace {
+
+constexpr std::size_t pieceLength = 1023;
+constexpr std::uint64_t addressLimit = 0xFFFFFF;
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// The next line with its line end, up to a NUL byte in it; one that is too long comes in pieces. False at
+/// the end of the file.
+bool readLine(std::streambuf& file, std::string& line) {
+  line.clear();
+  constexpr auto endOfFile = std::char_traits<char>::eof();
+  auto next = file.sgetc();
+  while (next != endOfFile && line.size() < pieceLength && !line.ends_with('\n')) {
+    line.push_back(static_cast<char>(next));
+    next = file.snextc();
+  }
+  const bool isRead = !line.empty();
+  line.resize(std::min(line.size(), line.find('\0')));
+  return isRead;
+}
+
+std::optional<std::uint8_t> digit(char character) {
+  constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
+  const auto place = digits.find(character);
+  return place == std::string_view::npos ? std::nullopt : std::optional<std::uint8_t>(place % 16);
+}
+
+/// As many bytes as the text has whole pairs of digits at its beginning.
+Bytes leadingBytes(std::string_view text) {
+  Bytes bytes;
+  for (std::size_t at = 0; at + 1 < text.size(); at += 2) {
+    const auto high = digit(text[at]);
+    const auto low = digit(text[at + 1]);
+    if (!high || !low) {
+      break;
+    }
+    bytes.push_back(static_cast<std::uint8_t>(*high * 16 + *low));
+  }
+  return bytes;
+}
+
+std::uint32_t bigEndian(const Bytes& bytes, std::size_t at) {
+  return static_cast<std::uint32_t>(bytes[at] * 256 + bytes[at + 1]);
+}
+
+/// True when the bytes of a record, its checksum among them, add up to 0 modulo 256.
+bool addsUp(const Bytes& bytes, std::size_t count) {
+  return bytes.size() >= count &&
+         std::accumulate(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count), 0U) % 256 == 0;
+}
+
+class Reading {
+ public:
+  explicit Reading(const BoardKind& kind) : kind_(kind), flash_(kind.flashSize, 0xFF) {}
+
+  bool isAtEnd() const { return isAtEnd_; }
+  Bytes takeFlash() { return std::move(flash_); }
+
+  /// False if the line is malformed.
+  bool read(std::string_view line) {
+    constexpr std::size_t header = 4;
+    if (line.size() < 11 || line[0] != ':') {
+      return false;
+    }
+    const auto bytes = leadingBytes(line.substr(1));
+    if (bytes.size() < header || bytes[0] * std::size_t{2} + 11 > line.size()) {
+      return false;
+    }
+    const std::size_t count = bytes[0];
+    const std::uint64_t start = base_ + bigEndian(bytes, 1);
+    if (start + count > addressLimit) {
+      return false;
+    }
+    switch (bytes[3]) {
+      case 0:
+        return readData(bytes, start);
+      case 1:
+        isAtEnd_ = true;
+        return true;
+      case 2:
+      case 4:
+        if (count == 2 && addsUp(bytes, header + count + 1)) {
+          setBase(bytes[3], bigEndian(bytes, header));
+        }
+        return true;
+      default:
+        return true;
+    }
+  }
+
+ private:
+  bool readData(const Bytes& bytes, std::uint64_t start) {
+    const std::size_t count = bytes[0];
+    if (!addsUp(bytes, count + 5)) {
+      return false;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+      if (start + i < flash_.size()) {
+        flash_[start + i] = bytes[4 + i];
+      }
+    }
+    return true;
+  }
+
+  void setBase(std::uint8_t type, std::uint64_t value) {
+    constexpr std::uint64_t externalFlash = 0x60000000;
+    base_ = type == 2 ? value * 16 : value * 65536;
+    const bool mapsExternalFlash = kind_.flashSize > 1024 * 1024;
+    if (mapsExternalFlash && type == 4 && base_ >= externalFlash && base_ < externalFlash + kind_.flashSize) {
+      base_ -= externalFlash;
+    }
+  }
+
+  const BoardKind& kind_;
+  Bytes flash_;
+  std::uint64_t base_ = 0;
+  bool isAtEnd_ = false;
+};
+
+}  // namespace
+
+std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
+                                                       const BoardKind& kind) {
+  std::ifstream stream(file, std::ios::binary);
+  if (!stream) {
+    return std::nullopt;
+  }
+  Reading reading(kind);
+  std::string line;
+  while (!reading.isAtEnd() && readLine(*stream.rdbuf(), line)) {
+    if (!line.empty() && !reading.read(line)) {
+      return std::nullopt;
+    }
+  }
+  return reading.takeFlash();
+}
+
+}  // namespace karvex::rig

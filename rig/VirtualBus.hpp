@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "device/platform/SerialInterfaces.hpp"
+#include "device/platform/UsbBus.hpp"
+#include "foundation/Clock.hpp"
+#include "rig/VirtualBoard.hpp"
+
+namespace karvex::rig {
+
+/// A USB bus with boards on it, in the order in which they were plugged in; a board keeps its place when it
+/// changes between firmware and bootloader, as it does on a real port. All operations may be called on any
+/// thread.
+class VirtualBus final : public device::UsbBus, public device::SerialInterfaces {
+ public:
+  /// The clock must outlive the bus.
+  explicit VirtualBus(foundation::Clock& clock) : clock_(clock) {}
+
+  /// Plugs a board in, running its firmware. The reference stays good for the life of the bus, but what it
+  /// refers to is to be read only while nothing else uses the bus, or inside inspect().
+  VirtualBoard& plugIn(std::unique_ptr<VirtualBoard> board);
+
+  /// Calls `look` with the board of that serial number, brought up to the present. False if there is none.
+  bool inspect(const std::string& serialNumber, const std::function<void(VirtualBoard&)>& look);
+
+  /// The line speed of the serial port of the board with that serial number was changed. False if no running
+  /// board has it.
+  bool setLineSpeed(const std::string& serialNumber, std::uint32_t baud);
+
+  /// A board in its bootloader, in the visit that it is on.
+  struct HalfKayBoard {
+    std::size_t place;
+    std::uint32_t session;
+    bool deniesAccess;
+  };
+
+  /// The first board listed that is in its bootloader.
+  std::optional<HalfKayBoard> firstHalfKayBoard();
+
+  /// Offers an output report to the board; if that visit to the bootloader is over, the board is gone.
+  ReportOutcome sendReport(const HalfKayBoard& to, std::span<const std::uint8_t> report);
+
+  int forEachDevice(const std::function<void(const device::UsbDevice&)>& visit) override;
+  bool isPresent(const std::string& interfaceName) override;
+
+ private:
+  /// Calls `use` with each board at the present moment, under the lock, until it gives true.
+  bool anyBoard(const std::function<bool(VirtualBoard&)>& use);
+
+  foundation::Clock& clock_;
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<VirtualBoard>> boards_;
+};
+
+}  // namespace karvex::rig

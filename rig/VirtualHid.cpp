@@ -1,0 +1,67 @@
+#include "rig/VirtualHid.hpp"
+
+#include <chrono>
+#include <memory>
+
+namespace karvex::rig {
+namespace {
+
+using Handle = VirtualBus::HalfKayBoard;
+
+/// A transfer that fails takes this long on a real bus (a stall 2 to 9 ms were measured). Without it, a
+/// report that is offered again and again would never get past a moment of virtual time.
+constexpr std::chrono::milliseconds failedTransferTime{2};
+
+Handle* handleOf(loader::hid_device* device) {
+  return reinterpret_cast<Handle*>(device);
+}
+
+loader::hid_device* deviceOf(std::unique_ptr<Handle> handle) {
+  return reinterpret_cast<loader::hid_device*>(handle.release());
+}
+
+loader::hid_access open(loader::hid_device* device) {
+  if (handleOf(device)->deniesAccess) {
+    delete handleOf(device);
+    return loader::hid_access::not_permitted;
+  }
+  return loader::hid_access::opened;
+}
+
+}  // namespace
+
+loader::hid_search VirtualHid::findFirst(loader::hid_device** device) {
+  const auto board = bus_.firstHalfKayBoard();
+  if (!board) {
+    return loader::hid_search::none;
+  }
+  *device = deviceOf(std::make_unique<Handle>(*board));
+  return loader::hid_search::found;
+}
+
+loader::hid_delivery VirtualHid::setOutputReport(const Handle& to, std::span<const std::uint8_t> report) {
+  const auto outcome = bus_.sendReport(to, report);
+  if (outcome == ReportOutcome::accepted) {
+    return loader::hid_delivery::sent;
+  }
+  clock_.sleepFor(failedTransferTime);
+  return outcome == ReportOutcome::gone ? loader::hid_delivery::gone : loader::hid_delivery::refused;
+}
+
+loader::hid_calls VirtualHid::calls() {
+  return {
+      .context = this,
+      .find_first =
+          [](void* self, std::uint16_t, std::uint16_t, loader::hid_device** device) {
+            return static_cast<VirtualHid*>(self)->findFirst(device);
+          },
+      .open = [](void*, loader::hid_device* device) { return open(device); },
+      .close = [](void*, loader::hid_device* device) { delete handleOf(device); },
+      .set_output_report =
+          [](void* self, loader::hid_device* device, const std::uint8_t* bytes, std::size_t length) {
+            return static_cast<VirtualHid*>(self)->setOutputReport(*handleOf(device), {bytes, length});
+          },
+  };
+}
+
+}  // namespace karvex::rig
