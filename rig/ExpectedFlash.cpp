@@ -16,13 +16,11 @@ using Bytes = std::vector<std::uint8_t>;
 
 /// The next line with its line end, up to a NUL byte in it; one that is too long comes in pieces. False at
 /// the end of the file.
-bool readLine(std::streambuf& file, std::string& line) {
+bool readLine(std::istream& file, std::string& line) {
   line.clear();
-  constexpr auto endOfFile = std::char_traits<char>::eof();
-  auto next = file.sgetc();
-  while (next != endOfFile && line.size() < pieceLength && !line.ends_with('\n')) {
-    line.push_back(static_cast<char>(next));
-    next = file.snextc();
+  char next = '\0';
+  while (line.size() < pieceLength && !line.ends_with('\n') && file.get(next)) {
+    line.push_back(next);
   }
   const bool isRead = !line.empty();
   line.resize(std::min(line.size(), line.find('\0')));
@@ -137,12 +135,12 @@ std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::pa
   }
   Reading reading(kind);
   std::string line;
-  while (!reading.isAtEnd() && readLine(*stream.rdbuf(), line)) {
+  while (!reading.isAtEnd() && readLine(stream, line)) {
     if (!line.empty() && !reading.read(line)) {
       return std::nullopt;
     }
   }
-  return reading.takeFlash();
+  return stream.bad() ? std::nullopt : std::optional(reading.takeFlash());
 }
 
 }  // namespace karvex::rig

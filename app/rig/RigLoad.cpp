@@ -105,7 +105,6 @@ class RigLoad {
         .mcu = request_.mcu,
         .boardState = "none",
         .start = start_,
-        .timeline = {},
     };
     bus_.inspect(request_.serialNumber, [&](const rig::VirtualBoard& board) {
       const auto expected = rig::expectedFlash(request_.file, board.kind());
@@ -115,7 +114,7 @@ class RigLoad {
       outcome.mcu = board.kind().mcu;
       outcome.boardState = nameOf(board.state());
     });
-    outcome.timeline = timeline_.sorted();
+    outcome.timeline = timeline_.entries();
     return outcome;
   }
 

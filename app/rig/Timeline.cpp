@@ -7,15 +7,16 @@ namespace karvex::app {
 
 void Timeline::add(foundation::TimePoint at, std::string event) {
   const std::lock_guard lock(mutex_);
-  entries_.push_back({at, std::move(event)});
+  // A board tells of a change only when somebody next looks at it, so entries can come late.
+  const auto place =
+      std::upper_bound(entries_.begin(), entries_.end(), at,
+                       [](foundation::TimePoint time, const Entry& entry) { return time < entry.at; });
+  entries_.insert(place, {at, std::move(event)});
 }
 
-std::vector<Timeline::Entry> Timeline::sorted() const {
+std::vector<Timeline::Entry> Timeline::entries() const {
   const std::lock_guard lock(mutex_);
-  auto copy = entries_;
-  // A board tells of a change only when somebody next looks at it, so entries can come late.
-  std::stable_sort(copy.begin(), copy.end(), [](const Entry& a, const Entry& b) { return a.at < b.at; });
-  return copy;
+  return entries_;
 }
 
 }  // namespace karvex::app

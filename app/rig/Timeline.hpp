@@ -19,7 +19,7 @@ class Timeline {
   void add(foundation::TimePoint at, std::string event);
 
   /// The entries in the order of their times; those of the same time in the order in which they were added.
-  std::vector<Entry> sorted() const;
+  std::vector<Entry> entries() const;
 
  private:
   mutable std::mutex mutex_;

@@ -14,8 +14,8 @@
 namespace karvex::device {
 namespace {
 
-/// Where a device is attached: the number of its bus, then the ports on the way to it. The kernel names a device
-/// after it: "usb1" is at {1}, "1-4.10" at {1, 4, 10}.
+/// Where a device is attached: the number of its bus, then the ports on the way to it. The kernel names a
+/// device after it: "usb1" is at {1}, "1-4.10" at {1, 4, 10}.
 using BusPosition = std::vector<unsigned>;
 
 BusPosition positionInName(std::string_view name) {
@@ -81,7 +81,7 @@ int UdevUsbBus::forEachDevice(const std::function<void(const UsbDevice&)>& visit
   if (error != 0) {
     return error;
   }
-  std::stable_sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
   for (const auto& [position, device] : found) {
     visit(device);
   }

@@ -18,9 +18,13 @@ template <typename T>
 using Held = std::unique_ptr<T, Release>;
 
 /// libudev gives negative error numbers, and null with errno set where it can't make an object.
-int errorOf(int result) { return result < 0 ? -result : 0; }
+int errorOf(int result) {
+  return result < 0 ? -result : 0;
+}
 
-int errorOfNull() { return errno != 0 ? errno : ENOMEM; }
+int errorOfNull() {
+  return errno != 0 ? errno : ENOMEM;
+}
 
 }  // namespace
 
@@ -42,7 +46,8 @@ int walkUdev(const char* subsystem, const std::function<bool(udev_device&)>& vis
   }
   udev_list_entry* entry = nullptr;
   udev_list_entry_foreach(entry, udev_enumerate_get_list_entry(list.get())) {
-    const Held<udev_device> device(udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
+    const Held<udev_device> device(
+        udev_device_new_from_syspath(context.get(), udev_list_entry_get_name(entry)));
     if (device != nullptr && !visit(*device)) {
       break;
     }

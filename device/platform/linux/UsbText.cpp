@@ -15,8 +15,8 @@ struct Piece {
   bool clean = false;          ///< a well-formed character, and not a control character
 };
 
-/// One row of the well-formed byte sequences: lead bytes in [firstLead, lastLead] go with `bytes` bytes in all, and
-/// mean at least `lowest`; a lower value would be a longer form than needed.
+/// One row of the well-formed byte sequences: lead bytes in [firstLead, lastLead] go with `bytes` bytes in
+/// all, and mean at least `lowest`; a lower value would be a longer form than needed.
 struct Form {
   unsigned char firstLead;
   unsigned char lastLead;
@@ -32,9 +32,13 @@ constexpr std::array<Form, 4> forms = {{
     {.firstLead = 0xF0, .lastLead = 0xF7, .payloadMask = 0x07, .bytes = 4, .lowest = 0x10000},
 }};
 
-bool isCharacter(char32_t value) { return value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF); }
+bool isCharacter(char32_t value) {
+  return value <= 0x10FFFF && (value < 0xD800 || value > 0xDFFF);
+}
 
-bool isControl(char32_t value) { return value < 0x20 || (value >= 0x7F && value <= 0x9F); }
+bool isControl(char32_t value) {
+  return value < 0x20 || (value >= 0x7F && value <= 0x9F);
+}
 
 /// Looks at the front of a text that isn't empty.
 Piece firstPiece(std::string_view text) {

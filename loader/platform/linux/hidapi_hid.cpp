@@ -20,19 +20,19 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// The kernel makes a new node root's alone, and udevd hands it to the user some 70 to 240 ms later. A refusal is
-/// believed only when it outlasts that by a good margin.
+/// The kernel makes a new node root's alone, and udevd hands it to the user some 70 to 240 ms later. A
+/// refusal is believed only when it outlasts that by a good margin.
 constexpr milliseconds patience_with_refusal{1000};
 /// Short against the usual 70 ms, and far from keeping the machine busy.
 constexpr milliseconds pause_between_opens{50};
 
-/// hidraw takes the report ID in front of the report and strips a 0. A report without it would lose its first byte,
-/// and no error would tell.
+/// hidraw takes the report ID in front of the report and strips a 0. A report without it would lose its first
+/// byte, and no error would tell.
 constexpr std::size_t report_id_size = 1;
 constexpr std::uint8_t report_id = 0;
 
-/// What stands behind a hid_device. It has a type of its own, since another platform linked into the same program
-/// has its own idea of what a hid_device is.
+/// What stands behind a hid_device. It has a type of its own, since another platform linked into the same
+/// program has its own idea of what a hid_device is.
 struct hidraw_node {
   std::string path;
   ::hid_device* handle = nullptr;
@@ -40,9 +40,13 @@ struct hidraw_node {
   std::array<std::uint8_t, report_id_size + longest_report> message{};
 };
 
-hid_device* as_device(hidraw_node* node) { return reinterpret_cast<hid_device*>(node); }
+hid_device* as_device(hidraw_node* node) {
+  return reinterpret_cast<hid_device*>(node);
+}
 
-hidraw_node* as_node(hid_device* device) { return reinterpret_cast<hidraw_node*>(device); }
+hidraw_node* as_node(hid_device* device) {
+  return reinterpret_cast<hidraw_node*>(device);
+}
 
 hidraw_node* make_node(const char* path) noexcept {
   try {
@@ -105,8 +109,8 @@ void close(void* /*context*/, hid_device* device) noexcept {
   hid_close(node->handle);
 }
 
-/// A board that is pulled out while it takes a report gives EPROTO for a while before the kernel says ENODEV; the
-/// node in /dev may go in between.
+/// A board that is pulled out while it takes a report gives EPROTO for a while before the kernel says ENODEV;
+/// the node in /dev may go in between.
 bool has_left(const hidraw_node& node, int error) {
   return error == ENODEV || (::access(node.path.c_str(), F_OK) != 0 && errno == ENOENT);
 }

@@ -1,0 +1,73 @@
+#include "loader/mcu_table.hpp"
+
+#include "loader/load_status.hpp"
+#include "tests/loader/loader_fixture.hpp"
+
+namespace karvex::loader {
+namespace {
+
+using McuTableTest = loader_fixture;
+
+TEST_F(McuTableTest, ANameIsFoundInAnyLetterCaseAndOnlyWhole) {
+  select_mcu("teensy_MicroMod");
+  EXPECT_EQ(code_size, 16'515'072);
+  EXPECT_EQ(block_size, 1024);
+  select_mcu("AT90USB162");
+  EXPECT_EQ(code_size, 15'872);
+  EXPECT_EQ(block_size, 128);
+  for (const char* wrong : {"TEENSY", "TEENSY400", " TEENSY40", ""}) {
+    EXPECT_EQ(find_mcu(wrong), nullptr) << wrong;
+  }
+}
+
+TEST_F(McuTableTest, ChipsAndBoardsOfTheSameMakeHaveTheSameSizes) {
+  const std::pair<const char*, const char*> twins[] = {
+      {"imxrt1062", "TEENSY40"},    {"mk64fx512", "TEENSY35"}, {"atmega32u4", "TEENSY2"},
+      {"TEENSY31", "TEENSY32"},     {"mk66fx1m0", "TEENSY36"}, {"mkl26z64", "TEENSYLC"},
+      {"at90usb1286", "TEENSY2PP"},
+  };
+  for (const auto& [chip, board] : twins) {
+    EXPECT_EQ(find_mcu(chip)->code_size, find_mcu(board)->code_size) << chip;
+    EXPECT_EQ(find_mcu(chip)->block_size, find_mcu(board)->block_size) << chip;
+  }
+  EXPECT_EQ(mcu_table().size(), 21U);
+}
+
+TEST_F(McuTableTest, AnUnknownNameEndsTheProcessBehindTheListOfKnownOnes) {
+  const std::pair<const char*, std::string> wrong[] = {
+      {nullptr, "0 error No MCU specified.\n"},
+      {"teensy5", "0 error Unknown MCU type \"0 error teensy50 error \"\n"},
+  };
+  for (const auto& [name, message] : wrong) {
+    int exit_status = 0;
+    const auto before = events().size();
+    try {
+      select_mcu(name);
+    } catch (const process_ended& end) {
+      exit_status = end.exit_status;
+    }
+    EXPECT_EQ(exit_status, 1);
+    std::string said;
+    auto all = events();
+    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(before));
+    for (const auto& event : all) {
+      said += event.find(" error ") != std::string::npos ? event : "";
+    }
+    EXPECT_EQ(said, message);
+    EXPECT_EQ(all.size(), name == nullptr ? 23U : 25U);
+  }
+  EXPECT_THAT(printed(), testing::StartsWith("Supported MCUs are:\n - at90usb162\n - atmega32u4\n"));
+  EXPECT_THAT(printed(), testing::EndsWith(" - TEENSY41\n - TEENSY_MICROMOD\n"));
+}
+
+TEST(LoadStatusTest, TheTextsAreThoseOfTheNumbersZeroToTwelve) {
+  EXPECT_STREQ(load_status_text(LOAD_STATUS_IDLE), "Idle");
+  EXPECT_STREQ(load_status_text(LOAD_STATUS_CHECKING_DEVICE), "Checking device state...");
+  EXPECT_STREQ(load_status_text(LOAD_STATUS_ERROR_UNKNOWN_MCU), "Error - Unknown MCU device");
+  EXPECT_STREQ(load_status_text(LOAD_STATUS_ERROR_PERMISSION), "Permission denied");
+  EXPECT_EQ(load_status_text(13), nullptr);
+  EXPECT_EQ(load_status_text(0xFFFFFFFF), nullptr);
+}
+
+}  // namespace
+}  // namespace karvex::loader

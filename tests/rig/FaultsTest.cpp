@@ -1,0 +1,46 @@
+#include "rig/Faults.hpp"
+
+#include <gmock/gmock.h>
+
+namespace karvex::rig {
+namespace {
+
+using namespace std::chrono_literals;
+
+TEST(FaultsTest, NamesAndValuesAddUp) {
+  Faults faults;
+  for (const char* text :
+       {"enters-late", "refuses=250", "vanishes=0", "access-denied", "returns-late=4294967295"}) {
+    EXPECT_EQ(addFault(text, faults), std::nullopt) << text;
+  }
+  EXPECT_EQ(faults.entersHalfKayAfter, 12s);
+  EXPECT_EQ(faults.refusesReportsFor, 250ms);
+  EXPECT_EQ(faults.vanishesAtBlock, 0U);
+  EXPECT_EQ(faults.returnsAfter, std::chrono::milliseconds(4294967295));
+  EXPECT_TRUE(faults.deniesAccess);
+  EXPECT_FALSE(faults.refusesReportsForGood || faults.neverReturns || faults.neverEntersHalfKay);
+}
+
+TEST(FaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
+  Faults faults;
+  for (const char* text : {"", "=", "refuse", "refuses=", "refuses=-1", "refuses=1x", "refuses=4294967296",
+                           "access-denied=1", "refuses-for-good=", "REFUSES"}) {
+    EXPECT_NE(addFault(text, faults), std::nullopt) << text;
+  }
+  EXPECT_FALSE(faults.refusesReportsFor || faults.deniesAccess || faults.refusesReportsForGood);
+}
+
+TEST(FaultsTest, TheHelpNamesEachFaultThatIsUnderstood) {
+  const auto help = describeFaults();
+  Faults faults;
+  std::size_t names = 0;
+  for (std::size_t at = 0; at < help.size(); at = help.find('\n', at) + 1) {
+    const auto name = help.substr(at + 2, help.find_first_of(" [", at + 2) - at - 2);
+    EXPECT_EQ(addFault(name, faults), std::nullopt) << name;
+    ++names;
+  }
+  EXPECT_EQ(names, 8U);
+}
+
+}  // namespace
+}  // namespace karvex::rig
