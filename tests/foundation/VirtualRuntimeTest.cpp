@@ -46,11 +46,10 @@ TEST_F(VirtualRuntimeTest, ALongSleepTakesNoRealTime) {
 
 TEST_F(VirtualRuntimeTest, ThreadsWakeInTheOrderOfTheirDeadlinesAndThenOfTheirRequests) {
   auto& global = runtime.globalQueue();
-  for (const auto& [name, span] :
-       {std::pair{"late", 30ms}, {"early", 10ms}, {"tie 1", 20ms}, {"tie 2", 20ms}}) {
-    global.post([this, name = std::string(name), span = span] {
-      runtime.clock().sleepFor(span);
-      note(name);
+  for (const auto& sleeper : {std::pair{"late", 30ms}, {"early", 10ms}, {"tie 1", 20ms}, {"tie 2", 20ms}}) {
+    global.post([this, sleeper] {
+      runtime.clock().sleepFor(sleeper.second);
+      note(sleeper.first);
     });
   }
   runFor(1s);
