@@ -25,7 +25,7 @@ loader::host_calls loaderHostOn(foundation::Runtime& runtime) {
       .print_error = [](void*, const char* text) { std::fputs(text, stderr); },
       .run_on_global_queue = [](void* context, void (*job)()) { runtimeIn(context).globalQueue().post(job); },
       .run_on_main_queue = [](void* context, void (*job)()) { runtimeIn(context).mainQueue().post(job); },
-      .end_process = [](void*, int exitStatus) { std::exit(exitStatus); },
+      .end_process = [](void*, int exitStatus) { std::exit(exitStatus); },  // NOLINT(concurrency-mt-unsafe)
   };
 }
 

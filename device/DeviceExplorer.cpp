@@ -13,7 +13,6 @@
 namespace karvex::device {
 namespace {
 
-using foundation::Published;
 using records::DeviceInfo;
 
 constexpr std::int32_t halfkayProductId = 0x0478;

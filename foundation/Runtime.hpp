@@ -1,6 +1,7 @@
 #pragma once
 
 #include "foundation/Clock.hpp"
+#include "foundation/OutsideWork.hpp"
 #include "foundation/Queue.hpp"
 
 namespace karvex::foundation {
@@ -19,6 +20,9 @@ class Runtime {
 
   /// Jobs run beside each other on threads of the runtime's own and may block.
   virtual Queue& globalQueue() = 0;
+
+  /// Where threads of others report what they do for this program.
+  virtual OutsideWork& outsideWork() = 0;
 
   /// Runs the main queue's jobs on the calling thread, which must be the main thread, until stopMain().
   virtual void runMain() = 0;

@@ -14,6 +14,17 @@ class SystemClock final : public Clock {
   void sleepUntil(TimePoint deadline) override { std::this_thread::sleep_until(deadline); }
 };
 
+/// Real time goes on whatever others do.
+class NoOutsideWork final : public OutsideWork {
+ public:
+  Ticket begin() override { return 0; }
+  void setName(Ticket, std::uint64_t) override {}
+  void end(Ticket) override {}
+  void pause(std::uint64_t) override {}
+  void resume(std::uint64_t) override {}
+  void resumeTicket(Ticket) override {}
+};
+
 /// A queue over anything that Asio can run handlers on.
 template <typename Context>
 class AsioQueue final : public Queue {
@@ -45,6 +56,7 @@ std::size_t globalThreads() {
 
 struct SystemRuntime::State {
   SystemClock clock;
+  NoOutsideWork outsideWork;
   asio::io_context mainContext{1};
   asio::thread_pool pool{globalThreads()};
   AsioQueue<asio::io_context> mainQueue{mainContext};
@@ -63,6 +75,9 @@ Clock& SystemRuntime::clock() {
 }
 Queue& SystemRuntime::mainQueue() {
   return state_->mainQueue;
+}
+OutsideWork& SystemRuntime::outsideWork() {
+  return state_->outsideWork;
 }
 Queue& SystemRuntime::globalQueue() {
   return state_->globalQueue;

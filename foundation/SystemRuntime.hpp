@@ -18,6 +18,7 @@ class SystemRuntime final : public Runtime {
   Clock& clock() override;
   Queue& mainQueue() override;
   Queue& globalQueue() override;
+  OutsideWork& outsideWork() override;
   void runMain() override;
   void stopMain() override;
 

@@ -103,6 +103,60 @@ void VirtualRuntime::VirtualQueue::postAt(TimePoint due, Job job) {
   runtime_.scheduleIfFree();
 }
 
+OutsideWork::Ticket VirtualRuntime::VirtualOutsideWork::begin() {
+  const Lock lock(runtime_.mutex_);
+  works_[++lastTicket_] = {};
+  return lastTicket_;
+}
+
+void VirtualRuntime::VirtualOutsideWork::setName(Ticket ticket, std::uint64_t name) {
+  const Lock lock(runtime_.mutex_);
+  if (auto* earlier = named(name)) {
+    earlier->name = 0;
+  }
+  if (const auto found = works_.find(ticket); found != works_.end()) {
+    found->second.name = name;
+  }
+}
+
+void VirtualRuntime::VirtualOutsideWork::end(Ticket ticket) {
+  const Lock lock(runtime_.mutex_);
+  works_.erase(ticket);
+  runtime_.scheduleIfFree();
+}
+
+void VirtualRuntime::VirtualOutsideWork::pause(std::uint64_t name) {
+  const Lock lock(runtime_.mutex_);
+  if (auto* work = named(name)) {
+    work->isPaused = true;
+  }
+  runtime_.scheduleIfFree();
+}
+
+void VirtualRuntime::VirtualOutsideWork::resume(std::uint64_t name) {
+  const Lock lock(runtime_.mutex_);
+  if (auto* work = named(name)) {
+    work->isPaused = false;
+  }
+}
+
+void VirtualRuntime::VirtualOutsideWork::resumeTicket(Ticket ticket) {
+  const Lock lock(runtime_.mutex_);
+  if (const auto found = works_.find(ticket); found != works_.end()) {
+    found->second.isPaused = false;
+  }
+}
+
+bool VirtualRuntime::VirtualOutsideWork::isActive() const {
+  return std::any_of(works_.begin(), works_.end(), [](const auto& work) { return !work.second.isPaused; });
+}
+
+VirtualRuntime::VirtualOutsideWork::Work* VirtualRuntime::VirtualOutsideWork::named(std::uint64_t name) {
+  const auto found = std::find_if(works_.begin(), works_.end(),
+                                  [name](const auto& work) { return work.second.name == name; });
+  return name != 0 && found != works_.end() ? &found->second : nullptr;
+}
+
 VirtualRuntime::Participant& VirtualRuntime::current() {
   if (thisParticipant != nullptr) {
     return *static_cast<Participant*>(thisParticipant);
@@ -131,8 +185,9 @@ void VirtualRuntime::giveBatonToFirst() {
     if (mainIsIdle_) {
       consider(mainReady_);
     }
-    batonIsFree_ = !first;
-    if (!first) {
+    const bool mustWait = first && first->first > now_ && outsideWork_.isActive();
+    batonIsFree_ = !first || mustWait;
+    if (batonIsFree_) {
       return;
     }
     if (first->first != TimePoint::max()) {

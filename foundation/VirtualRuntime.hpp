@@ -34,6 +34,7 @@ class VirtualRuntime final : public Runtime {
   Clock& clock() override { return clock_; }
   Queue& mainQueue() override { return mainQueue_; }
   Queue& globalQueue() override { return globalQueue_; }
+  OutsideWork& outsideWork() override { return outsideWork_; }
   void runMain() override;
   void stopMain() override;
 
@@ -76,6 +77,29 @@ class VirtualRuntime final : public Runtime {
     Ready& ready_;
   };
 
+  class VirtualOutsideWork final : public OutsideWork {
+   public:
+    explicit VirtualOutsideWork(VirtualRuntime& runtime) : runtime_(runtime) {}
+    Ticket begin() override;
+    void setName(Ticket ticket, std::uint64_t name) override;
+    void end(Ticket ticket) override;
+    void pause(std::uint64_t name) override;
+    void resume(std::uint64_t name) override;
+    void resumeTicket(Ticket ticket) override;
+    bool isActive() const;
+
+   private:
+    struct Work {
+      std::uint64_t name = 0;
+      bool isPaused = false;
+    };
+    Work* named(std::uint64_t name);
+
+    VirtualRuntime& runtime_;
+    Ticket lastTicket_ = 0;
+    std::map<Ticket, Work> works_;
+  };
+
   using Lock = std::unique_lock<std::mutex>;
 
   Participant& current();
@@ -103,6 +127,7 @@ class VirtualRuntime final : public Runtime {
   std::vector<Participant*> idleWorkers_;
   std::vector<std::thread> threads_;
   VirtualClock clock_{*this};
+  VirtualOutsideWork outsideWork_{*this};
   VirtualQueue mainQueue_{*this, mainReady_};
   VirtualQueue globalQueue_{*this, globalReady_};
 };

@@ -47,7 +47,8 @@ VirtualBoard::VirtualBoard(const BoardKind& kind, std::string serialNumber, Faul
 
 void VirtualBoard::advanceTo(TimePoint now) {
   if (pending_ && pending_->at <= now) {
-    const Change change = *std::exchange(pending_, std::nullopt);
+    const Change change = *pending_;
+    pending_.reset();
     enter(change.to, change.at);
   }
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <future>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -143,6 +144,31 @@ TEST_F(VirtualRuntimeTest, APostFromAForeignThreadWakesTheIdleMainThread) {
   runtime.runMain();
   foreign.join();
   EXPECT_THAT(events_, ElementsAre("0 foreign"));
+}
+
+TEST_F(VirtualRuntimeTest, TimeStandsStillWhileOutsideWorkIsActiveAndGoesOnWhenItsFarSideWaits) {
+  auto& outside = runtime.outsideWork();
+  const auto ticket = outside.begin();
+  outside.setName(ticket, 4711);
+  const auto timer = Timer::oneShot(runtime.clock(), runtime.mainQueue(), 10s, [this] { note("timer"); });
+  std::thread farSide([&] {
+    runtime.mainQueue().post([this] { note("post"); });
+    std::promise<void> resumed;
+    runtime.globalQueue().postAt(start_ + 5s, [&] {
+      outside.resume(4711);
+      note("resumed");
+      resumed.set_value();
+    });
+    outside.pause(1);  // Nobody's name: nothing happens.
+    outside.pause(4711);
+    resumed.get_future().wait();
+    runtime.mainQueue().post([this] { note("answer"); });
+    outside.end(ticket);
+    outside.end(ticket);
+  });
+  runFor(11s);
+  farSide.join();
+  EXPECT_THAT(events_, ElementsAre("0 post", "5000 resumed", "5000 answer", "10000 timer"));
 }
 
 TEST(VirtualRuntimeEnd, WaitsForSleepersAndDropsWhatHasNotBegun) {

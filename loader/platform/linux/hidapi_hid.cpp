@@ -97,10 +97,10 @@ hid_access open(void* /*context*/, hid_device* device) noexcept {
   std::unique_ptr<hidraw_node> node(as_node(device));
   const int error = open_patiently(*node);
   if (error == 0) {
-    node.release();
+    static_cast<void>(node.release());
     return hid_access::opened;
   }
-  host_log("> KARVEX : %s : %s", node->path.c_str(), std::strerror(error));
+  host_log("> KARVEX : %s : %s", node->path.c_str(), strerrordesc_np(error));
   return error == EACCES || error == EPERM ? hid_access::not_permitted : hid_access::failed;
 }
 
