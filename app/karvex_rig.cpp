@@ -1,61 +1,102 @@
-#include <fmt/format.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <string>
-#include <vector>
 
-#include "app/rig/RigCommands.hpp"
+#include "app/rig/LoadCommands.hpp"
+#include "app/rig/ServiceCommands.hpp"
 
 namespace {
 
-using karvex::app::CommonOptions;
-using karvex::app::ProgramOptions;
+using namespace karvex;
 
-void addCommonOptions(CLI::App& app, std::string& time, CommonOptions& common) {
-  app.add_option("--time", time, "real pauses, or virtual time (default: real on a terminal, fast otherwise)")
+/// The choices of one call of the program.
+struct Choices {
+  app::CommonOptions common;
+  app::ProgramOptions load;
+  app::ServiceOptions service;
+  std::string time = isatty(STDOUT_FILENO) != 0 ? "real" : "fast";
+};
+
+void addCommonOptions(CLI::App& app, Choices& choices) {
+  app.add_option("--time", choices.time,
+                 "real pauses, or virtual time (default: real on a terminal, fast otherwise)")
       ->check(CLI::IsMember({"real", "fast"}));
-  app.add_flag("--log", common.showLog, "show the system log although standard error is a terminal");
+  app.add_flag("--log", choices.common.showLog, "show the system log although standard error is a terminal");
 }
 
-void addProgramOptions(CLI::App& program, ProgramOptions& options, std::vector<std::string>& faults) {
-  program.add_option("FILE", options.file, "Intel HEX file to load")->required();
-  program.add_option("--mcu", options.mcu, "kind of the simulated board, for example TEENSY40")->required();
-  program.add_option("--fault", faults, "what is wrong with the board (see below)")
-      ->type_name("NAME[=VALUE]")
+/// An option that can be given again and again, each time with the name of a fault.
+template <typename Faults, typename AddFault>
+void addFaultOption(CLI::App& app, const std::string& name, const std::string& form, Faults& faults,
+                    AddFault add) {
+  app.add_option_function<std::vector<std::string>>(
+         name,
+         [&faults, add, name](const std::vector<std::string>& texts) {
+           for (const auto& text : texts) {
+             if (const auto complaint = add(text, faults)) {
+               throw CLI::ValidationError(name, *complaint);
+             }
+           }
+         },
+         "what goes wrong (see below)")
+      ->type_name(form)
       ->expected(1)
       ->take_all();
-  program.add_option("--reports", options.reportsFile, "each output report that reached the board")
+}
+
+CLI::App& addProgramCommand(CLI::App& app, Choices& choices) {
+  auto& program = *app.add_subcommand("program", "One load of FILE onto one simulated board.");
+  addCommonOptions(program, choices);
+  program.add_option("FILE", choices.load.file, "Intel HEX file to load")->required();
+  program.add_option("--mcu", choices.load.mcu, "kind of the simulated board, for example TEENSY40")
+      ->required();
+  addFaultOption(program, "--fault", "NAME[=VALUE]", choices.load.faults, rig::addFault);
+  program.add_option("--reports", choices.load.reportsFile, "each output report that reached the board")
       ->type_name("OUT.bin");
-  program.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
-  program.footer("Faults:\n" + karvex::rig::describeFaults() +
+  program.add_option("--report", choices.load.reportFile, "what happened, as JSON")->type_name("OUT.json");
+  program.footer("Faults:\n" + rig::describeFaults() +
                  "\nExit status: 0 loaded and matching, 1 unknown MCU, 2 wrong use, 3 the load failed.");
+  return program;
+}
+
+CLI::App& addServiceCommand(CLI::App& app, Choices& choices, const std::string& name,
+                            const std::string& description) {
+  auto& command = *app.add_subcommand(name, description);
+  addCommonOptions(command, choices);
+  command.add_option("--boards", choices.service.boards, "boards that are listed and attached (default 3)")
+      ->check(CLI::Range(0, 1000));
+  addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", choices.service.faults, rig::addServiceFault);
+  command.footer(
+      "Faults of the service:\n" + rig::describeServiceFaults() +
+      "\nExit status: 0 all went well, 2 wrong use, 3 the service could not be asked or listed nothing.");
+  return command;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{
+  CLI::App command{
       "Karvex on simulated equipment. Without a command: every bundled firmware onto a board of its kind."};
-  CommonOptions common;
-  ProgramOptions options;
-  std::string time = isatty(STDOUT_FILENO) != 0 ? "real" : "fast";
-  std::vector<std::string> faults;
-  addCommonOptions(app, time, common);
-  auto* program = app.add_subcommand("program", "One load of FILE onto one simulated board.");
-  addCommonOptions(*program, time, common);
-  addProgramOptions(*program, options, faults);
+  Choices choices;
+  addCommonOptions(command, choices);
+  const auto& program = addProgramCommand(command, choices);
+  const auto& list = addServiceCommand(
+      command, choices, "list", "Asks the embedded service, scans the virtual bus, and prints what matches.");
+  const auto& report = addServiceCommand(command, choices, "report",
+                                         "Posts the equipment report and prints what the service received.");
+  command.require_subcommand(0, 1);
   try {
-    app.parse(argc, argv);
+    command.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : karvex::app::exitWrongUse;
+    return command.exit(error) == 0 ? 0 : app::exitWrongUse;
   }
-  for (const auto& fault : faults) {
-    if (const auto complaint = karvex::rig::addFault(fault, options.faults)) {
-      fmt::print(stderr, "karvex-rig: {} See karvex-rig program --help.\n", *complaint);
-      return karvex::app::exitWrongUse;
-    }
+  choices.common.realTime = choices.time == "real";
+  if (program.parsed()) {
+    return app::runProgram(choices.common, choices.load);
   }
-  common.realTime = time == "real";
-  return program->parsed() ? karvex::app::runProgram(common, options) : karvex::app::runDemo(common);
+  if (list.parsed()) {
+    return app::runList(choices.common, choices.service);
+  }
+  return report.parsed() ? app::runReport(choices.common, choices.service) : app::runDemo(choices.common);
 }

@@ -5,9 +5,12 @@ find_package(PkgConfig REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(fmt REQUIRED)
 find_package(CLI11 REQUIRED)
+find_package(CURL REQUIRED)
 find_package(nlohmann_json REQUIRED)
+find_package(OpenSSL REQUIRED)
 pkg_check_modules(hidapi_hidraw REQUIRED IMPORTED_TARGET hidapi-hidraw)
 pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
+pkg_check_modules(httplib REQUIRED IMPORTED_TARGET cpp-httplib)
 
 # Asio is headers only and ships neither a CMake package nor a pkg-config file.
 find_path(KARVEX_ASIO_INCLUDE_DIR asio.hpp REQUIRED)

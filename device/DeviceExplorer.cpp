@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "device/EquipmentReport.hpp"
 #include "device/PortName.hpp"
 #include "foundation/Log.hpp"
 
@@ -63,12 +64,9 @@ std::optional<DeviceInfo> recordOf(const UsbDevice& device) {
 
 }  // namespace
 
-DeviceExplorer::DeviceExplorer(UsbBus& bus, SerialInterfaces& serialInterfaces)
-    : bus_(bus), serialInterfaces_(serialInterfaces) {}
-
 void DeviceExplorer::scanUSBDevices() {
   devices.set({});
-  const int status = bus_.forEachDevice([this](const UsbDevice& device) {
+  const int status = platform_.bus.forEachDevice([this](const UsbDevice& device) {
     if (!isEquipment(device)) {
       return;
     }
@@ -97,7 +95,41 @@ bool DeviceExplorer::isHalfkayDevicePresent() const {
 }
 
 bool DeviceExplorer::isSerialInterfacePresent(const std::string& serialNumber) const {
-  return serialInterfaces_.isPresent(interfaceNameFor(serialNumber));
+  return platform_.serialInterfaces.isPresent(interfaceNameFor(serialNumber));
+}
+
+foundation::Task<bool> DeviceExplorer::sendConfiguration() {
+  const records::DeviceConfiguration configuration{.devices = devices.get()};
+  if (!foundation::isUrl(platform_.reportUrl)) {
+    lastError.set("URL not set");
+    co_return false;
+  }
+  std::string body;
+  try {
+    body = jsonOf(configuration);
+  } catch (const std::exception& error) {
+    lastError.set(error.what());
+    co_return false;
+  }
+  co_return co_await post(std::move(body));
+}
+
+foundation::Task<bool> DeviceExplorer::post(std::string body) {
+  foundation::UrlRequest request{
+      .url = platform_.reportUrl,
+      .method = "POST",
+      .headers = {{"Content-Type", "application/json"}},
+      .body = std::move(body),
+  };
+  try {
+    const auto response = co_await platform_.urlSession.send(std::move(request));
+    foundation::log::debug("> httpPost => resp = " + response.description());
+  } catch (const foundation::UrlError& error) {
+    lastError.set(error.what());
+    co_return false;
+  }
+  lastError.set("");
+  co_return true;
 }
 
 }  // namespace karvex::device

@@ -2,14 +2,25 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/UsbBus.hpp"
 #include "foundation/Published.hpp"
+#include "foundation/Task.hpp"
+#include "foundation/UrlSession.hpp"
 #include "records/DeviceInfo.hpp"
 
 namespace karvex::device {
+
+/// What an explorer looks with, and where it reports to. What is referred to must outlive the explorer.
+struct ExplorerPlatform {
+  UsbBus& bus;
+  SerialInterfaces& serialInterfaces;
+  foundation::UrlSession& urlSession;
+  std::string reportUrl;  ///< where the service takes the equipment report
+};
 
 /// The boards on the USB bus that can belong to the equipment. Each explorer has a list of its own, which
 /// changes only when this explorer scans: it goes stale with the bus, so callers scan again rather than trust
@@ -18,8 +29,7 @@ class DeviceExplorer {
  public:
   static constexpr std::int32_t PJRC_VENDOR_ID = 0x16C0;
 
-  /// Both must outlive the explorer.
-  DeviceExplorer(UsbBus& bus, SerialInterfaces& serialInterfaces);
+  explicit DeviceExplorer(ExplorerPlatform platform) : platform_(std::move(platform)) {}
 
   /// What the last scan found, in bus order.
   foundation::Published<std::vector<records::DeviceInfo>> devices;
@@ -39,9 +49,15 @@ class DeviceExplorer {
   /// Asks the system, not the list, whether the board's serial interface is there at this moment.
   bool isSerialInterfacePresent(const std::string& serialNumber) const;
 
+  /// Posts `devices`, as they are when this starts, to the service as the equipment report. Gives true if the
+  /// service answered at all; `lastError` then is empty, else it says what went wrong. Sets it on the global
+  /// queue, where the awaiting coroutine goes on too. The explorer must live until then.
+  foundation::Task<bool> sendConfiguration();
+
  private:
-  UsbBus& bus_;
-  SerialInterfaces& serialInterfaces_;
+  foundation::Task<bool> post(std::string body);
+
+  ExplorerPlatform platform_;
 };
 
 }  // namespace karvex::device

@@ -22,4 +22,7 @@ std::string interfaceNameFor(std::string_view serialNumber);
 /// The serial number inside an interface's name; nothing if the name isn't made by the rule.
 std::optional<std::string> serialNumberInInterfaceName(std::string_view interfaceName);
 
+/// The same for a port's name.
+std::optional<std::string> serialNumberInPortName(std::string_view portName);
+
 }  // namespace karvex::device

@@ -9,7 +9,12 @@ namespace {
 
 host_calls host;
 
-using text_buffer = std::array<char, 1024>;
+[[gnu::format(printf, 2, 0)]] void write_formatted(void (*write)(void*, const char*), const char* format,
+                                                   std::va_list arguments) {
+  std::array<char, 1024> text;
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  write(host.context, text.data());
+}
 
 }  // namespace
 
@@ -26,21 +31,17 @@ void host_sleep(std::chrono::milliseconds span) {
 }
 
 void host_log(const char* format, ...) {
-  text_buffer text;
   std::va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text.data(), text.size(), format, arguments);
+  write_formatted(host.log, format, arguments);
   va_end(arguments);
-  host.log(host.context, text.data());
 }
 
 void host_print(const char* format, ...) {
-  text_buffer text;
   std::va_list arguments;
   va_start(arguments, format);
-  std::vsnprintf(text.data(), text.size(), format, arguments);
+  write_formatted(host.print, format, arguments);
   va_end(arguments);
-  host.print(host.context, text.data());
 }
 
 void host_print_error(const char* text) {

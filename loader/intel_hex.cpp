@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -100,17 +101,17 @@ struct record {
 };
 
 /// Reads what all records have in common. False when the line isn't a record or reaches beyond the picture.
-bool read_header(const char* line, std::size_t line_length, record& out) {
-  if (line[0] != ':' || line_length < shortest_record) {
+bool read_header(std::string_view line, record& out) {
+  if (line[0] != ':' || line.size() < shortest_record) {
     return false;
   }
-  out.data = line + data_column;
-  out.length = read_byte(line + length_column);
-  if (out.length == no_pair || out.length * 2 + shortest_record > line_length) {
+  out.data = line.data() + data_column;
+  out.length = read_byte(line.data() + length_column);
+  if (out.length == no_pair || std::size_t{out.length} * 2 + shortest_record > line.size()) {
     return false;
   }
-  out.address = read_word(line + address_column);
-  out.type = read_byte(line + type_column);
+  out.address = read_word(line.data() + address_column);
+  out.type = read_byte(line.data() + type_column);
   return out.address != unreadable && out.type != no_pair &&
          std::uint64_t{image_offset} + out.address + out.length <= end_limit;
 }
@@ -122,13 +123,55 @@ void count_bytes(std::uint32_t length) {
   image_byte_count = image_byte_count > most - more ? most : image_byte_count + more;
 }
 
+/// Data are read eight bytes at a time, with vectors (an extension that GCC and Clang have for every
+/// processor): that takes half as long as a look-up for each byte.
+constexpr std::uint32_t chunk_length = 8;
+using digit_chunk [[gnu::vector_size(2 * chunk_length)]] = std::uint8_t;
+using pair_chunk [[gnu::vector_size(2 * chunk_length)]] = std::uint16_t;  ///< two digits in each element
+using byte_chunk [[gnu::vector_size(chunk_length)]] = std::uint8_t;
+
+/// Reads the sixteen digits at `text` into `bytes`, and adds each byte to an element of `sums`. False, with
+/// nothing stored, when one of them isn't hexadecimal.
+bool read_chunk(const char* text, std::uint8_t* bytes, pair_chunk& sums) {
+  digit_chunk characters;
+  std::memcpy(&characters, text, sizeof characters);
+  const digit_chunk figures = characters - '0';
+  const digit_chunk letters = (characters | 0x20) - 'a';
+  const auto is_figure = figures < 10;
+  const auto is_letter = letters < 6;
+  const auto is_digit = std::bit_cast<std::array<std::uint64_t, 2>>(is_figure | is_letter);
+  if ((is_digit[0] & is_digit[1]) != ~std::uint64_t{0}) {
+    return false;
+  }
+  const digit_chunk values = is_figure ? figures : letters + 10;
+  const auto pairs = std::bit_cast<pair_chunk>(values);
+  constexpr bool first_is_low = std::endian::native == std::endian::little;
+  const pair_chunk first = first_is_low ? pairs & 0xFF : pairs >> 8;
+  const pair_chunk second = first_is_low ? pairs >> 8 : pairs & 0xFF;
+  const pair_chunk joined = first << 4 | second;
+  const byte_chunk chunk = __builtin_convertvector(joined, byte_chunk);
+  std::memcpy(bytes, &chunk, sizeof chunk);
+  sums += joined;
+  return true;
+}
+
 /// Stores the bytes as it reads them: a record that turns out bad leaves its good beginning behind.
 bool store_data(const record& data) {
   count_bytes(data.length);
   std::uint8_t* bytes = image_bytes.data() + image_offset + data.address;
   std::uint8_t* mask = image_mask.data() + image_offset + data.address;
+  std::uint32_t i = 0;
+  pair_chunk sums{};  // no element overflows: a record has at most 31 chunks
+  while (i + chunk_length <= data.length && read_chunk(data.data + std::size_t{i} * 2, bytes + i, sums)) {
+    std::memset(mask + i, 1, chunk_length);
+    i += chunk_length;
+  }
   std::uint32_t sum = data.header_sum();
-  for (std::uint32_t i = 0; i < data.length; ++i) {
+  for (std::uint32_t element = 0; element < chunk_length; ++element) {
+    sum += sums[element];
+  }
+  // The rest is less than a chunk, or begins with the chunk that has the unreadable digit.
+  for (; i < data.length; ++i) {
     const std::uint32_t value = read_byte(data.data + std::size_t{i} * 2);
     if (value == no_pair) {
       return false;
@@ -163,9 +206,8 @@ void set_offset(const record& address) {
 }
 
 bool parse_line(std::string_view line) {
-  const std::size_t length = strnlen(line.data(), line.size());
   record parsed;
-  if (!read_header(line.data(), length, parsed)) {
+  if (!read_header(line, parsed)) {
     return false;
   }
   switch (parsed.type) {
@@ -195,16 +237,21 @@ struct line_source {
   std::FILE* file;
   std::size_t begin = 0;
   std::size_t end = 0;
+  bool has_nul = false;  ///< there was a NUL byte in what was read so far
   std::array<char, std::size_t{64} * 1024> buffer{};
 
   std::size_t available() const { return end - begin; }
 
   /// Moves the rest to the front and reads behind it. False at the end of the file.
   bool refill() {
+    if (std::feof(file) != 0 || std::ferror(file) != 0) {
+      return false;
+    }
     std::memmove(buffer.data(), buffer.data() + begin, available());
     end -= begin;
     begin = 0;
     const std::size_t got = std::fread(buffer.data() + end, 1, buffer.size() - end, file);
+    has_nul = has_nul || std::memchr(buffer.data() + end, '\0', got) != nullptr;
     end += got;
     return got != 0;
   }
@@ -252,7 +299,9 @@ std::int32_t read_intel_hex(const char* path) {
     if (line.empty()) {
       break;
     }
-    if (line[0] != '\0' && !parse_line(line)) {
+    // A NUL byte ends the text of a line, and a line that begins with one is skipped.
+    const auto text = lines.has_nul ? line.substr(0, line.find('\0')) : line;
+    if (!text.empty() && !parse_line(text)) {
       host_print("Warning, HEX parse error line %d\n", line_number);
       return hex_line_malformed;
     }

@@ -7,7 +7,7 @@
 
 #include "app/LoaderHost.hpp"
 #include "app/rig/LoadRecorder.hpp"
-#include "device/DeviceExplorer.hpp"
+#include "device/PortName.hpp"
 #include "foundation/Timer.hpp"
 #include "loader/load.hpp"
 #include "loader/load_status.hpp"
@@ -32,7 +32,6 @@ class RigLoad {
       : runtime_(runtime),
         bus_(bus),
         request_(request),
-        explorer_(bus, bus),
         hid_(bus, runtime.clock()),
         recorder_(loaderHostOn(runtime), hid_.calls(), runtime.clock(), timeline_),
         start_(runtime.clock().now()) {
@@ -82,7 +81,7 @@ class RigLoad {
     if (!succeededAt_) {
       succeededAt_ = now;
     }
-    isBack_ = explorer_.isSerialInterfacePresent(request_.serialNumber);
+    isBack_ = bus_.isPresent(device::interfaceNameFor(request_.serialNumber));
     if (isBack_ || now - *succeededAt_ >= mostTimeToReturn) {
       end();
     }
@@ -122,7 +121,6 @@ class RigLoad {
   rig::VirtualBus& bus_;
   const LoadRequest& request_;
   Timeline timeline_;
-  device::DeviceExplorer explorer_;
   rig::VirtualHid hid_;
   LoadRecorder recorder_;
   foundation::TimePoint start_;

@@ -13,6 +13,7 @@ namespace karvex::loader {
 
 std::optional<child_run> run_child(std::vector<std::string> command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& word : command) {
     arguments.push_back(word.data());
   }

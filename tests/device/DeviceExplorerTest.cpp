@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "foundation/Log.hpp"
+#include "foundation/VirtualRuntime.hpp"
 
 namespace karvex::device {
 namespace {
@@ -62,7 +63,9 @@ class DeviceExplorerTest : public testing::Test {
 
   FakeUsbBus bus;
   FakeSerialInterfaces serialInterfaces;
-  DeviceExplorer explorer{bus, serialInterfaces};
+  foundation::VirtualRuntime runtime;
+  foundation::UrlSession urlSession{runtime};
+  DeviceExplorer explorer{{bus, serialInterfaces, urlSession, ""}};
   std::vector<std::string> logged;
   std::string printed;
 };

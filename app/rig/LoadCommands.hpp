@@ -4,21 +4,10 @@
 #include <optional>
 #include <string>
 
+#include "app/rig/RigSupport.hpp"
 #include "rig/Faults.hpp"
 
 namespace karvex::app {
-
-/// How the program ends.
-enum ExitStatus : int {
-  exitLoaded = 0,
-  exitWrongUse = 2,  ///< 1 is the loader's own, for a microcontroller that it doesn't know
-  exitLoadFailed = 3,
-};
-
-struct CommonOptions {
-  bool realTime = true;
-  bool showLog = false;  ///< the system log is wanted although standard error is a terminal
-};
 
 struct ProgramOptions {
   std::filesystem::path file;

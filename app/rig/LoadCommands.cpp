@@ -1,35 +1,26 @@
-#include "app/rig/RigCommands.hpp"
+#include "app/rig/LoadCommands.hpp"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <memory>
-#include <vector>
 
+#include "app/rig/Equipment.hpp"
 #include "app/rig/LoadReport.hpp"
 #include "app/rig/ProgressLine.hpp"
 #include "app/rig/RigLoad.hpp"
 #include "device/DeviceExplorer.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/UrlSession.hpp"
 #include "rig/BoardKind.hpp"
 #include "rig/VirtualBoard.hpp"
 
 namespace karvex::app {
 namespace {
-
-std::unique_ptr<foundation::Runtime> makeRuntime(const CommonOptions& common) {
-  if (common.realTime) {
-    return std::make_unique<foundation::SystemRuntime>();
-  }
-  return std::make_unique<foundation::VirtualRuntime>();
-}
 
 /// On a terminal the log would run over the progress; in a file or a pipe it is what is wanted.
 void chooseLogPlace(const CommonOptions& common, ProgressLine& progress) {
@@ -44,10 +35,6 @@ void chooseLogPlace(const CommonOptions& common, ProgressLine& progress) {
     progress.clear();
     fmt::print(stderr, "{}\n", text);
   });
-}
-
-std::string serialNumberOf(std::size_t place) {
-  return std::to_string(1'000'010 + place * 10);
 }
 
 /// Each report as it reached the board: its length in 32 bits, lowest byte first, and its bytes.
@@ -84,37 +71,6 @@ LoadOutcome loadWithProgress(foundation::Runtime& runtime, rig::VirtualBus& bus,
   return outcome;
 }
 
-void say(const std::string& line) {
-  fmt::print("{}\n", line);
-  std::fflush(stdout);
-}
-
-/// "expression-pedal.TEENSY31.hex" is for a TEENSY31.
-std::string mcuInNameOf(const std::filesystem::path& firmware) {
-  const auto name = firmware.stem().extension().string();
-  return name.empty() ? name : name.substr(1);
-}
-
-std::vector<std::filesystem::path> bundledFirmware() {
-  std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(KARVEX_FIRMWARE_DIRECTORY)) {
-    if (entry.path().extension() == ".hex") {
-      files.push_back(entry.path());
-    }
-  }
-  std::ranges::sort(files);
-  return files;
-}
-
-void showBus(device::DeviceExplorer& explorer) {
-  explorer.scanUSBDevices();
-  say("Boards on the simulated bus:");
-  for (const auto& device : explorer.devices.get()) {
-    say(fmt::format("  {:<22} {:04X}:{:04X} revision {:04X}  {}", device.deviceName, device.USBvendorId,
-                    device.USBproductId, device.USBbcdDevice, device.portName));
-  }
-}
-
 }  // namespace
 
 int runProgram(const CommonOptions& common, const ProgramOptions& options) {
@@ -127,7 +83,7 @@ int runProgram(const CommonOptions& common, const ProgramOptions& options) {
   chooseLogPlace(common, progress);
   const auto runtime = makeRuntime(common);
   rig::VirtualBus bus(runtime->clock());
-  LoadRequest request{.file = options.file, .mcu = options.mcu, .serialNumber = "", .onProgress = {}};
+  LoadRequest request{.file = options.file, .mcu = options.mcu, .serialNumber = ""};
   if (const auto* kind = rig::findBoardKind(options.mcu)) {
     request.serialNumber = serialNumberOf(0);
     auto& board =
@@ -156,27 +112,21 @@ int runDemo(const CommonOptions& common) {
   chooseLogPlace(common, progress);
   const auto runtime = makeRuntime(common);
   rig::VirtualBus bus(runtime->clock());
-  device::DeviceExplorer explorer(bus, bus);
-  std::vector<LoadRequest> requests;
-  for (const auto& file : bundledFirmware()) {
-    if (const auto* kind = rig::findBoardKind(mcuInNameOf(file))) {
-      auto serialNumber = serialNumberOf(requests.size());
-      bus.plugIn(std::make_unique<rig::VirtualBoard>(*kind, serialNumber));
-      requests.push_back({.file = file,
-                          .mcu = std::string(kind->mcu),
-                          .serialNumber = std::move(serialNumber),
-                          .onProgress = {}});
-    }
-  }
+  foundation::UrlSession urlSession(*runtime);
+  device::DeviceExplorer explorer({bus, bus, urlSession, ""});
+  const auto files = bundledFirmware();
+  plugIn({.boards = files.size()}, bus);
   showBus(explorer);
   std::size_t loaded = 0;
-  for (const auto& request : requests) {
+  for (std::size_t place = 0; place < files.size(); ++place) {
+    const LoadRequest request{
+        .file = files[place], .mcu = mcuInNameOf(files[place]), .serialNumber = serialNumberOf(place)};
     const auto outcome = loadWithProgress(*runtime, bus, request, progress, [](const LoadOutcome&) {});
     say(fmt::format("{} <- {}", sentenceOf(outcome), request.file.filename().string()));
     loaded += outcome.isLoaded() ? 1U : 0U;
   }
-  say(fmt::format("{} of {} boards loaded and matching.", loaded, requests.size()));
-  return loaded == requests.size() && loaded != 0 ? exitLoaded : exitLoadFailed;
+  say(fmt::format("{} of {} boards loaded and matching.", loaded, files.size()));
+  return loaded == files.size() && loaded != 0 ? exitLoaded : exitLoadFailed;
 }
 
 }  // namespace karvex::app

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "rig/VirtualBus.hpp"
+#include "rig/service/ServedDevice.hpp"
+
+namespace karvex::app {
+
+/// The firmware files that come with the rig, in the order of their names.
+std::vector<std::filesystem::path> bundledFirmware();
+
+/// The directory that they are in.
+std::filesystem::path firmwareDirectory();
+
+/// "expression-pedal.TEENSY31.hex" is for a TEENSY31.
+std::string mcuInNameOf(const std::filesystem::path& firmware);
+
+/// The serial number of the board at that place of the bus, from 0.
+std::string serialNumberOf(std::size_t place);
+
+/// What the rig's user owns.
+struct EquipmentPlan {
+  std::size_t boards = 3;            ///< attached, and listed by the service
+  std::size_t listedButAbsent = 0;   ///< listed behind those, and not attached
+  std::size_t attachedUnlisted = 0;  ///< attached behind those, and not listed
+};
+
+/// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn.
+void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus);
+
+/// The list that a service at that base address has of it: every firmware is a version ahead of the boards.
+std::vector<rig::ServedDevice> servedDevices(const EquipmentPlan& plan, const std::string& serviceAddress);
+
+}  // namespace karvex::app

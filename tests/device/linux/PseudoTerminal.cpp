@@ -1,0 +1,107 @@
+#include "tests/device/linux/PseudoTerminal.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+namespace karvex::device {
+namespace {
+
+constexpr int patience = 20'000;  // ms, for what comes at once unless something is broken
+
+int orThrow(int result) {
+  if (result < 0) {
+    throw std::system_error(errno, std::generic_category());
+  }
+  return result;
+}
+
+}  // namespace
+
+PseudoTerminal::PseudoTerminal() : device_(orThrow(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))) {
+  std::array<char, 64> name{};
+  orThrow(::grantpt(device_));
+  orThrow(::unlockpt(device_));
+  orThrow(-::ptsname_r(device_, name.data(), name.size()));
+  path_ = name.data();
+}
+
+void PseudoTerminal::send(std::string_view bytes) const {
+  while (!bytes.empty()) {
+    bytes.remove_prefix(
+        static_cast<std::size_t>(orThrow(static_cast<int>(::write(device_, bytes.data(), bytes.size())))));
+  }
+}
+
+std::string PseudoTerminal::receive(std::size_t count) const {
+  std::string bytes;
+  pollfd readable{.fd = device_, .events = POLLIN, .revents = 0};
+  while (bytes.size() < count && ::poll(&readable, 1, patience) == 1) {
+    std::array<char, 256> block{};
+    bytes.append(block.data(), static_cast<std::size_t>(
+                                   orThrow(static_cast<int>(::read(device_, block.data(), block.size())))));
+  }
+  return bytes;
+}
+
+bool PseudoTerminal::hasReceivedNothing() const {
+  pollfd readable{.fd = device_, .events = POLLIN, .revents = 0};
+  return ::poll(&readable, 1, 0) == 0 || (readable.revents & POLLIN) == 0;
+}
+
+termios PseudoTerminal::settings() const {
+  termios settings{};
+  orThrow(::tcgetattr(device_, &settings));
+  return settings;
+}
+
+void PseudoTerminal::unplug() {
+  if (device_ >= 0) {
+    ::close(std::exchange(device_, -1));
+  }
+}
+
+OtherProgram::OtherProgram(const std::function<void()>& begin) {
+  std::array<int, 2> began{};
+  std::array<int, 2> life{};
+  orThrow(::pipe2(began.data(), O_CLOEXEC));
+  orThrow(::pipe2(life.data(), O_CLOEXEC));
+  process_ = orThrow(::fork());
+  char byte = 0;
+  if (process_ == 0) {
+    ::close(life[1]);
+    begin();
+    const bool isKnown = ::write(began[1], &byte, 1) == 1;
+    ::_exit(isKnown && ::read(life[0], &byte, 1) == 0 ? 0 : 1);
+  }
+  ::close(began[1]);
+  ::close(life[0]);
+  life_ = life[1];
+  const auto known = ::read(began[0], &byte, 1);
+  ::close(began[0]);
+  orThrow(known == 1 ? 0 : -1);
+}
+
+OtherProgram::~OtherProgram() {
+  ::close(life_);
+  ::waitpid(process_, nullptr, 0);
+}
+
+int inOtherProcess(const std::function<int()>& attempt) {
+  const pid_t process = orThrow(::fork());
+  if (process == 0) {
+    ::_exit(attempt());
+  }
+  int status = 0;
+  orThrow(::waitpid(process, &status, 0));
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace karvex::device

@@ -1,0 +1,129 @@
+#include "foundation/ReadReadiness.hpp"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "foundation/SystemRuntime.hpp"
+
+namespace karvex::foundation {
+namespace {
+
+using namespace std::chrono_literals;
+
+class ReadReadinessTest : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0); }
+  void TearDown() override {
+    ::close(ends[0]);
+    closeWriteEnd();
+  }
+
+  void send(const std::string& text) const {
+    ASSERT_EQ(::write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+  }
+  void closeWriteEnd() { ::close(std::exchange(ends[1], -1)); }
+
+  /// One byte at a time, so that there is more to read when the handler returns.
+  ReadOutcome readByteInto(std::string& text) const {
+    char byte = 0;
+    if (::read(ends[0], &byte, 1) != 1) {
+      return ReadOutcome::nothing;
+    }
+    text += byte;
+    return ReadOutcome::data;
+  }
+
+  SystemRuntime runtime;
+  std::array<int, 2> ends{};
+};
+
+TEST_F(ReadReadinessTest, TheHandlerIsCalledAsLongAsThereIsSomething) {
+  std::string received;
+  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+    const auto outcome = readByteInto(received);
+    if (received == "first") {
+      send(" second");
+    } else if (received == "first second") {
+      runtime.stopMain();
+    }
+    return outcome;
+  });
+  send("first");
+  runtime.runMain();
+  EXPECT_EQ(received, "first second");
+}
+
+TEST_F(ReadReadinessTest, TheDescriptorStaysABlockingOne) {
+  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+    runtime.stopMain();
+    return ReadOutcome::gone;
+  });
+  send("x");
+  runtime.runMain();
+  EXPECT_EQ(::fcntl(ends[0], F_GETFL) & O_NONBLOCK, 0);
+}
+
+TEST_F(ReadReadinessTest, AHungUpDescriptorDoesNotKeepAProcessorBusy) {
+  std::string received;
+  int empty = 0;
+  const auto start = std::chrono::steady_clock::now();
+  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+    const auto outcome = readByteInto(received);
+    if (outcome == ReadOutcome::nothing && ++empty == 3) {
+      runtime.stopMain();
+    }
+    return outcome;
+  });
+  send("x");
+  closeWriteEnd();
+  runtime.runMain();
+  EXPECT_EQ(received, "x");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 2 * ReadReadiness::pauseAfterNothing);
+}
+
+TEST_F(ReadReadinessTest, NoCallFollowsOneThatFoundNothingLeft) {
+  std::atomic<int> calls = 0;
+  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+    ++calls;
+    runtime.mainQueue().postAt(runtime.clock().now() + 20ms, [this] { runtime.stopMain(); });
+    return ReadOutcome::gone;
+  });
+  send("never read");
+  runtime.runMain();
+  EXPECT_EQ(calls, 1);
+}
+
+// As a port does that is closed while its handler waits for the port's lock.
+TEST_F(ReadReadinessTest, TheEndDoesNotWaitForACallThatWaitsForItsOwner) {
+  std::mutex mutex;
+  std::promise<void> hasBegun;
+  std::promise<bool> sawTheEnd;
+  bool isOver = false;
+  std::unique_lock lock(mutex);
+  std::optional<ReadReadiness> readiness;
+  readiness.emplace(ends[0], runtime.globalQueue(), [&] {
+    hasBegun.set_value();
+    const std::lock_guard wait(mutex);
+    sawTheEnd.set_value(isOver);
+    return ReadOutcome::data;
+  });
+  send("x");
+  hasBegun.get_future().wait();
+  readiness.reset();
+  isOver = true;
+  lock.unlock();
+  EXPECT_TRUE(sawTheEnd.get_future().get());
+}
+
+}  // namespace
+}  // namespace karvex::foundation

@@ -1,0 +1,208 @@
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <future>
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "foundation/SystemRuntime.hpp"
+#include "foundation/TemporaryDirectory.hpp"
+#include "rig/service/EmbeddedService.hpp"
+#include "tests/rig/service/TestClient.hpp"
+
+namespace karvex::rig {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::SizeIs;
+using testing::StartsWith;
+
+constexpr const char* list = "/services/loaderInfo.php";
+constexpr const char* complete = "/services/uploadComplete.php";
+constexpr const char* report = "/services/deviceExplorer.php";
+constexpr const char* image = "/firmware/image.hex";
+
+/// A service with two devices and one file, on the machine's own clock, with faults as a user gives them.
+class EmbeddedServiceFaultsTest : public testing::Test {
+ protected:
+  EmbeddedServiceFaultsTest() {
+    std::ofstream(directory_.path() / "image.hex") << std::string(imageSize, ':');
+    service_.setDevices(std::vector<ServedDevice>{{.mcu = "TEENSY40"}, {.mcu = "TEENSY41"}});
+  }
+
+  void setFaults(const std::vector<std::string>& texts) {
+    ServiceFaults faults;
+    for (const auto& text : texts) {
+      ASSERT_EQ(addServiceFault(text, faults), std::nullopt) << text;
+    }
+    service_.setFaults(faults);
+  }
+
+  /// What is listed under a fault. The answer itself is sound.
+  json listed(const std::string& fault) {
+    setFaults({fault});
+    const auto reply = client_.post(list);
+    EXPECT_TRUE(reply.isWhole()) << fault;
+    EXPECT_EQ(reply.status, 200) << fault;
+    return json::parse(reply.body);
+  }
+
+  static constexpr std::size_t imageSize = 40'000;
+  foundation::SystemRuntime runtime_;
+  foundation::TemporaryDirectory directory_;
+  EmbeddedService service_{runtime_, directory_.path()};
+  TestClient client_{service_};
+};
+
+TEST_F(EmbeddedServiceFaultsTest, ErrorPagesAreHtmlWithTheirStatus) {
+  for (const auto& [fault, status] : {std::pair("not-found", 404), std::pair("server-error", 500)}) {
+    setFaults({fault});
+    for (const auto& reply :
+         {client_.post(list), client_.post(complete), client_.post(report), client_.get(image)}) {
+      EXPECT_TRUE(reply.isWhole());
+      EXPECT_EQ(reply.status, status);
+      EXPECT_EQ(reply.contentType, "text/html");
+      EXPECT_THAT(reply.body, StartsWith("<!DOCTYPE html>"));
+    }
+  }
+}
+
+TEST_F(EmbeddedServiceFaultsTest, AFaultOfOnePlaceLeavesTheOthersAlone) {
+  setFaults({"not-found@complete", "server-error@firmware"});
+  EXPECT_EQ(client_.post(list).status, 200);
+  EXPECT_EQ(client_.post(complete).status, 404);
+  EXPECT_EQ(client_.post(report).status, 200);
+  EXPECT_EQ(client_.get(image).status, 500);
+  setFaults({});
+  EXPECT_EQ(client_.get(image).body, std::string(imageSize, ':'));
+}
+
+TEST_F(EmbeddedServiceFaultsTest, ACutOffAnswerPromisesMoreThanComes) {
+  setFaults({"cut-off"});
+  for (const auto& reply : {client_.get(image), client_.post(list), client_.post(complete)}) {
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(reply.error, "Read");
+    ASSERT_TRUE(reply.promised);
+    EXPECT_EQ(reply.body.size(), *reply.promised / 2);
+  }
+  EXPECT_EQ(client_.get(image).promised, imageSize);
+  service_.setListText("");
+  EXPECT_EQ(client_.post(list).error, "Read") << "also when there is nothing to send";
+}
+
+TEST_F(EmbeddedServiceFaultsTest, AWrongCertificateFailsVerificationBeforeAnythingIsAsked) {
+  setFaults({"wrong-certificate"});
+  EXPECT_EQ(client_.post(list).error, "SSLServerVerification");
+  EXPECT_EQ(client_.get(image).error, "SSLServerVerification");
+  EXPECT_THAT(service_.requests(), SizeIs(0));
+  setFaults({});
+  EXPECT_EQ(client_.post(list).status, 200) << "the right certificate comes back with the next connection";
+}
+
+TEST_F(EmbeddedServiceFaultsTest, TheListIsSpoiledAsTheFaultSays) {
+  setFaults({"not-json"});
+  const auto notJson = client_.post(list);
+  EXPECT_EQ(notJson.status, 200);
+  EXPECT_FALSE(json::accept(notJson.body));
+  EXPECT_TRUE(listed("missing-key")[0].contains("firmwareVersion"));
+  EXPECT_FALSE(listed("missing-key")[1].contains("firmwareVersion"));
+  EXPECT_TRUE(listed("null-value=mcu")[1]["mcu"].is_null());
+  EXPECT_TRUE(listed("wrong-type=sequenceNumber")[1]["sequenceNumber"].is_string());
+  EXPECT_EQ(listed("out-of-range")[1]["setupDelay"], 4294967296);
+  EXPECT_EQ(listed("empty-list"), json::array());
+  EXPECT_EQ(client_.get(image).body.size(), imageSize) << "none of these touches another answer";
+}
+
+TEST_F(EmbeddedServiceFaultsTest, ARedirectPointsToAnotherScheme) {
+  setFaults({"redirect-elsewhere", "redirect-elsewhere@firmware=ftp://127.0.0.1/image.hex"});
+  EXPECT_EQ(client_.post(list).status, 302);
+  EXPECT_EQ(client_.post(list).location, "file:///etc/passwd");
+  EXPECT_EQ(client_.get(image).location, "ftp://127.0.0.1/image.hex");
+}
+
+TEST_F(EmbeddedServiceFaultsTest, AnEndlessAnswerGoesOnUntilTheClientLeaves) {
+  setFaults({"endless"});
+  client_.largestBody = 20UL * 1024 * 1024;
+  for (const auto& reply : {client_.post(list), client_.get(image)}) {
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(reply.promised, std::nullopt);
+    EXPECT_GE(reply.body.size(), client_.largestBody);
+    EXPECT_EQ(reply.error, "Canceled");
+  }
+  EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 0; })) << "the service went on sending";
+}
+
+TEST_F(EmbeddedServiceFaultsTest, AnEndlessAnswerEndsWhenTheServiceStops) {
+  setFaults({"endless"});
+  client_.largestBody = std::numeric_limits<std::size_t>::max();
+  auto reply = std::async(std::launch::async, [this] { return client_.get(image); });
+  EXPECT_TRUE(comesTrue([this] { return !service_.requests().empty(); }));
+  service_.stop();
+  EXPECT_NE(reply.get().error, "");
+}
+
+TEST_F(EmbeddedServiceFaultsTest, ASilentServiceLetsGoWhenTheClientLeaves) {
+  setFaults({"silent"});
+  client_.patience = 50ms;
+  for (int round = 0; round < 20; ++round) {  // more often than there are threads to be held up
+    const auto reply = client_.post(list);
+    EXPECT_EQ(reply.status, 0);
+    EXPECT_EQ(reply.error, "Read");
+  }
+  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 20; }));
+  EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 0; }))
+      << "still waiting for a client gone";
+}
+
+TEST_F(EmbeddedServiceFaultsTest, ASilentServiceLetsGoWhenItStops) {
+  setFaults({"silent"});
+  std::vector<std::future<Reply>> replies;
+  for (int client = 0; client < 4; ++client) {
+    replies.push_back(std::async(std::launch::async, [this] { return client_.post(complete); }));
+  }
+  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 4; }));
+  service_.stop();
+  EXPECT_EQ(service_.openConnections(), 0U);
+  for (auto& reply : replies) {
+    const auto seen = reply.get();
+    EXPECT_EQ(seen.status, 0) << "not a byte of an answer, also at the end";
+    EXPECT_EQ(seen.error, "Read");
+  }
+}
+
+TEST_F(EmbeddedServiceFaultsTest, ASlowServiceLetsGoWhenTheClientLeavesAndWhenItStops) {
+  setFaults({"slow=3600000"});
+  client_.patience = 50ms;
+  EXPECT_EQ(client_.post(list).status, 0);
+  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 1; }));
+  EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 0; }));
+  client_.patience = 60s;
+  auto reply = std::async(std::launch::async, [this] { return client_.post(list); });
+  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 2; }));
+  service_.stop();
+  EXPECT_EQ(reply.get().status, 0);
+}
+
+TEST_F(EmbeddedServiceFaultsTest, StoppingDoesNotWaitForClientsThatSayNothing) {
+  const int mute = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_port = htons(static_cast<std::uint16_t>(client_.port));
+  ASSERT_EQ(::connect(mute, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 1; }))
+      << "in the middle of its handshake";
+  const auto before = std::chrono::steady_clock::now();
+  service_.stop();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, 30s) << "a client may take 120 s for its next byte";
+  ::close(mute);
+}
+
+}  // namespace
+}  // namespace karvex::rig

@@ -1,0 +1,121 @@
+#include "rig/service/ServiceFaults.hpp"
+
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+#include <vector>
+
+#include "rig/service/ServedDevice.hpp"
+
+namespace karvex::rig {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+
+ServiceFaults faultsOf(const std::vector<const char*>& texts) {
+  ServiceFaults faults;
+  for (const auto* text : texts) {
+    EXPECT_EQ(addServiceFault(text, faults), std::nullopt) << text;
+  }
+  return faults;
+}
+
+TEST(ServiceFaultsTest, AFaultShowsWhereItIsSaidTo) {
+  const auto faults = faultsOf({"slow=250", "slow@firmware=9000", "not-found", "endless@report", "not-json"});
+  EXPECT_EQ(faults.delayAt(ServicePlace::list), 250ms);
+  EXPECT_EQ(faults.delayAt(std::nullopt), 250ms);
+  EXPECT_EQ(faults.delayAt(ServicePlace::firmware), 9s);
+  EXPECT_EQ(faults.answerAt(ServicePlace::complete)->kind, Misbehaviour::notFound);
+  EXPECT_EQ(faults.answerAt(ServicePlace::report)->kind, Misbehaviour::endless);
+  EXPECT_EQ(faults.answerAt(ServicePlace::list)->kind, Misbehaviour::notJson);
+  EXPECT_FALSE(faults.hasWrongCertificate());
+}
+
+TEST(ServiceFaultsTest, FaultsOfTheListAreInTheListOnlyAndACertificateIsNoAnswer) {
+  const auto faults = faultsOf({"wrong-certificate", "missing-key@list=mcu"});
+  EXPECT_TRUE(faults.hasWrongCertificate());
+  EXPECT_EQ(faults.answerAt(ServicePlace::list)->text, "mcu");
+  EXPECT_EQ(faults.answerAt(ServicePlace::firmware), nullptr);
+  EXPECT_EQ(faults.delayAt(ServicePlace::list), 0ms);
+}
+
+TEST(ServiceFaultsTest, AUrlMayHoldTheSignsOfTheSyntax) {
+  const auto faults = faultsOf({"redirect-elsewhere@firmware=ftp://user@host/?a=b"});
+  EXPECT_EQ(faults.answerAt(ServicePlace::firmware)->text, "ftp://user@host/?a=b");
+  EXPECT_EQ(faults.answerAt(ServicePlace::list), nullptr);
+}
+
+TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
+  ServiceFaults faults;
+  for (const char* text : {"",
+                           "=",
+                           "@list",
+                           "Slow",
+                           "slow=",
+                           "slow=-1",
+                           "slow=1s",
+                           "slow=4294967296",
+                           "slow@",
+                           "slow@nowhere",
+                           "slow@list@report",
+                           "silent=1",
+                           "cut-off=",
+                           "wrong-certificate@list",
+                           "missing-key=",
+                           "missing-key=MCU",
+                           "missing-key@firmware",
+                           "empty-list@report",
+                           "out-of-range=1.5",
+                           "out-of-range=99999999999999999999",
+                           "redirect-elsewhere="}) {
+    EXPECT_NE(addServiceFault(text, faults), std::nullopt) << text;
+  }
+  EXPECT_TRUE(faults.faults.empty());
+}
+
+TEST(ServiceFaultsTest, TheHelpNamesEachFaultThatIsUnderstood) {
+  const auto help = describeServiceFaults();
+  ServiceFaults faults;
+  for (std::size_t at = 0; at < help.find("  PLACE"); at = help.find('\n', at) + 1) {
+    const auto name = help.substr(at + 2, help.find_first_of(" [", at + 2) - at - 2);
+    EXPECT_EQ(addServiceFault(name, faults), std::nullopt) << name;
+  }
+  EXPECT_EQ(faults.faults.size(), 14U);
+}
+
+TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
+  const std::vector<ServedDevice> devices = {{.mcu = "TEENSY40"}, {.midiName = "Keys", .mcu = "TEENSY41"}};
+  const auto good = json::parse(listText(devices));
+  for (const auto key : servedDeviceKeys()) {
+    const std::string name(key);
+    const auto spoiled = [&](Misbehaviour kind) {
+      const auto list = json::parse(spoilList(good.dump(), {.kind = kind, .only = {}, .text = name}));
+      EXPECT_EQ(list.size(), 2U);
+      EXPECT_EQ(list[0], good[0]);
+      auto others = list[1];
+      others[name] = good[1][name];
+      EXPECT_EQ(others, good[1]) << name;
+      return list[1];
+    };
+    EXPECT_FALSE(spoiled(Misbehaviour::missingKey).contains(name)) << name;
+    EXPECT_TRUE(spoiled(Misbehaviour::nullValue)[name].is_null()) << name;
+    EXPECT_NE(spoiled(Misbehaviour::wrongType)[name].is_string(), good[1][name].is_string()) << name;
+  }
+  const auto outOfRange =
+      json::parse(spoilList(good.dump(), {.kind = Misbehaviour::outOfRange, .only = {}, .number = -1}));
+  EXPECT_EQ(outOfRange[1]["setupDelay"], -1);
+}
+
+TEST(SpoilListTest, AListWithoutDevicesGetsOneAndOtherTextStaysAsItIs) {
+  const ServiceFault fault{.kind = Misbehaviour::missingKey, .only = {}, .text = "mcu"};
+  const auto list = json::parse(spoilList("[]", fault));
+  ASSERT_EQ(list.size(), 1U);
+  EXPECT_EQ(list[0].size(), servedDeviceKeys().size() - 1);
+  for (const char* text : {"", "{}", "[1]", "[", "null"}) {
+    EXPECT_EQ(spoilList(text, fault), text);
+  }
+}
+
+}  // namespace
+}  // namespace karvex::rig

@@ -1,0 +1,77 @@
+#include "tests/rig/service/TestClient.hpp"
+
+#include <httplib.h>
+
+#include <stdexcept>
+#include <thread>
+
+namespace karvex::rig {
+namespace {
+
+/// Takes a local port before the connection is made, so that it has a name before the far side can know of
+/// it.
+int bindLocally(int socket) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto* generic = reinterpret_cast<sockaddr*>(&address);
+  if (::bind(socket, generic, length) != 0 || ::getsockname(socket, generic, &length) != 0) {
+    throw std::runtime_error("no local port");
+  }
+  return ntohs(address.sin_port);
+}
+
+}  // namespace
+
+TestClient::TestClient(const std::string& baseAddress, std::filesystem::path trusted)
+    : port(std::stoi(baseAddress.substr(baseAddress.rfind(':') + 1))), caFile(std::move(trusted)) {}
+
+Reply TestClient::send(const std::string& method, const std::string& path, const std::string& contentType,
+                       const std::string& body) const {
+  httplib::SSLClient client(host, port);
+  client.set_ca_cert_path(caFile.string());
+  client.enable_server_certificate_verification(true);
+  client.set_connection_timeout(60);
+  client.set_read_timeout(patience);
+  if (onLocalPort) {
+    client.set_socket_options([this](int socket) { onLocalPort(bindLocally(socket)); });
+  }
+  Reply reply;
+  httplib::Request request;
+  request.method = method;
+  request.path = path;
+  request.body = body;
+  if (!contentType.empty()) {
+    request.set_header("Content-Type", contentType);
+  }
+  request.response_handler = [&reply](const httplib::Response& head) {
+    reply.status = head.status;
+    reply.contentType = head.get_header_value("Content-Type");
+    reply.location = head.get_header_value("Location");
+    if (head.has_header("Content-Length")) {
+      reply.promised = head.get_header_value<std::uint64_t>("Content-Length");
+    }
+    return true;
+  };
+  request.content_receiver = [&](const char* data, std::size_t size, std::uint64_t, std::uint64_t) {
+    reply.body.append(data, size);
+    return reply.body.size() < largestBody;
+  };
+  const auto result = client.send(request);
+  if (!result) {
+    reply.error = httplib::to_string(result.error());
+  }
+  return reply;
+}
+
+bool comesTrue(const std::function<bool()>& condition) {
+  using namespace std::chrono_literals;
+  const auto deadline = std::chrono::steady_clock::now() + 60s;
+  while (!condition() && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(1ms);
+  }
+  return condition();
+}
+
+}  // namespace karvex::rig

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "device/DeviceExplorer.hpp"
+#include "foundation/Published.hpp"
+#include "foundation/Task.hpp"
+#include "foundation/Uuid.hpp"
+#include "records/BootableDevice.hpp"
+#include "records/ServerDeviceDescriptor.hpp"
+#include "service/FirmwareService.hpp"
+#include "upgrade/Platform.hpp"
+
+namespace karvex::upgrade {
+
+/// The devices that can be upgraded, in the order of the upgrade: that of the service's list. Nothing sorts
+/// them anew; a device's place is what makes one device the next of another. Main thread, but for what says
+/// otherwise.
+class BootableDeviceManager {
+ public:
+  explicit BootableDeviceManager(const Platform& platform);
+
+  foundation::Published<std::vector<records::BootableDevice>> managedDevices;
+  /// Result of the last scan.
+  foundation::Published<std::int64_t> errorCode{0};
+  /// The service's last good answer. Written on the global queue by fetchDeviceDescriptors(), to be read
+  /// behind it.
+  std::vector<records::ServerDeviceDescriptor> deviceDescriptors;
+  /// True once the service was asked, whatever came of it. Written like deviceDescriptors.
+  bool isServerLoaded = false;
+  device::DeviceExplorer deviceExplorer;
+
+  /// Asks the service for its list. Gives false only if the service's address is no URL. An answer that can't
+  /// be had or decoded leaves `deviceDescriptors` as it is and says so on standard output. The awaiting
+  /// coroutine goes on on the global queue.
+  foundation::Task<bool> fetchDeviceDescriptors();
+
+  /// A copy of the record behind the one with that id. There must be one.
+  records::BootableDevice nextDevice(const foundation::Uuid& after) const;
+
+  /// Sets the status of the first record with that id; an unknown id changes nothing.
+  void updateStatus(const foundation::Uuid& id, std::uint32_t status);
+
+  /// Makes the target version the current one in the table, and then tells the service that the device has
+  /// been upgraded. What the service answers, or that it doesn't, changes nothing. To be started on the main
+  /// thread; the awaiting coroutine goes on there.
+  foundation::Task<> sendUploadComplete(foundation::Uuid id);
+
+ private:
+  foundation::Runtime& runtime_;
+  service::FirmwareService service_;
+};
+
+}  // namespace karvex::upgrade

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "device/DeviceExplorer.hpp"
+#include "device/platform/SerialInterfaces.hpp"
+#include "device/platform/UsbBus.hpp"
+#include "foundation/Runtime.hpp"
+#include "foundation/UrlSession.hpp"
+#include "service/ServiceAddress.hpp"
+
+namespace karvex::upgrade {
+
+/// Everything outside that an upgrade works with. What is referred to must outlive whoever is given it.
+struct Platform {
+  foundation::Runtime& runtime;
+  foundation::UrlSession& urlSession;
+  device::UsbBus& usbBus;
+  device::SerialInterfaces& serialInterfaces;
+  service::ServiceAddress serviceAddress;
+
+  device::ExplorerPlatform forExplorer() const {
+    return {usbBus, serialInterfaces, urlSession, serviceAddress.deviceExplorer};
+  }
+};
+
+}  // namespace karvex::upgrade
