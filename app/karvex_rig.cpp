@@ -1,8 +1,13 @@
+// The options of karvex-rig. What a command does stands in app/rig/; the platforms are plugged into the seams
+// in app/rig/RigLoad.cpp (the loader) and app/rig/ServiceCommands.cpp (the bus and the firmware service).
+
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <functional>
+#include <exception>
+#include <iostream>
 #include <string>
+#include <vector>
 
 #include "app/rig/LoadCommands.hpp"
 #include "app/rig/ServiceCommands.hpp"
@@ -73,9 +78,7 @@ CLI::App& addServiceCommand(CLI::App& app, Choices& choices, const std::string& 
   return command;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App command{
       "Karvex on simulated equipment. Without a command: every bundled firmware onto a board of its kind."};
   Choices choices;
@@ -99,4 +102,15 @@ int main(int argc, char** argv) {
     return app::runList(choices.common, choices.service);
   }
   return report.parsed() ? app::runReport(choices.common, choices.service) : app::runDemo(choices.common);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "karvex-rig: " << error.what() << '\n';
+    return app::exitLoadFailed;
+  }
 }

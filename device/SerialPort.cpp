@@ -71,7 +71,7 @@ SerialPort::SerialPort(TerminalNodes& nodes, foundation::Runtime& runtime, std::
 
 SerialPort::~SerialPort() {
   const std::lock_guard lock(*lock_);
-  stopReading();
+  endStreams();
   if (node_) {
     node_->leaveOpen();
   }
@@ -95,25 +95,28 @@ void SerialPort::open(PortMode mode) {
   }
   const std::shared_ptr<TerminalNode> node = std::get<std::unique_ptr<TerminalNode>>(std::move(opened));
   if (mode != PortMode::transmit) {
-    startReading(node);
+    makeDataStream(node);
   }
   const std::lock_guard fields(fields_);
   node_ = node;
 }
 
-void SerialPort::startReading(const std::shared_ptr<TerminalNode>& node) {
+/// Called with the port's lock held.
+void SerialPort::makeDataStream(const std::shared_ptr<TerminalNode>& node) {
   auto [stream, producer] = AsyncStream<Block>::make(runtime_.globalQueue());
   auto blocks = std::make_shared<BlockProducer>(std::move(producer));
   auto handler = [lock = lock_, port = std::weak_ptr(node), blocks] {
     return passBlockOn(*lock, port, *blocks);
   };
+  std::unique_ptr<ReadSource> source;
   try {
-    pollSource_ = node->watch(std::move(handler));
+    source = node->watch(std::move(handler));
   } catch (const std::system_error& error) {
     const TerminalRefusal refusal{.detail = error.code().message()};
     throw PortException(PortError::failedToOpen, describe(refusal, path_));
   }
   const std::lock_guard fields(fields_);
+  pollSource_ = std::move(source);
   blocks_ = std::move(blocks);
   readDataStream_ = std::move(stream);
 }
@@ -129,17 +132,19 @@ void SerialPort::configure(const SerialPortSettings& settings) {
 
 void SerialPort::close() {
   const std::lock_guard lock(*lock_);
-  stopReading();
+  endStreams();
   std::shared_ptr<TerminalNode> node;  // Closed behind the fields' lock, because that may wait.
   const std::lock_guard fields(fields_);
   node_.swap(node);
 }
 
-/// Called with the port's lock held. The read source's handler is kept out by it, so that nothing comes
-/// behind the stream's end.
-void SerialPort::stopReading() {
-  pollSource_.reset();
+/// Called with the port's lock held. It keeps the read source's handler out, so that nothing comes behind the
+/// stream's end.
+void SerialPort::endStreams() {
+  std::unique_ptr<ReadSource>
+      source;  // Destroyed behind the fields' lock, because that waits for its thread.
   const std::lock_guard fields(fields_);
+  source.swap(pollSource_);
   if (const auto blocks = std::exchange(blocks_, nullptr)) {
     blocks->finish();
   }
@@ -170,7 +175,7 @@ AsyncStream<std::string> SerialPort::readLinesStream() {
 }
 
 /// Called with the fields' lock held.
-AsyncStream<Block> SerialPort::dataStream() const {
+AsyncStream<Block> SerialPort::dataStream() {
   if (!node_) {
     fail(PortError::mustBeOpen);
   }
@@ -178,6 +183,7 @@ AsyncStream<Block> SerialPort::dataStream() const {
     throw PortException(PortError::mustBeOpen,
                         fmt::format("Serial port {} is open for transmitting only", path_));
   }
+  pollSource_->resume();
   return *readDataStream_;
 }
 

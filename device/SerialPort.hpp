@@ -24,7 +24,11 @@ namespace karvex::device {
 ///
 /// All operations may be called on any thread. open, configure, close, each write and the streams' own
 /// reading exclude each other; blocking reads exclude nothing, so that a write that waits can't hold them up.
-/// A port is read either through its streams or by blocking reads: each byte goes to only one of them.
+///
+/// A port is read through its streams or by blocking reads, not both: they would take the bytes from each
+/// other, and the streams' reading, waiting under the lock for a byte that a blocking read has got before it,
+/// would hold up the close. So the streams read only from the moment on when one of them is first asked for;
+/// what comes in before stays with the node until somebody reads it.
 class SerialPort {
  public:
   using Block = std::vector<std::uint8_t>;
@@ -50,9 +54,8 @@ class SerialPort {
   /// A closed port on another path, on the same platform as this one.
   virtual std::unique_ptr<SerialPort> create(std::string path) const;
 
-  /// Takes the node for this program alone, and never waits for another one to let go of it. Unless the mode
-  /// is `transmit`, what comes in is kept for the streams from here on. After a failure the port is as it
-  /// was. Fails with invalidPath, instanceAlreadyOpen or failedToOpen.
+  /// Takes the node for this program alone, and never waits for another one to let go of it. After a failure
+  /// the port is as it was. Fails with invalidPath, instanceAlreadyOpen or failedToOpen.
   virtual void open(PortMode mode);
 
   /// Sets the line; a setting that the node refuses goes unnoticed. Fails with mustBeOpen.
@@ -65,9 +68,10 @@ class SerialPort {
   /// The path given at creation.
   const std::string& path() const { return path_; }
 
-  /// What comes in, in blocks as it came. The streams live from open to close, each has one consumer, and the
-  /// accessors give the same stream each time. The byte stream consumes the block stream, and the line stream
-  /// the byte stream. They fail with mustBeOpen, also on a port that is open for transmitting only.
+  /// What comes in, in blocks as it came, kept without bound from the first call on. The streams live from
+  /// open to close, each has one consumer, and the accessors give the same stream each time. The byte stream
+  /// consumes the block stream, and the line stream the byte stream. They fail with mustBeOpen, also on a
+  /// port that is open for transmitting only.
   foundation::AsyncStream<Block> readDataStream();
   foundation::AsyncStream<std::uint8_t> readBytesStream();
   /// Lines with their newline; an unterminated last line is dropped.
@@ -104,10 +108,10 @@ class SerialPort {
   [[noreturn]] void fail(PortError error) const;
   std::shared_ptr<TerminalNode> openNode() const;
   std::shared_ptr<TerminalNode> connectedNode() const;
-  foundation::AsyncStream<Block> dataStream() const;
+  foundation::AsyncStream<Block> dataStream();
   foundation::AsyncStream<std::uint8_t> bytesStream();
-  void startReading(const std::shared_ptr<TerminalNode>& node);
-  void stopReading();
+  void makeDataStream(const std::shared_ptr<TerminalNode>& node);
+  void endStreams();
 
   TerminalNodes& nodes_;
   foundation::Runtime& runtime_;

@@ -28,14 +28,17 @@ struct ReadReadiness::State {
   State& operator=(const State&) = delete;
 
   void cancel() {
-    {
-      const std::lock_guard lock(mutex);
-      isCancelled = true;
-    }
-    changed.notify_all();
+    set(isCancelled);
     const std::uint64_t once = 1;
     // An event counter that was never written to takes a 1: there is no failure to look at.
     [[maybe_unused]] const auto written = ::write(cancelEvent, &once, sizeof once);
+  }
+
+  void resume() { set(isResumed); }
+
+  void awaitResume() {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [this] { return isCancelled || isResumed; });
   }
 
   bool wasCancelled() {
@@ -76,12 +79,21 @@ struct ReadReadiness::State {
     changed.wait_for(lock, pauseAfterNothing, [this] { return isCancelled; });
   }
 
+  void set(bool& flag) {
+    {
+      const std::lock_guard lock(mutex);
+      flag = true;
+    }
+    changed.notify_all();
+  }
+
   const int descriptor;
   Queue& queue;
   const Handler handler;
   const int cancelEvent = ::eventfd(0, EFD_CLOEXEC);
   std::mutex mutex;
   std::condition_variable changed;
+  bool isResumed = false;
   bool isCancelled = false;
   std::optional<ReadOutcome> outcome;
 };
@@ -89,6 +101,7 @@ struct ReadReadiness::State {
 ReadReadiness::ReadReadiness(int descriptor, Queue& queue, Handler handler)
     : state_(std::make_shared<State>(descriptor, queue, std::move(handler))) {
   watcher_ = std::thread([state = state_] {
+    state->awaitResume();
     while (state->awaitReadable()) {
       state->queue.post([state] {
         if (!state->wasCancelled()) {
@@ -104,6 +117,10 @@ ReadReadiness::ReadReadiness(int descriptor, Queue& queue, Handler handler)
       }
     }
   });
+}
+
+void ReadReadiness::resume() {
+  state_->resume();
 }
 
 ReadReadiness::~ReadReadiness() {

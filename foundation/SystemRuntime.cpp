@@ -1,6 +1,5 @@
 #include "foundation/SystemRuntime.hpp"
 
-#include <algorithm>
 #include <asio.hpp>
 #include <thread>
 #include <utility>
@@ -47,9 +46,11 @@ class AsioQueue final : public Queue {
   Context& context_;
 };
 
-/// Global jobs sleep and wait for devices, so there must be more threads than processors.
+/// Global jobs sleep and wait for devices, so there are more threads than processors. A job waits for a
+/// thread only when as many as this are blocked at once.
 std::size_t globalThreads() {
-  return std::max<std::size_t>(8, std::thread::hardware_concurrency());
+  constexpr std::size_t blocked = 8;
+  return std::thread::hardware_concurrency() + blocked;
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 #include "foundation/Timer.hpp"
 
-#include <cassert>
+#include <algorithm>
 #include <utility>
 
 namespace karvex::foundation {
@@ -27,7 +27,7 @@ struct Timer::State : std::enable_shared_from_this<State> {
     if (interval == Duration::zero()) {
       return;
     }
-    const auto missed = std::max<Duration::rep>(0, (clock.now() - due) / interval);
+    const auto missed = (clock.now() - due) / interval;
     due += interval * (missed + 1);
     schedule();
   }
@@ -50,8 +50,8 @@ Timer Timer::oneShot(Clock& clock, Queue& queue, Duration delay, Job handler) {
 }
 
 Timer Timer::repeating(Clock& clock, Queue& queue, Duration interval, Job handler) {
-  assert(interval > Duration::zero());
-  return start(clock, queue, interval, interval, std::move(handler));
+  const auto kept = std::max(interval, Duration(1));
+  return start(clock, queue, kept, kept, std::move(handler));
 }
 
 }  // namespace karvex::foundation

@@ -16,11 +16,13 @@ class Timer {
   /// One call, `delay` from now.
   static Timer oneShot(Clock& clock, Queue& queue, Duration delay, Job handler);
 
-  /// A call every `interval` (above 0), the first of them one interval from now.
+  /// A call every `interval` (at least 1 ns), the first of them one interval from now.
   static Timer repeating(Clock& clock, Queue& queue, Duration interval, Job handler);
 
   /// A timer that does nothing.
   Timer() = default;
+  Timer(Timer&&) noexcept = default;
+  Timer& operator=(Timer&&) noexcept = default;
 
   /// Makes no further call. Harmless on a timer that has ended.
   void cancel() { state_.reset(); }

@@ -1,7 +1,8 @@
 #include "foundation/VirtualRuntime.hpp"
 
 #include <algorithm>
-#include <cassert>
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 
 namespace karvex::foundation {
@@ -9,6 +10,15 @@ namespace {
 
 /// The participant that the calling thread is, of the runtime that it belongs to. Null on foreign threads.
 thread_local void* thisParticipant = nullptr;
+
+/// A broken contract would hand the baton to two threads and show up as anything anywhere, so it ends the
+/// program.
+void require(bool holds, const char* contract) {
+  if (!holds) {
+    std::fprintf(stderr, "VirtualRuntime: %s\n", contract);
+    std::abort();
+  }
+}
 
 }  // namespace
 
@@ -19,10 +29,12 @@ VirtualRuntime::VirtualRuntime() {
 VirtualRuntime::~VirtualRuntime() {
   // What is dropped dies behind the lock: a destructor in a job may well post.
   Ready dropped;
+  Ready droppedFromMain;
   std::vector<Delivery> droppedDeliveries;
   Lock lock(mutex_);
   isEnding_ = true;
   dropped.swap(globalReady_);
+  droppedFromMain.swap(mainReady_);
   std::erase_if(timed_, [&droppedDeliveries](auto& entry) {
     auto* delivery = std::get_if<Delivery>(&entry.second);
     if (delivery != nullptr) {
@@ -47,7 +59,7 @@ VirtualRuntime::~VirtualRuntime() {
 
 void VirtualRuntime::runMain() {
   Lock lock(mutex_);
-  assert(main_.hasBaton && "runMain() belongs to the thread that made the runtime");
+  require(main_.hasBaton, "runMain() belongs to the thread that made the runtime");
   mainMayRun_ = true;
   while (mainMayRun_) {
     mainIsIdle_ = true;
@@ -161,7 +173,7 @@ VirtualRuntime::Participant& VirtualRuntime::current() {
   if (thisParticipant != nullptr) {
     return *static_cast<Participant*>(thisParticipant);
   }
-  assert(main_.hasBaton && "only threads of the runtime can sleep on its clock");
+  require(std::this_thread::get_id() == mainThread_, "only threads of a runtime can sleep on its clock");
   return main_;
 }
 

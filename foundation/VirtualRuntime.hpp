@@ -123,6 +123,7 @@ class VirtualRuntime final : public Runtime {
   Ready mainReady_;
   Ready globalReady_;
   Participant main_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
   std::vector<std::unique_ptr<Participant>> workers_;
   std::vector<Participant*> idleWorkers_;
   std::vector<std::thread> threads_;

@@ -96,15 +96,17 @@ ReportOutcome VirtualBoard::takeReport(TimePoint now, std::span<const std::uint8
   }
   if (const auto objection = objectionTo(report)) {
     complaints_.push_back(*objection);
+    tell(now, "complaint: " + *objection);
     return refuse(now);
   }
-  if (isBusy(now, !isBoot && addressIn(report) == 0)) {
+  if (mustRefuse(now, !isBoot && addressIn(report) == 0)) {
     return refuse(now);
   }
   return isBoot ? boot(now, report) : takeBlock(now, report);
 }
 
-bool VirtualBoard::isBusy(TimePoint now, bool isFirstBlock) {
+/// Block 0 starts the erase when it is first offered; behind its end, the flash is empty.
+bool VirtualBoard::mustRefuse(TimePoint now, bool isFirstBlock) {
   if (!firstOfferAt_) {
     firstOfferAt_ = now;
   }

@@ -35,7 +35,7 @@ class VirtualBoard {
   using TimePoint = foundation::TimePoint;
 
   /// Told each time something happens: "134 baud", "halfkay", "refused 0" (the first time that a block is),
-  /// "report 0", "boot", "running", "gone".
+  /// "report 0", "boot", "running", "gone", "complaint: ..." (whatever no real board would take).
   using EventListener = std::function<void(TimePoint at, const std::string& event)>;
   /// Given each report that the board took.
   using ReportListener = std::function<void(std::span<const std::uint8_t> report)>;
@@ -85,7 +85,7 @@ class VirtualBoard {
 
   void enter(BoardState state, TimePoint at);
   void leaveBusUntil(Change change, BoardState meanwhile);
-  bool isBusy(TimePoint now, bool isFirstBlock);
+  bool mustRefuse(TimePoint now, bool isFirstBlock);
   std::uint32_t addressIn(std::span<const std::uint8_t> report) const;
   std::optional<std::string> objectionTo(std::span<const std::uint8_t> report) const;
   ReportOutcome boot(TimePoint now, std::span<const std::uint8_t> report);

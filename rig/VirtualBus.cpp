@@ -29,8 +29,8 @@ VirtualBoard& VirtualBus::plugIn(std::unique_ptr<VirtualBoard> board) {
 }
 
 bool VirtualBus::anyBoard(const std::function<bool(VirtualBoard&)>& use) {
-  const auto now = clock_.now();
   const std::lock_guard lock(mutex_);
+  const auto now = clock_.now();  // Under the lock, so that no board sees time go back.
   for (const auto& board : boards_) {
     board->advanceTo(now);
     if (use(*board)) {
@@ -51,12 +51,11 @@ bool VirtualBus::inspect(const std::string& serialNumber, const std::function<vo
 }
 
 bool VirtualBus::setLineSpeed(const std::string& serialNumber, std::uint32_t baud) {
-  const auto now = clock_.now();
   return anyBoard([&](VirtualBoard& board) {
     if (board.serialNumber() != serialNumber || board.state() != BoardState::running) {
       return false;
     }
-    board.setLineSpeed(now, baud);
+    board.setLineSpeed(clock_.now(), baud);
     return true;
   });
 }
@@ -75,8 +74,8 @@ std::optional<VirtualBus::HalfKayBoard> VirtualBus::firstHalfKayBoard() {
 }
 
 ReportOutcome VirtualBus::sendReport(const HalfKayBoard& to, std::span<const std::uint8_t> report) {
-  const auto now = clock_.now();
   const std::lock_guard lock(mutex_);
+  const auto now = clock_.now();
   VirtualBoard& board = *boards_[to.place];
   board.advanceTo(now);
   return board.session() == to.session ? board.takeReport(now, report) : ReportOutcome::gone;

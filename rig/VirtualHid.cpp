@@ -8,6 +8,10 @@ namespace {
 
 using Handle = VirtualBus::HalfKayBoard;
 
+/// The boards are the only HID devices on the bus, and only while they are in their bootloader.
+constexpr std::uint16_t bootloaderVendor = 0x16C0;
+constexpr std::uint16_t bootloaderProduct = 0x0478;
+
 /// A transfer that fails takes this long on a real bus (a stall 2 to 9 ms were measured). Without it, a
 /// report that is offered again and again would never get past a moment of virtual time.
 constexpr std::chrono::milliseconds failedTransferTime{2};
@@ -30,7 +34,11 @@ loader::hid_access open(loader::hid_device* device) {
 
 }  // namespace
 
-loader::hid_search VirtualHid::findFirst(loader::hid_device** device) {
+loader::hid_search VirtualHid::findFirst(std::uint16_t vendor, std::uint16_t product,
+                                         loader::hid_device** device) {
+  if (vendor != bootloaderVendor || product != bootloaderProduct) {
+    return loader::hid_search::none;
+  }
   const auto board = bus_.firstHalfKayBoard();
   if (!board) {
     return loader::hid_search::none;
@@ -52,8 +60,8 @@ loader::hid_calls VirtualHid::calls() {
   return {
       .context = this,
       .find_first =
-          [](void* self, std::uint16_t, std::uint16_t, loader::hid_device** device) {
-            return static_cast<VirtualHid*>(self)->findFirst(device);
+          [](void* self, std::uint16_t vendor, std::uint16_t product, loader::hid_device** device) {
+            return static_cast<VirtualHid*>(self)->findFirst(vendor, product, device);
           },
       .open = [](void*, loader::hid_device* device) { return open(device); },
       .close = [](void*, loader::hid_device* device) { delete handleOf(device); },

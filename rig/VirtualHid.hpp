@@ -16,7 +16,7 @@ class VirtualHid {
   loader::hid_calls calls();
 
  private:
-  loader::hid_search findFirst(loader::hid_device** device);
+  loader::hid_search findFirst(std::uint16_t vendor, std::uint16_t product, loader::hid_device** device);
   loader::hid_delivery setOutputReport(const VirtualBus::HalfKayBoard& to,
                                        std::span<const std::uint8_t> report);
 

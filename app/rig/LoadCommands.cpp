@@ -22,18 +22,17 @@
 namespace karvex::app {
 namespace {
 
-/// On a terminal the log would run over the progress; in a file or a pipe it is what is wanted.
+/// On a terminal the log would run over the progress, so only its failures are shown unless all of it is
+/// wanted; in a file or a pipe it is complete.
 void chooseLogPlace(const CommonOptions& common, ProgressLine& progress) {
   if (isatty(STDERR_FILENO) == 0) {
     return;
   }
-  if (!common.showLog) {
-    foundation::log::redirectSystem([](std::string_view) {});
-    return;
-  }
-  foundation::log::redirectSystem([&progress](std::string_view text) {
-    progress.clear();
-    fmt::print(stderr, "{}\n", text);
+  foundation::log::redirectSystem([&progress, showAll = common.showLog](std::string_view text) {
+    if (showAll || text.starts_with(">>>")) {
+      progress.clear();
+      fmt::print(stderr, "{}\n", text);
+    }
   });
 }
 
@@ -60,15 +59,25 @@ bool openForWriting(std::ofstream& file, const std::optional<std::filesystem::pa
   return file.good();
 }
 
-LoadOutcome loadWithProgress(foundation::Runtime& runtime, rig::VirtualBus& bus, LoadRequest request,
-                             ProgressLine& progress,
-                             const std::function<void(const LoadOutcome&)>& beforeEnd) {
-  const auto title =
-      fmt::format("{} {} <- {}", request.mcu, request.serialNumber, request.file.filename().string());
-  request.onProgress = [&progress, title] { progress.show(title); };
-  auto outcome = runLoad(runtime, bus, request, beforeEnd);
-  progress.clear();
-  return outcome;
+/// Lets the progress line follow the load.
+LoadRequest withProgress(LoadRequest request, ProgressLine& progress) {
+  request.onProgress = [&progress, title = fmt::format("{} {}", request.mcu, request.serialNumber)] {
+    progress.show(title);
+  };
+  request.beforeText = [&progress] { progress.clear(); };
+  return request;
+}
+
+/// Results that didn't reach their file are no results.
+bool isWritten(std::ofstream& file, const std::optional<std::filesystem::path>& path) {
+  if (!path) {
+    return true;
+  }
+  file.close();
+  if (!file) {
+    fmt::print(stderr, "karvex-rig: {} could not be written to its end.\n", path->string());
+  }
+  return file.good();
 }
 
 }  // namespace
@@ -98,13 +107,13 @@ int runProgram(const CommonOptions& common, const ProgramOptions& options) {
       report << jsonOf(outcome) << std::flush;
     }
   };
-  const auto outcome = loadWithProgress(*runtime, bus, request, progress, [&](const LoadOutcome& known) {
-    progress.clear();
-    writeReport(known);
-  });
+  const auto outcome = runLoad(*runtime, bus, withProgress(request, progress), writeReport);
+  progress.clear();
   writeReport(outcome);
   say(sentenceOf(outcome));
-  return outcome.isLoaded() ? exitLoaded : exitLoadFailed;
+  const bool reportsAreWritten = isWritten(reports, options.reportsFile);
+  const bool reportIsWritten = isWritten(report, options.reportFile);
+  return outcome.isLoaded() && reportsAreWritten && reportIsWritten ? exitLoaded : exitLoadFailed;
 }
 
 int runDemo(const CommonOptions& common) {
@@ -121,7 +130,8 @@ int runDemo(const CommonOptions& common) {
   for (std::size_t place = 0; place < files.size(); ++place) {
     const LoadRequest request{
         .file = files[place], .mcu = mcuInNameOf(files[place]), .serialNumber = serialNumberOf(place)};
-    const auto outcome = loadWithProgress(*runtime, bus, request, progress, [](const LoadOutcome&) {});
+    const auto outcome = runLoad(*runtime, bus, withProgress(request, progress), [](const LoadOutcome&) {});
+    progress.clear();
     say(fmt::format("{} <- {}", sentenceOf(outcome), request.file.filename().string()));
     loaded += outcome.isLoaded() ? 1U : 0U;
   }

@@ -9,16 +9,27 @@
 #include "loader/load_status.hpp"
 
 namespace karvex::app {
+namespace {
+
+void callIfSet(const std::function<void()>& listener) {
+  if (listener) {
+    listener();
+  }
+}
+
+}  // namespace
 
 LoadRecorder::LoadRecorder(const loader::host_calls& host, const loader::hid_calls& hid,
-                           foundation::Clock& clock, Timeline& timeline)
-    : host_(host), hid_(hid), clock_(clock), timeline_(timeline), lastStatus_(loader::get_load_status()) {}
+                           foundation::Runtime& runtime, Timeline& timeline)
+    : host_(host),
+      hid_(hid),
+      runtime_(runtime),
+      timeline_(timeline),
+      lastStatus_(loader::get_load_status()) {}
 
 void LoadRecorder::note(std::string event) {
-  timeline_.add(clock_.now(), std::move(event));
-  if (progressListener_) {
-    progressListener_();
-  }
+  timeline_.add(runtime_.clock().now(), std::move(event));
+  callIfSet(progressListener_);
 }
 
 void LoadRecorder::lookAtStatus() {
@@ -42,6 +53,15 @@ void LoadRecorder::logLine(const char* text) {
     bytesRead_ = value;
   }
   host_.log(host_.context, text);
+}
+
+/// The worker tells of a failure before it has closed the device, so its end is noted apart.
+void LoadRecorder::runWorker(void (*job)()) {
+  workerIsRunning_ = true;
+  runtime_.globalQueue().post([this, job] {
+    job();
+    workerIsRunning_ = false;
+  });
 }
 
 loader::hid_search LoadRecorder::findFirst(std::uint16_t vendor, std::uint16_t product,
@@ -74,10 +94,9 @@ void LoadRecorder::close(loader::hid_device* device) {
 
 loader::hid_delivery LoadRecorder::send(loader::hid_device* device, const std::uint8_t* bytes,
                                         std::size_t length) {
-  lookAtStatus();
   const auto delivery = hid_.set_output_report(hid_.context, device, bytes, length);
-  if (delivery == loader::hid_delivery::sent && progressListener_) {
-    progressListener_();
+  if (delivery == loader::hid_delivery::sent) {
+    callIfSet(progressListener_);
   }
   return delivery;
 }
@@ -96,18 +115,22 @@ loader::host_calls LoadRecorder::hostCalls() {
             in(self).lookAtStatus();
             in(self).logLine(text);
           },
-      .print = [](void* self, const char* text) { in(self).host_.print(in(self).host_.context, text); },
-      .print_error = [](void* self,
-                        const char* text) { in(self).host_.print_error(in(self).host_.context, text); },
-      .run_on_global_queue =
-          [](void* self, void (*job)()) { in(self).host_.run_on_global_queue(in(self).host_.context, job); },
+      .print =
+          [](void* self, const char* text) {
+            callIfSet(in(self).textListener_);
+            in(self).host_.print(in(self).host_.context, text);
+          },
+      .print_error =
+          [](void* self, const char* text) {
+            callIfSet(in(self).textListener_);
+            in(self).host_.print_error(in(self).host_.context, text);
+          },
+      .run_on_global_queue = [](void* self, void (*job)()) { in(self).runWorker(job); },
       .run_on_main_queue =
           [](void* self, void (*job)()) { in(self).host_.run_on_main_queue(in(self).host_.context, job); },
       .end_process =
           [](void* self, int exitStatus) {
-            if (in(self).endListener_) {
-              in(self).endListener_();
-            }
+            callIfSet(in(self).endListener_);
             in(self).host_.end_process(in(self).host_.context, exitStatus);
           },
   };

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/rig/Timeline.hpp"
-#include "foundation/Clock.hpp"
+#include "foundation/Runtime.hpp"
 #include "loader/platform/hid.hpp"
 #include "loader/platform/host.hpp"
 
@@ -18,8 +18,9 @@ namespace karvex::app {
 /// sees every value at the moment in which it was stored.
 class LoadRecorder {
  public:
-  /// The clock and the timeline must outlive the recorder, and the recorder its use by the loader.
-  LoadRecorder(const loader::host_calls& host, const loader::hid_calls& hid, foundation::Clock& clock,
+  /// The runtime and the timeline must outlive the recorder, and the recorder its use by the loader: until
+  /// workerIsRunning() is false, the loader's worker may call.
+  LoadRecorder(const loader::host_calls& host, const loader::hid_calls& hid, foundation::Runtime& runtime,
                Timeline& timeline);
 
   loader::host_calls hostCalls();
@@ -27,9 +28,13 @@ class LoadRecorder {
 
   /// Called, on the thread in work, whenever the load may have moved on.
   void setProgressListener(std::function<void()> listener) { progressListener_ = std::move(listener); }
+  /// Called before the loader prints, for whoever draws on the same terminal.
+  void setTextListener(std::function<void()> listener) { textListener_ = std::move(listener); }
   /// Called before the loader ends the process.
   void setEndListener(std::function<void()> listener) { endListener_ = std::move(listener); }
 
+  /// True from the moment in which the loader starts its worker until that has ended.
+  bool workerIsRunning() const { return workerIsRunning_; }
   /// How often the loader looked for a board without getting one open.
   int failedOpens() const { return searches_ - opens_; }
   /// How many bytes the reader gave, or its failure; 0 before it ran.
@@ -40,6 +45,7 @@ class LoadRecorder {
   void lookAtStatus();
   void note(std::string event);
   void logLine(const char* text);
+  void runWorker(void (*job)());
   loader::hid_search findFirst(std::uint16_t vendor, std::uint16_t product, loader::hid_device** device);
   loader::hid_access open(loader::hid_device* device);
   void close(loader::hid_device* device);
@@ -47,10 +53,12 @@ class LoadRecorder {
 
   loader::host_calls host_;
   loader::hid_calls hid_;
-  foundation::Clock& clock_;
+  foundation::Runtime& runtime_;
   Timeline& timeline_;
   std::function<void()> progressListener_;
+  std::function<void()> textListener_;
   std::function<void()> endListener_;
+  std::atomic<bool> workerIsRunning_ = false;
   std::atomic<int> searches_ = 0;
   std::atomic<int> opens_ = 0;
   std::atomic<std::int32_t> bytesRead_ = 0;

@@ -15,7 +15,8 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 std::string reasonOf(const LoadOutcome& outcome) {
   if (outcome.result == loader::load_file_error) {
-    return "The file can't be read as Intel HEX; the line above says where. Nothing was sent to the board.";
+    return "The file can't be read as Intel HEX; what was printed above says why. Nothing was sent to the "
+           "board.";
   }
   if (outcome.result == loader::load_permission_error) {
     return "The board is in its bootloader, but this user may not open it. Give yourself access and load "
@@ -36,6 +37,15 @@ std::string reasonOf(const LoadOutcome& outcome) {
     return "The board never took the report that reboots it. Plug it in again.";
   }
   return "The board's flash differs from the file. Load it again.";
+}
+
+/// The loader's own words for it, if it has any.
+std::string failureOf(const LoadOutcome& outcome) {
+  if (outcome.result != loader::load_started) {
+    return outcome.result + ". ";
+  }
+  const bool hasSucceeded = outcome.loadStatus == loader::LOAD_STATUS_SUCCESS;
+  return hasSucceeded ? "" : fmt::format("{}. ", loader::load_status_text(outcome.loadStatus));
 }
 
 }  // namespace
@@ -64,9 +74,7 @@ std::string jsonOf(const LoadOutcome& outcome) {
 std::string sentenceOf(const LoadOutcome& outcome) {
   const auto board = fmt::format("{} {}", outcome.mcu, outcome.serialNumber);
   if (!outcome.isLoaded()) {
-    const auto* status = loader::load_status_text(outcome.loadStatus);
-    const auto what = outcome.result == loader::load_started ? std::string(status) : outcome.result;
-    return fmt::format("{}: FAILED: {}. {}", board, what, reasonOf(outcome));
+    return fmt::format("{}: FAILED: {}{}", board, failureOf(outcome), reasonOf(outcome));
   }
   const auto loaded = fmt::format("{}: loaded: {} blocks sent, board rebooted, its flash matches the file.",
                                   board, outcome.reports);

@@ -1,8 +1,10 @@
 #include "app/rig/ProgressLine.hpp"
 
 #include <fmt/format.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "loader/load_status.hpp"
@@ -21,9 +23,18 @@ std::string stateOfLoad() {
   if (status != loader::LOAD_STATUS_PROGRAMMING || progress.blocks_to_send == 0) {
     return text;
   }
-  const auto filled = barWidth * progress.blocks_sent / progress.blocks_to_send;
+  const auto sent = std::min(progress.blocks_sent, progress.blocks_to_send);
+  const auto filled = barWidth * sent / progress.blocks_to_send;
   return fmt::format("{} [{}{}] {}/{} blocks", text, std::string(filled, '#'),
                      std::string(barWidth - filled, '.'), progress.blocks_sent, progress.blocks_to_send);
+}
+
+/// A line that is wider than the terminal would wrap, and could not be drawn over.
+std::size_t terminalWidth() {
+  constexpr std::size_t usual = 80;
+  winsize size{};
+  const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return isKnown ? size.ws_col : usual;
 }
 
 void writeOut(const std::string& text) {
@@ -40,6 +51,7 @@ void ProgressLine::show(const std::string& title) {
     return;
   }
   auto text = fmt::format("{}: {}", title, stateOfLoad());
+  text.resize(std::min(text.size(), terminalWidth() - 1));
   const std::lock_guard lock(mutex_);
   if (text != shown_) {
     // Back to the first column, the new text, and nothing behind it (ECMA-48: CR, EL).

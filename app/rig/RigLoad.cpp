@@ -1,8 +1,8 @@
 #include "app/rig/RigLoad.hpp"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "app/LoaderHost.hpp"
@@ -33,9 +33,10 @@ class RigLoad {
         bus_(bus),
         request_(request),
         hid_(bus, runtime.clock()),
-        recorder_(loaderHostOn(runtime), hid_.calls(), runtime.clock(), timeline_),
+        recorder_(loaderHostOn(runtime), hid_.calls(), runtime, timeline_),
         start_(runtime.clock().now()) {
     recorder_.setProgressListener(request.onProgress);
+    recorder_.setTextListener(request.beforeText);
     loader::install_host(recorder_.hostCalls());
     loader::install_hid(recorder_.hidCalls());
   }
@@ -58,20 +59,28 @@ class RigLoad {
 
   void begin() {
     bus_.setLineSpeed(request_.serialNumber, bootloaderRequestBaud);
-    const auto url = "file://" + std::filesystem::absolute(request_.file).string();
+    const auto url = "file://" + absolutePath(request_.file);
     answer_ = loader::setParameters(url.c_str(), request_.mcu.c_str());
-    if (answer_ != loader::load_started) {
-      runtime_.stopMain();
-      return;
-    }
     timer_ = foundation::Timer::repeating(runtime_.clock(), runtime_.mainQueue(), tick, [this] { watch(); });
+    watch();
+  }
+
+  /// A path that can't be made absolute is handed on as it stands: the loader says what is wrong with it.
+  static std::string absolutePath(const std::filesystem::path& file) {
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(file, error);
+    return (error ? file : absolute).string();
   }
 
   void watch() {
-    constexpr std::array failures = {loader::LOAD_STATUS_ERROR_FILE_FORMAT,
-                                     loader::LOAD_STATUS_ERROR_PROGRAM};
+    if (recorder_.workerIsRunning()) {
+      return;
+    }
     const auto status = loader::get_load_status();
-    if (std::find(failures.begin(), failures.end(), status) != failures.end()) {
+    const bool hasFailed = answer_ != loader::load_started ||
+                           status == loader::LOAD_STATUS_ERROR_FILE_FORMAT ||
+                           status == loader::LOAD_STATUS_ERROR_PROGRAM;
+    if (hasFailed) {
       return end();
     }
     if (status != loader::LOAD_STATUS_SUCCESS) {

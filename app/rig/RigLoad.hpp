@@ -21,6 +21,8 @@ struct LoadRequest {
   std::string serialNumber;
   /// Called whenever the load may have moved on, on the thread in work.
   std::function<void()> onProgress;
+  /// Called before the loader prints something.
+  std::function<void()> beforeText;
 };
 
 /// What came out of it.

@@ -13,14 +13,17 @@
 
 namespace karvex::device {
 
-/// Calls its handler on the global queue whenever there is something to read or the node has been hung up,
-/// one call at a time, until the handler gives ReadOutcome::gone. Destroying it keeps further calls from
-/// beginning, and doesn't wait for one that has begun.
+/// From resume() on, calls its handler on the global queue whenever there is something to read or the node
+/// has been hung up, one call at a time, until the handler gives ReadOutcome::gone. Destroying it keeps
+/// further calls from beginning, and doesn't wait for one that has begun.
 class ReadSource {
  public:
   using Handler = std::function<foundation::ReadOutcome()>;
 
   virtual ~ReadSource() = default;
+
+  /// Harmless a second time. Without effect for a node that never has input.
+  virtual void resume() {}
 };
 
 /// A terminal device node that this program has open and to itself. Destroying it closes it and gives it
@@ -44,8 +47,8 @@ class TerminalNode {
   /// False once the device has left: its node is no longer in the file system.
   virtual bool isConnected() = 0;
 
-  /// Starts to watch for input. The node must outlive the source. Throws std::system_error if the system
-  /// lacks the means.
+  /// The source that tells of this node's input, once it is resumed. The node must outlive it. Throws
+  /// std::system_error if the system lacks the means.
   virtual std::unique_ptr<ReadSource> watch(ReadSource::Handler onReadable) = 0;
 
   /// From now on, destroying the node leaves it open, and taken, for as long as the program runs.

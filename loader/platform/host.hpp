@@ -39,6 +39,6 @@ void host_sleep(std::chrono::milliseconds span);
 void host_print_error(const char* text);
 void host_run_on_global_queue(void (*job)());
 void host_run_on_main_queue(void (*job)());
-void host_end_process(int exit_status);
+[[noreturn]] void host_end_process(int exit_status);
 
 }  // namespace karvex::loader

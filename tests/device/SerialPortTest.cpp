@@ -33,6 +33,7 @@ struct Script {
   bool isConnected = true;
   bool refusesWatch = false;
   std::ptrdiff_t writeResult = -1;
+  bool hasSource = false;
   ReadSource::Handler onReadable;  ///< while it is watched
   std::vector<std::string> events;
   std::vector<SerialPortSettings> settings;
@@ -40,11 +41,18 @@ struct Script {
 
 class ScriptedSource final : public ReadSource {
  public:
-  explicit ScriptedSource(Script& script) : script_(script) {}
-  ~ScriptedSource() override { script_.onReadable = nullptr; }
+  ScriptedSource(Script& script, Handler onReadable) : script_(script), onReadable_(std::move(onReadable)) {
+    script_.hasSource = true;
+  }
+  ~ScriptedSource() override {
+    script_.hasSource = false;
+    script_.onReadable = nullptr;
+  }
+  void resume() override { script_.onReadable = onReadable_; }
 
  private:
   Script& script_;
+  Handler onReadable_;
 };
 
 class ScriptedNode final : public TerminalNode {
@@ -72,8 +80,7 @@ class ScriptedNode final : public TerminalNode {
     if (script_.refusesWatch) {
       throw std::system_error(EMFILE, std::generic_category());
     }
-    script_.onReadable = std::move(onReadable);
-    return std::make_unique<ScriptedSource>(script_);
+    return std::make_unique<ScriptedSource>(script_, std::move(onReadable));
   }
   void leaveOpen() override { isLeftOpen_ = true; }
 
@@ -235,9 +242,9 @@ TEST_F(SerialPortTest, ClosingIsHarmlessAtAnyTimeAndThePortOpensAgain) {
   port->close();
   for (int round = 0; round < 2; ++round) {
     port->open(PortMode::receiveAndTransmit);
-    EXPECT_TRUE(script.onReadable);
+    EXPECT_TRUE(script.hasSource);
     port->close();
-    EXPECT_FALSE(script.onReadable);
+    EXPECT_FALSE(script.hasSource);
     port->close();
   }
   EXPECT_THAT(script.events, ElementsAre("open /dev/somewhere", "closed", "open /dev/somewhere", "closed"));
@@ -252,14 +259,14 @@ TEST_F(SerialPortTest, APortThatIsDroppedWithoutACloseStaysOpenAndItsStreamsEnd)
   spawn(runtime.globalQueue(), wait(port->readDataStream()));
   port.reset();
   EXPECT_THAT(script.events, ElementsAre("open /dev/somewhere", "left open"));
-  EXPECT_FALSE(script.onReadable);
+  EXPECT_FALSE(script.hasSource);
   runUntilIdle();
   EXPECT_TRUE(ended);
 }
 
 TEST_F(SerialPortTest, APortThatOnlyTransmitsHasNoStreams) {
   const auto port = openPort(PortMode::transmit);
-  EXPECT_FALSE(script.onReadable);
+  EXPECT_FALSE(script.hasSource);
   for (const auto& [name, call] : streamAccessors()) {
     EXPECT_EQ(errorOf([&] { call(*port); }), PortError::mustBeOpen) << name;
     EXPECT_EQ(textOf([&] { call(*port); }), "Serial port /dev/somewhere is open for transmitting only");
@@ -362,8 +369,20 @@ TEST_F(SerialPortTest, ASourceWithNothingToReadEndsTheStreamsOnlyIfTheDeviceHasL
   port->close();
 }
 
+TEST_F(SerialPortTest, NothingIsReadForTheStreamsBeforeOneIsAskedFor) {
+  for (const auto& [name, call] : streamAccessors()) {
+    const auto port = openPort();
+    EXPECT_TRUE(script.hasSource) << name;
+    EXPECT_FALSE(script.onReadable) << name;
+    call(*port);
+    EXPECT_TRUE(script.onReadable) << name;
+    port->close();
+  }
+}
+
 TEST_F(SerialPortTest, AHandlerThatComesBehindTheCloseReadsNothing) {
   const auto port = openPort();
+  const auto stream = port->readDataStream();
   const auto late = script.onReadable;
   port->close();
   EXPECT_THAT(script.events, ElementsAre("open /dev/somewhere", "closed"))

@@ -97,6 +97,14 @@ class SocketConnection final : public LoopbackServer::Connection {
     return request;
   }
 
+  bool skip(std::size_t count) override {
+    while (received_.size() < count && receive()) {
+    }
+    const bool isComplete = received_.size() >= count;
+    received_.erase(0, count);
+    return isComplete;
+  }
+
   bool write(std::string_view bytes) override {
     while (!bytes.empty() && !isGone_) {
       const auto written = session_ ? SSL_write(session_.get(), bytes.data(), static_cast<int>(bytes.size()))

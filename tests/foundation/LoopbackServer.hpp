@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -21,6 +22,9 @@ class LoopbackServer {
 
     /// The next request as it came, head and body (by its Content-Length). Empty if there is none any more.
     virtual std::string readRequest() = 0;
+
+    /// Reads so many bytes of what else comes and drops them. False if the other side has gone.
+    virtual bool skip(std::size_t count) = 0;
 
     /// False if the other side has gone.
     virtual bool write(std::string_view bytes) = 0;

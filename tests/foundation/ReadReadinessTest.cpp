@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -49,7 +50,7 @@ class ReadReadinessTest : public testing::Test {
 
 TEST_F(ReadReadinessTest, TheHandlerIsCalledAsLongAsThereIsSomething) {
   std::string received;
-  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+  ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
     const auto outcome = readByteInto(received);
     if (received == "first") {
       send(" second");
@@ -58,16 +59,18 @@ TEST_F(ReadReadinessTest, TheHandlerIsCalledAsLongAsThereIsSomething) {
     }
     return outcome;
   });
+  readiness.resume();
   send("first");
   runtime.runMain();
   EXPECT_EQ(received, "first second");
 }
 
 TEST_F(ReadReadinessTest, TheDescriptorStaysABlockingOne) {
-  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+  ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
     runtime.stopMain();
     return ReadOutcome::gone;
   });
+  readiness.resume();
   send("x");
   runtime.runMain();
   EXPECT_EQ(::fcntl(ends[0], F_GETFL) & O_NONBLOCK, 0);
@@ -77,13 +80,14 @@ TEST_F(ReadReadinessTest, AHungUpDescriptorDoesNotKeepAProcessorBusy) {
   std::string received;
   int empty = 0;
   const auto start = std::chrono::steady_clock::now();
-  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+  ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
     const auto outcome = readByteInto(received);
     if (outcome == ReadOutcome::nothing && ++empty == 3) {
       runtime.stopMain();
     }
     return outcome;
   });
+  readiness.resume();
   send("x");
   closeWriteEnd();
   runtime.runMain();
@@ -93,36 +97,56 @@ TEST_F(ReadReadinessTest, AHungUpDescriptorDoesNotKeepAProcessorBusy) {
 
 TEST_F(ReadReadinessTest, NoCallFollowsOneThatFoundNothingLeft) {
   std::atomic<int> calls = 0;
-  const ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+  ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
     ++calls;
     runtime.mainQueue().postAt(runtime.clock().now() + 20ms, [this] { runtime.stopMain(); });
     return ReadOutcome::gone;
   });
+  readiness.resume();
   send("never read");
   runtime.runMain();
   EXPECT_EQ(calls, 1);
 }
 
-// As a port does that is closed while its handler waits for the port's lock.
-TEST_F(ReadReadinessTest, TheEndDoesNotWaitForACallThatWaitsForItsOwner) {
-  std::mutex mutex;
-  std::promise<void> hasBegun;
-  std::promise<bool> sawTheEnd;
-  bool isOver = false;
-  std::unique_lock lock(mutex);
-  std::optional<ReadReadiness> readiness;
-  readiness.emplace(ends[0], runtime.globalQueue(), [&] {
-    hasBegun.set_value();
-    const std::lock_guard wait(mutex);
-    sawTheEnd.set_value(isOver);
-    return ReadOutcome::data;
+TEST_F(ReadReadinessTest, NoCallComesBeforeItIsResumed) {
+  std::atomic<bool> isResumed = false;
+  ReadReadiness readiness(ends[0], runtime.globalQueue(), [&] {
+    EXPECT_TRUE(isResumed);
+    runtime.stopMain();
+    return ReadOutcome::gone;
   });
   send("x");
-  hasBegun.get_future().wait();
+  runtime.mainQueue().postAt(runtime.clock().now() + 20ms, [&] {
+    isResumed = true;
+    readiness.resume();
+  });
+  runtime.runMain();
+}
+
+// As a port does that is closed while its handler waits for the port's lock.
+TEST_F(ReadReadinessTest, TheEndDoesNotWaitForACallThatWaitsForItsOwner) {
+  struct Shared {
+    std::mutex mutex;
+    std::promise<void> hasBegun;
+    std::promise<bool> sawTheEnd;
+    bool isOver = false;
+  };
+  const auto shared = std::make_shared<Shared>();
+  std::unique_lock lock(shared->mutex);
+  std::optional<ReadReadiness> readiness;
+  readiness.emplace(ends[0], runtime.globalQueue(), [shared] {
+    shared->hasBegun.set_value();
+    const std::lock_guard wait(shared->mutex);
+    shared->sawTheEnd.set_value(shared->isOver);
+    return ReadOutcome::data;
+  });
+  readiness->resume();
+  send("x");
+  shared->hasBegun.get_future().wait();
   readiness.reset();
-  isOver = true;
+  shared->isOver = true;
   lock.unlock();
-  EXPECT_TRUE(sawTheEnd.get_future().get());
+  EXPECT_TRUE(shared->sawTheEnd.get_future().get());
 }
 
 }  // namespace

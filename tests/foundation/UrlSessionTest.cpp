@@ -84,20 +84,24 @@ TEST_F(UrlSessionTest, RequestsArriveByteForByteAndTellNothingElse) {
   }
 }
 
-TEST_F(UrlSessionTest, ALargeBodyArrivesWhole) {
+TEST_F(UrlSessionTest, ALargeBodyArrivesWholeAndWithoutAskingForLeave) {
   std::string body(3'000'000, 'x');
   for (std::size_t at = 0; at < body.size(); ++at) {
     body[at] = static_cast<char>(at * 31 % 251);
   }
   bool isWhole = false;
+  bool asksForLeave = true;
   const LoopbackServer server([&](Connection& connection) {
-    isWhole = connection.readRequest().ends_with("\r\n\r\n" + body);
+    const auto request = connection.readRequest();
+    isWhole = request.ends_with("\r\n\r\n" + body);
+    asksForLeave = request.find("Expect:") != std::string::npos;
     connection.write(answer(200, "done"));
   });
   const auto outcome = send({.url = server.url("/"), .method = "POST", .body = body});
   ASSERT_TRUE(outcome.value) << outcome.error;
   EXPECT_EQ(outcome.value->body, "done");
   EXPECT_TRUE(isWhole);
+  EXPECT_FALSE(asksForLeave);
 }
 
 TEST_F(UrlSessionTest, AnyStatusIsAnAnswer) {
@@ -197,6 +201,7 @@ TEST_F(UrlSessionTest, TooMuchIsStoppedAtTheLimit) {
       {"just as much as may be", true, always(answer(200, std::string(1000, 'x')))},
       {"in chunks", true, always(chunked + chunk + "0\r\n\r\n")},
       {"one byte more", false, always(answer(200, std::string(1001, 'x')))},
+      {"one byte more in chunks", false, always(chunked + chunk + "1\r\ny\r\n0\r\n\r\n")},
       {"a length that is too large", false, always("HTTP/1.1 200 OK\r\nContent-Length: 1001\r\n\r\n")},
       {"chunks without an end", false, endless(chunked, chunk)},
       {"no length and no end", false, endless("HTTP/1.1 200 OK\r\n\r\n", chunk)},

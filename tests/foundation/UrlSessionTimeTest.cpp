@@ -85,6 +85,21 @@ TEST_F(UrlSessionVirtualTimeTest, AByteNowAndThenKeepsATransferAlive) {
   EXPECT_EQ(outcome.at - start, 500s);
 }
 
+TEST_F(UrlSessionVirtualTimeTest, AServerThatReadsNowAndThenKeepsATransferAlive) {
+  constexpr std::size_t piece = 16'000'000;  // More than the system keeps for a connection on the way.
+  const LoopbackServer server([this](Connection& connection) {
+    for (int read = 0; read < 4; ++read) {
+      connection.skip(piece);
+      stayQuiet(connection, 40s);
+    }
+    connection.write(answer(200, "done"));
+  });
+  const auto start = runtime.clock().now();
+  const auto outcome = send({.url = server.url("/"), .method = "POST", .body = std::string(4 * piece, 'x')});
+  ASSERT_TRUE(outcome.value) << outcome.error;
+  EXPECT_EQ(outcome.at - start, 160s);
+}
+
 TEST_F(UrlSessionTimeTest, SilenceEndsATransferOnTheMachinesClockToo) {
   const LoopbackServer server([](Connection& connection) {
     connection.readRequest();

@@ -30,6 +30,8 @@ class DescriptorSource final : public ReadSource {
   DescriptorSource(int descriptor, foundation::Queue& queue, Handler handler)
       : readiness_(descriptor, queue, std::move(handler)) {}
 
+  void resume() override { readiness_.resume(); }
+
  private:
   foundation::ReadReadiness readiness_;
 };

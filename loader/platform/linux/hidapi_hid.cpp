@@ -100,7 +100,8 @@ hid_access open(void* /*context*/, hid_device* device) noexcept {
     static_cast<void>(node.release());
     return hid_access::opened;
   }
-  host_log("> KARVEX : %s : %s", node->path.c_str(), strerrordesc_np(error));
+  const char* const reason = strerrordesc_np(error);
+  host_log(">>> KARVEX : %s : %s", node->path.c_str(), reason != nullptr ? reason : "unknown error");
   return error == EACCES || error == EPERM ? hid_access::not_permitted : hid_access::failed;
 }
 

@@ -25,7 +25,8 @@ int orThrow(int result) {
 
 }  // namespace
 
-PseudoTerminal::PseudoTerminal() : device_(orThrow(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC))) {
+PseudoTerminal::PseudoTerminal()
+    : device_(orThrow(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK))) {
   std::array<char, 64> name{};
   orThrow(::grantpt(device_));
   orThrow(::unlockpt(device_));
@@ -34,9 +35,16 @@ PseudoTerminal::PseudoTerminal() : device_(orThrow(::posix_openpt(O_RDWR | O_NOC
 }
 
 void PseudoTerminal::send(std::string_view bytes) const {
-  while (!bytes.empty()) {
+  pollfd writable{.fd = device_, .events = POLLOUT, .revents = 0};
+  while (!bytes.empty() && ::poll(&writable, 1, patience) == 1) {
     bytes.remove_prefix(
         static_cast<std::size_t>(orThrow(static_cast<int>(::write(device_, bytes.data(), bytes.size())))));
+  }
+}
+
+void PseudoTerminal::sendWhatFits(std::string_view bytes) const {
+  if (::write(device_, bytes.data(), bytes.size()) < 0 && errno != EAGAIN) {
+    orThrow(-1);
   }
 }
 

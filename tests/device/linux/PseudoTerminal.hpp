@@ -21,6 +21,8 @@ class PseudoTerminal {
   const std::string& path() const { return path_; }
 
   void send(std::string_view bytes) const;
+  /// As much of it as the node takes without waiting.
+  void sendWhatFits(std::string_view bytes) const;
   /// Waits for as many bytes from the node.
   std::string receive(std::size_t count) const;
   bool hasReceivedNothing() const;

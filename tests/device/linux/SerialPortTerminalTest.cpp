@@ -8,6 +8,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -18,7 +19,6 @@
 #include <memory>
 #include <mutex>
 #include <numeric>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -306,13 +306,33 @@ TEST_F(SerialPortTerminalTest, WritesReachTheDevice) {
   EXPECT_EQ(port.readBytes(&byte, 1), -1) << "not open for reading";
 }
 
-// The descriptor of a port that streams is read by the streams, so blocking reads have a FIFO here, which a
-// stream that nobody feeds leaves alone.
-TEST_F(SerialPortTerminalTest, ABlockingReadWaitsForInput) {
-  port.open(PortMode::receiveAndTransmit);
+TEST_F(SerialPortTerminalTest, BlockingReadsGetWhatCameInBeforeThem) {
+  openRaw();
+  terminal.send("abc\nxy\rz\xC3\xA9!");
+  EXPECT_EQ(port.readLine(), "abc");
+  EXPECT_EQ(port.readUntil('\r'), "xy");
+  EXPECT_THAT(port.readData(1), ElementsAre('z'));
+  EXPECT_EQ(port.readString(2), "\xC3\xA9");
+  EXPECT_EQ(port.readByte(), '!');
   port.configure({.minimumBytesToRead = 0, .timeout = 1});
-  std::array<std::uint8_t, 4> memory{};
-  EXPECT_EQ(port.readBytes(memory.data(), memory.size()), 0) << "a tenth of a second passed";
+  EXPECT_THAT(port.readData(4), IsEmpty()) << "a tenth of a second passed";
+}
+
+TEST_F(SerialPortTerminalTest, ABlockingReadWaitsForItsBytesAndLetsWritesPass) {
+  openRaw();
+  auto line = std::async(std::launch::async, [this] { return port.readLine(); });
+  EXPECT_EQ(port.writeString("hello"), 5);
+  EXPECT_EQ(terminal.receive(5), "hello");
+  terminal.send("in two ");
+  terminal.send("pieces\n");
+  EXPECT_EQ(line.get(), "in two pieces");
+}
+
+TEST_F(SerialPortTerminalTest, ABlockingReadThatWaitsEndsWithTheDevice) {
+  openRaw();
+  auto text = std::async(std::launch::async, [this] { return textOf([this] { port.readByte(); }); });
+  terminal.unplug();
+  EXPECT_THAT(text.get(), testing::HasSubstr("is no longer connected"));
 }
 
 TEST_F(SerialPortTerminalTest, ADeviceThatLeavesEndsStreamsAndBlockingReads) {
@@ -361,26 +381,23 @@ TEST_F(SerialPortFifoTest, ANodeThatIsUnlinkedIsADeviceThatLeft) {
 }
 
 // Meant for the thread sanitizer: the port is closed while its handler reads, waits or is about to be called.
-TEST_F(SerialPortTerminalTest, OpeningAndClosingUnderLoadLosesNoNode) {
+TEST_F(SerialPortTerminalTest, OpeningAndClosingUnderLoadIsAlwaysPossible) {
   std::atomic<bool> isOver = false;
-  const int load = ::dup(STDIN_FILENO);
   std::thread device([&] {
     while (!isOver) {
-      terminal.send("line\n");
+      terminal.sendWhatFits("line\n");
     }
   });
-  // Reads empties the line whenever the port is closed, so that the device never waits for ever.
   for (int round = 0; round < 1000; ++round) {
     openRaw();
-    std::optional<Collector<std::string>> lines;
+    Collector<std::string> lines(runtime, port.readLinesStream());
     if (round % 2 == 0) {
-      lines.emplace(runtime, port.readLinesStream());
-      lines->waitFor(1);
+      EXPECT_THAT(lines.waitFor(1), testing::Not(IsEmpty()));
     }
     port.close();
+    lines.waitForEnd();
   }
   isOver = true;
-  ::close(load);
   device.join();
 }
 

@@ -1,23 +1,53 @@
-// The examples of docs/firmware-service.md are what the program sends and understands.
+// docs/firmware-service.md and its examples are what the program sends and understands.
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
 
 #include "device/EquipmentReport.hpp"
+#include "rig/service/ServedDevice.hpp"
+#include "rig/service/ServiceFaults.hpp"
 #include "service/DescriptorDecoder.hpp"
 #include "service/FormText.hpp"
 
 namespace karvex {
 namespace {
 
-std::string example(const char* name) {
-  std::ifstream stream(std::filesystem::path(KARVEX_EXAMPLES_DIRECTORY) / name, std::ios::binary);
-  EXPECT_TRUE(stream) << name;
+std::string read(const std::filesystem::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  EXPECT_TRUE(stream) << path;
   return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string example(const char* name) {
+  return read(std::filesystem::path(KARVEX_EXAMPLES_DIRECTORY) / name);
+}
+
+std::string page() {
+  return read(std::filesystem::path(KARVEX_EXAMPLES_DIRECTORY).parent_path() / "firmware-service.md");
+}
+
+/// The blocks of the page that stand between lines of three backticks, without their last line end.
+std::vector<std::string> fencedBlocks(std::string_view text, std::string_view language) {
+  const std::string opening = "\n```" + std::string(language) + "\n";
+  constexpr std::string_view closing = "\n```\n";
+  std::vector<std::string> blocks;
+  for (auto at = text.find("\n```"); at != std::string_view::npos; at = text.find("\n```", at)) {
+    const auto begin = text.find('\n', at + 1) + 1;
+    const auto end = text.find(closing, begin);
+    if (text.substr(at, begin - at) == opening) {
+      blocks.emplace_back(text.substr(begin, end - begin));
+    }
+    at = end + closing.size() - 1;
+  }
+  return blocks;
 }
 
 TEST(DocumentedExamplesTest, TheProgramUnderstandsTheList) {
@@ -47,6 +77,26 @@ TEST(DocumentedExamplesTest, TheProgramSendsTheReport) {
           {.devices = {{"/dev/cu.usbmodem145273601", named, "14527360", 0x16C0, 0x0489, 0x0279, named},
                        {"/dev/cu.usbmodem90384101", unnamed, "9038410", 0x16C0, 0x0489, 0x0212, unnamed}}}),
       example("deviceExplorer.json"));
+}
+
+TEST(DocumentedExamplesTest, ThePageShowsTheExamples) {
+  using nlohmann::json;
+  const auto documents = fencedBlocks(page(), "json");
+  ASSERT_EQ(documents.size(), 2U);
+  EXPECT_EQ(documents[0] + "\n", example("loaderInfo.json"));
+  EXPECT_EQ(json::parse(documents[1]), json::parse(example("deviceExplorer.json")));
+  EXPECT_THAT(fencedBlocks(page(), ""), testing::ElementsAre(example("uploadComplete.txt")));
+}
+
+TEST(DocumentedExamplesTest, ThePageNamesEachFaultAndEachKey) {
+  const auto help = rig::describeServiceFaults();
+  for (std::size_t at = 0; at < help.find("  PLACE"); at = help.find('\n', at) + 1) {
+    const auto name = help.substr(at + 2, help.find_first_of(" [", at + 2) - at - 2);
+    EXPECT_THAT(page(), testing::HasSubstr("`" + name + "`"));
+  }
+  for (const auto key : rig::servedDeviceKeys()) {
+    EXPECT_THAT(page(), testing::HasSubstr("| `" + std::string(key) + "` |"));
+  }
 }
 
 }  // namespace

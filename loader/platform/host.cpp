@@ -1,8 +1,9 @@
+#include "loader/platform/host.hpp"
+
 #include <array>
 #include <cstdarg>
 #include <cstdio>
-
-#include "loader/platform/host.hpp"
+#include <cstdlib>
 
 namespace karvex::loader {
 namespace {
@@ -58,6 +59,7 @@ void host_run_on_main_queue(void (*job)()) {
 
 void host_end_process(int exit_status) {
   host.end_process(host.context, exit_status);
+  std::abort();  // A host that comes back would let the load go on for the wrong target.
 }
 
 }  // namespace karvex::loader
