@@ -71,7 +71,7 @@ struct ReadReadiness::State {
     std::unique_lock lock(mutex);
     changed.wait(lock, [this] { return isCancelled || outcome; });
     const auto found = std::exchange(outcome, std::nullopt);
-    return isCancelled ? ReadOutcome::gone : *found;
+    return isCancelled ? ReadOutcome::gone : found.value_or(ReadOutcome::gone);
   }
 
   void pause() {

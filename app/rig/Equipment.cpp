@@ -76,6 +76,7 @@ void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
 
 std::vector<rig::ServedDevice> servedDevices(const EquipmentPlan& plan, const std::string& serviceAddress) {
   std::vector<rig::ServedDevice> devices;
+  devices.reserve(plan.boards + plan.listedButAbsent);
   for (std::size_t place = 0; place < plan.boards + plan.listedButAbsent; ++place) {
     devices.push_back(servedDeviceAt(place, serviceAddress));
   }

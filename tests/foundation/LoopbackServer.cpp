@@ -121,8 +121,8 @@ class SocketConnection final : public LoopbackServer::Connection {
   }
 
   void reset() override {
-    const linger hard{.l_onoff = 1, .l_linger = 0};
-    ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &hard, sizeof hard);
+    const sockaddr nobody{.sa_family = AF_UNSPEC, .sa_data = {}};
+    ::connect(descriptor_, &nobody, sizeof nobody);
     isGone_ = true;
   }
 

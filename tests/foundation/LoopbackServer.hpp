@@ -32,7 +32,7 @@ class LoopbackServer {
     /// Blocks until the other side has closed the connection, or the server ends.
     virtual void awaitEnd() = 0;
 
-    /// Ends the connection the hard way: the other side's next operation fails.
+    /// Ends the connection now and the hard way (a TCP reset): the other side's next operation fails.
     virtual void reset() = 0;
 
     virtual std::uint16_t peerPort() const = 0;

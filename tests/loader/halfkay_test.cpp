@@ -87,6 +87,12 @@ TEST_F(HalfkayTest, AnOpenThatFailsSaysWhyAndLeavesNothingOpen) {
   EXPECT_THAT(printed(), testing::StartsWith(">>> iokit_teensy_reference lost!\n"));
 }
 
+TEST_F(HalfkayTest, AnOpenFirstClosesWhatIsOpenAndThenWaits) {
+  ASSERT_EQ(open_halfkay_device(), halfkay_open_result::opened);
+  ASSERT_EQ(open_halfkay_device(), halfkay_open_result::opened);
+  EXPECT_THAT(events({"open", "close"}), ElementsAre("2000 open", "2000 close", "4000 open"));
+}
+
 TEST_F(HalfkayTest, AReportIsOfferedUntilTheDeadlineAndNotLater) {
   ASSERT_EQ(open_halfkay_device(), halfkay_open_result::opened);
   const auto opened_at = elapsed();
@@ -144,6 +150,7 @@ TEST_F(HalfkayTest, AResetThatTheBoardRefusesGoesOnBehindItsTimeOut) {
   on_report = [](std::size_t) { return hid_delivery::sent; };
   EXPECT_EQ(open_halfkay_device(), halfkay_open_result::opened);
   EXPECT_THAT(events({"close"}), SizeIs(1)) << "what the reset closed is not closed again";
+  EXPECT_THAT(events({"log > KARVEX : Teensy closed"}), ElementsAre("3100 log > KARVEX : Teensy closed"));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "loader/halfkay.hpp"
 #include "loader/load_status.hpp"
+#include "loader/mcu_table.hpp"
 #include "loader/programming_worker.hpp"
 #include "tests/loader/loader_fixture.hpp"
 
@@ -239,6 +240,25 @@ TEST_F(LoadTest, AWorkerThatHasFailedBeforeTheLastLookTurnsTheAnswer) {
   EXPECT_EQ(get_load_status(), LOAD_STATUS_ERROR_PROGRAM);
   EXPECT_THAT(events({"log > KARVEX : Error uploading"}),
               ElementsAre("7500 log > KARVEX : Error uploading program to teensy"));
+}
+
+TEST_F(LoadTest, SizesThatNoReportFitsEndTheWorkerWithABadFileFormat) {
+  code_size = 0x40000;
+  block_size = 2048;
+  static load_job job;
+  run([this] { runtime.globalQueue().post([] { programming_worker(job); }); });
+  EXPECT_EQ(get_load_status(), LOAD_STATUS_ERROR_FILE_FORMAT);
+  EXPECT_TRUE(job.error_flag);
+  EXPECT_THAT(events(), ElementsAre("0 log >>> KARVEX : Error -> Unkown code/block size => Status = "
+                                    "LOAD_STATUS_ERROR_FILE_FORMAT"));
+}
+
+TEST_F(LoadTest, AFailedLoadLeavesNoProgressToTheNext) {
+  ASSERT_EQ(load(hex_data(0, 5000)), "Success");
+  EXPECT_EQ(get_load_progress().blocks_sent, 5U);
+  EXPECT_EQ(load_url("file:///nowhere/a.hex"), "Error: Could not read file");
+  EXPECT_EQ(get_load_progress().blocks_sent, 0U);
+  EXPECT_EQ(get_load_progress().blocks_to_send, 0U);
 }
 
 TEST_F(LoadTest, ALoadBehindAFailedOneStartsFresh) {

@@ -2,12 +2,18 @@
 
 #include <gmock/gmock.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
 #include <memory>
 
 #include "app/rig/LoadReport.hpp"
 #include "foundation/Log.hpp"
 #include "foundation/VirtualRuntime.hpp"
+#include "loader/halfkay_report.hpp"
 #include "loader/load_status.hpp"
+#include "loader/mcu_table.hpp"
 
 namespace karvex::app {
 namespace {
@@ -84,6 +90,35 @@ TEST_F(RigLoadTest, EachFaultEndsAsItMustAndIsSaidInASentence) {
     EXPECT_THAT(sentenceOf(outcome), HasSubstr("TEENSYLC 42"));
   }
   EXPECT_GT(progressCalls, 50);
+}
+
+TEST_F(RigLoadTest, ABoardThatHoldsSomethingElseThanTheFileIsNotLoaded) {
+  const auto file = std::filesystem::temp_directory_path() / ("karvex-changing-" + std::to_string(getpid()));
+  std::ofstream(file) << ":0100000042BD\n:00000001FF\n";
+  foundation::VirtualRuntime runtime;
+  rig::VirtualBus bus(runtime.clock());
+  bus.plugIn(std::make_unique<rig::VirtualBoard>(*rig::findBoardKind("TEENSY2"), "42"));
+  const LoadRequest request{.file = file, .mcu = "TEENSY2", .serialNumber = "42", .onProgress = [&file] {
+                              if (loader::get_load_status() == loader::LOAD_STATUS_PROGRAMMING) {
+                                std::ofstream(file) << ":0100000043BC\n:00000001FF\n";
+                              }
+                            }};
+  const auto outcome = runLoad(runtime, bus, request, [](const LoadOutcome&) {});
+  std::filesystem::remove(file);
+  EXPECT_EQ(outcome.loadStatus, loader::LOAD_STATUS_SUCCESS);
+  EXPECT_FALSE(outcome.flashMatches);
+  EXPECT_FALSE(outcome.isLoaded());
+  EXPECT_THAT(sentenceOf(outcome), HasSubstr("FAILED: The board's flash differs from the file."));
+}
+
+TEST(LoaderAndBoards, AgreeOnTheSizesOfEveryMicrocontroller) {
+  for (const auto& mcu : loader::mcu_table()) {
+    const auto* kind = rig::findBoardKind(mcu.name);
+    ASSERT_NE(kind, nullptr) << mcu.name;
+    EXPECT_EQ(kind->flashSize, static_cast<std::uint32_t>(mcu.code_size)) << mcu.name;
+    EXPECT_EQ(kind->blockSize, static_cast<std::uint32_t>(mcu.block_size)) << mcu.name;
+    EXPECT_EQ(kind->reportLength(), loader::report_length(mcu.block_size)) << mcu.name;
+  }
 }
 
 TEST_F(RigLoadTest, TheSameLoadGivesTheSameReportToTheByte) {

@@ -136,7 +136,7 @@ TEST_F(HidapiHid, ABoardThatLeftBeforeTheOpenFailsAtOnceAndTheLogTellsWhy) {
   tree.remove_node(0);
   EXPECT_EQ(hid.open(hid.context, device), hid_access::failed);
   EXPECT_EQ(host.now, milliseconds(0));
-  EXPECT_THAT(host.log, ElementsAre("> KARVEX : /dev/hidraw0 : No such file or directory"));
+  EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : No such file or directory"));
 }
 
 /// The node is there, but the system keeps it from this user.
@@ -170,7 +170,7 @@ TEST_F(HidapiHidWithoutPermission, ARefusalIsBelievedWhenItLastsASecond) {
   EXPECT_EQ(hid.open(hid.context, find()), hid_access::not_permitted);
   EXPECT_GE(host.now, milliseconds(1000));
   EXPECT_LE(host.now, milliseconds(1050));
-  EXPECT_THAT(host.log, ElementsAre("> KARVEX : /dev/hidraw0 : Permission denied"));
+  EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : Permission denied"));
 }
 
 TEST_F(HidapiHidWithoutPermission, ANodeHandedOverInTimeIsOpened) {
