@@ -27,8 +27,8 @@ void initialiseCurl() {
   }
 }
 
-/// A server that goes while TLS is being written to it raises this signal, which would end the program.
-/// libcurl leaves it to its user.
+/// Writing to a connection that the server has ended may raise this signal, which would end the program. With
+/// CURLOPT_NOSIGNAL, libcurl leaves it to its user.
 void blockBrokenPipeSignal() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -149,7 +149,6 @@ void UrlSession::Transfers::stop() {
     curl_multi_wakeup(multi_.get());
   }
   thread_.join();
-  multi_.reset();
   directory_.reset();
 }
 
@@ -227,12 +226,13 @@ void UrlSession::Transfers::work() {
   for (auto& check : orders.idleChecks) {
     check.isDone.set_value();
   }
+  multi_.reset();  // Says good-bye on the connections that are still open.
 }
 
 /// Waits until there is something to do. False if that is to end.
 bool UrlSession::Transfers::awaitOrders(Orders& orders) {
-  constexpr std::chrono::milliseconds longest =
-      std::chrono::minutes(10);  // libcurl's own deadlines come sooner.
+  // Orders wake it, and libcurl's own deadlines come sooner.
+  constexpr std::chrono::milliseconds longest = std::chrono::minutes(10);
   curl_multi_poll(multi_.get(), nullptr, 0, static_cast<int>(longest.count()), nullptr);
   const std::lock_guard lock(mutex_);
   std::swap(orders, orders_);
@@ -249,14 +249,13 @@ void UrlSession::Transfers::open(const Shared& transfer) {
     problem = fileProblem(error.code());
   }
   if (problem.empty()) {
-    if (const auto code = curl_multi_add_handle(multi_.get(), transfer->easy.get()); code == CURLM_OK) {
-      active_.emplace(transfer->easy.get(), transfer);
-      return;
-    } else {
-      problem = curl_multi_strerror(code);
-    }
+    const auto code = curl_multi_add_handle(multi_.get(), transfer->easy.get());
+    problem = code == CURLM_OK ? "" : curl_multi_strerror(code);
   }
-  conclude(transfer, problem);
+  if (!problem.empty()) {
+    return conclude(transfer, problem);
+  }
+  active_.emplace(transfer->easy.get(), transfer);
 }
 
 std::filesystem::path UrlSession::Transfers::newFile() {
