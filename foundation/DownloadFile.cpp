@@ -17,7 +17,7 @@ DownloadFile::DownloadFile(std::filesystem::path path)
 }
 
 DownloadFile::~DownloadFile() {
-  close();
+  static_cast<void>(close());  // A file that couldn't be closed was not kept.
   if (!isKept_) {
     ::unlink(path_.c_str());
   }

@@ -297,7 +297,9 @@ void UrlSession::Transfers::checkIdle(const Shared& transfer) {
   conclude(transfer, "Nothing came for " + textOf(policy_.idleTimeOut));
 }
 
-/// Ends a transfer and lets its coroutine go on; an empty cause is a success.
+/// Ends a transfer and lets its coroutine go on; an empty cause is a success. Holds the transfer by itself,
+/// since its place in the list goes on the way.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 void UrlSession::Transfers::conclude(Shared transfer, const std::string& cause) {
   if (!cause.empty()) {
     transfer->error = transfer->failureText(cause);
