@@ -100,6 +100,7 @@ bool DeviceExplorer::isSerialInterfacePresent(const std::string& serialNumber) c
 
 foundation::Task<bool> DeviceExplorer::sendConfiguration() {
   const records::DeviceConfiguration configuration{.devices = devices.get()};
+  co_await foundation::resumeOn(platform_.runtime.globalQueue());
   if (!foundation::isUrl(platform_.reportUrl)) {
     lastError.set("URL not set");
     co_return false;

@@ -8,6 +8,7 @@
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/UsbBus.hpp"
 #include "foundation/Published.hpp"
+#include "foundation/Runtime.hpp"
 #include "foundation/Task.hpp"
 #include "foundation/UrlSession.hpp"
 #include "records/DeviceInfo.hpp"
@@ -16,6 +17,7 @@ namespace karvex::device {
 
 /// What an explorer looks with, and where it reports to. What is referred to must outlive the explorer.
 struct ExplorerPlatform {
+  foundation::Runtime& runtime;
   UsbBus& bus;
   SerialInterfaces& serialInterfaces;
   foundation::UrlSession& urlSession;

@@ -210,6 +210,7 @@ SerialPort::Block SerialPort::readData(std::size_t length) {
 }
 
 std::string SerialPort::readString(std::size_t length) {
+  connectedNode();  // Also for no step at all.
   std::string text;
   while (text.size() < length) {
     const auto block = readData(length - text.size());

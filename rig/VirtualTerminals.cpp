@@ -18,24 +18,26 @@ class SilentSource final : public device::ReadSource {};
 
 class VirtualTerminals::Node final : public device::TerminalNode {
  public:
-  Node(VirtualTerminals& terminals, std::string serialNumber)
-      : terminals_(terminals), serialNumber_(std::move(serialNumber)) {}
+  Node(VirtualTerminals& terminals, Port port) : terminals_(terminals), port_(std::move(port)) {}
   ~Node() override {
     if (!staysOpen_) {
-      terminals_.vacate(serialNumber_);
+      const std::lock_guard lock(terminals_.mutex_);
+      terminals_.ours_.erase(port_);
     }
   }
   Node(const Node&) = delete;
   Node& operator=(const Node&) = delete;
 
   void configure(const device::SerialPortSettings& settings) override {
-    terminals_.bus_.setLineSpeed(serialNumber_, speedValue(settings.baudRateSetting.transmitRate));
+    if (isConnected()) {
+      terminals_.bus_.setLineSpeed(port_.serialNumber, speedValue(settings.baudRateSetting.transmitRate));
+    }
   }
   std::ptrdiff_t read(std::span<std::uint8_t>) override { return 0; }
   std::ptrdiff_t write(std::span<const std::uint8_t> bytes) override {
     return isConnected() ? static_cast<std::ptrdiff_t>(bytes.size()) : -1;
   }
-  bool isConnected() override { return terminals_.bus_.isPresent(device::interfaceNameFor(serialNumber_)); }
+  bool isConnected() override { return terminals_.presentPort(port_.serialNumber) == port_; }
   std::unique_ptr<device::ReadSource> watch(device::ReadSource::Handler) override {
     return std::make_unique<SilentSource>();
   }
@@ -43,31 +45,44 @@ class VirtualTerminals::Node final : public device::TerminalNode {
 
  private:
   VirtualTerminals& terminals_;
-  const std::string serialNumber_;
+  const Port port_;
   bool staysOpen_ = false;
 };
 
 device::OpenedTerminal VirtualTerminals::open(const std::string& path, device::PortMode) {
   const auto serialNumber = device::serialNumberInPortName(path);
-  if (!serialNumber || !bus_.isPresent(device::interfaceNameFor(*serialNumber))) {
+  const auto port = serialNumber ? presentPort(*serialNumber) : std::nullopt;
+  if (!port) {
     return TerminalRefusal{.cause = TerminalRefusal::Cause::absent};
   }
   const std::lock_guard lock(mutex_);
-  const auto [holder, isFree] = holders_.emplace(*serialNumber, ourselves);
-  if (!isFree) {
-    return TerminalRefusal{.cause = TerminalRefusal::Cause::inUse, .detail = holder->second};
+  if (const auto occupant = occupants_.find(*serialNumber); occupant != occupants_.end()) {
+    return TerminalRefusal{.cause = TerminalRefusal::Cause::inUse, .detail = occupant->second};
   }
-  return std::make_unique<Node>(*this, *serialNumber);
+  if (!ours_.insert(*port).second) {
+    return TerminalRefusal{.cause = TerminalRefusal::Cause::inUse, .detail = ourselves};
+  }
+  return std::make_unique<Node>(*this, *port);
 }
 
 void VirtualTerminals::occupy(const std::string& serialNumber, const std::string& program) {
   const std::lock_guard lock(mutex_);
-  holders_[serialNumber] = program;
+  occupants_[serialNumber] = program;
 }
 
 void VirtualTerminals::vacate(const std::string& serialNumber) {
   const std::lock_guard lock(mutex_);
-  holders_.erase(serialNumber);
+  occupants_.erase(serialNumber);
+}
+
+std::optional<VirtualTerminals::Port> VirtualTerminals::presentPort(const std::string& serialNumber) {
+  std::optional<Port> port;
+  bus_.inspect(serialNumber, [&port](const VirtualBoard& board) {
+    if (board.state() == BoardState::running) {
+      port = Port{board.serialNumber(), board.session()};
+    }
+  });
+  return port;
 }
 
 }  // namespace karvex::rig

@@ -65,7 +65,7 @@ class DeviceExplorerTest : public testing::Test {
   FakeSerialInterfaces serialInterfaces;
   foundation::VirtualRuntime runtime;
   foundation::UrlSession urlSession{runtime};
-  DeviceExplorer explorer{{bus, serialInterfaces, urlSession, ""}};
+  DeviceExplorer explorer{{runtime, bus, serialInterfaces, urlSession, ""}};
   std::vector<std::string> logged;
   std::string printed;
 };

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "device/SerialPortError.hpp"
 #include "foundation/Log.hpp"
 #include "foundation/VirtualRuntime.hpp"
 
@@ -19,9 +20,13 @@ class RecordingNodes final : public TerminalNodes {
  public:
   class Node final : public TerminalNode {
    public:
-    explicit Node(std::vector<std::string>& events) : events_(events) {}
+    Node(std::vector<std::string>& events, bool failsToConfigure)
+        : events_(events), failsToConfigure_(failsToConfigure) {}
     ~Node() override { events_.emplace_back("close"); }
     void configure(const SerialPortSettings& settings) override {
+      if (failsToConfigure_) {
+        throw PortException(PortError::mustBeOpen, "not open");
+      }
       const SerialPortSettings request{.baudRateSetting = BaudRateSetting::bothWays(BaudRate::baud134)};
       events_.emplace_back(settings == request ? "134 baud, 8N1, raw" : "other settings");
     }
@@ -39,6 +44,7 @@ class RecordingNodes final : public TerminalNodes {
 
    private:
     std::vector<std::string>& events_;
+    const bool failsToConfigure_;
   };
 
   OpenedTerminal open(const std::string& path, PortMode mode) override {
@@ -46,10 +52,11 @@ class RecordingNodes final : public TerminalNodes {
       return TerminalRefusal{.cause = TerminalRefusal::Cause::inUse, .detail = "minicom (process 4711)"};
     }
     events.push_back("open " + path + " " + std::to_string(static_cast<int>(mode)));
-    return std::make_unique<Node>(events);
+    return std::make_unique<Node>(events, failsToConfigure);
   }
 
   bool refuses = false;
+  bool failsToConfigure = false;
   std::vector<std::string> events;
 };
 
@@ -117,6 +124,15 @@ TEST_F(SerialPortManagementTest, ARequestThatFailsTwiceLeavesTheFlagAsItWas) {
   EXPECT_FALSE(management.requestHalfkayMode(port));
   EXPECT_THAT(flags(), ElementsAre(false, false, false));
   EXPECT_EQ(management.errorText.get(), text);
+}
+
+TEST_F(SerialPortManagementTest, ALineThatCannotBeSetFailsTheRequestAndLeavesNothingOpen) {
+  nodes.failsToConfigure = true;
+  EXPECT_FALSE(management.requestHalfkayMode(port));
+  EXPECT_THAT(nodes.events, ElementsAre("open " + port + " 0", "close"));
+  EXPECT_EQ(logged.back(), "> KARVEX : Halfkay mode request failed : Reason : not open");
+  EXPECT_EQ(management.errorText.get(), "not open");
+  EXPECT_THAT(flags(), ElementsAre(false, false, true));
 }
 
 }  // namespace

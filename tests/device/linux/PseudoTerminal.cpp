@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -62,6 +63,33 @@ std::string PseudoTerminal::receive(std::size_t count) const {
 bool PseudoTerminal::hasReceivedNothing() const {
   pollfd readable{.fd = device_, .events = POLLIN, .revents = 0};
   return ::poll(&readable, 1, 0) == 0 || (readable.revents & POLLIN) == 0;
+}
+
+void PseudoTerminal::readPackets() const {
+  const int on = 1;
+  orThrow(::ioctl(device_, TIOCPKT, &on));
+  termios told = settings();
+  told.c_lflag |= EXTPROC;
+  orThrow(::tcsetattr(device_, TCSANOW, &told));
+  packets();  // Of this change.
+}
+
+std::vector<std::string> PseudoTerminal::packets() const {
+  std::vector<std::string> all;
+  std::array<char, 256> packet{};
+  while (true) {
+    const auto length = ::read(device_, packet.data(), packet.size());
+    if (length < 1) {
+      return all;
+    }
+    const std::string rest(packet.data() + 1, static_cast<std::size_t>(length - 1));
+    const int status = static_cast<unsigned char>(packet.front());
+    if (status == TIOCPKT_DATA) {
+      all.push_back("bytes " + rest);
+    } else {
+      all.push_back((status & TIOCPKT_IOCTL) != 0 ? "line" : "status " + std::to_string(status));
+    }
+  }
 }
 
 termios PseudoTerminal::settings() const {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace karvex::device {
 
@@ -26,6 +27,11 @@ class PseudoTerminal {
   /// Waits for as many bytes from the node.
   std::string receive(std::size_t count) const;
   bool hasReceivedNothing() const;
+  /// From now on, the device side reads packets instead of bytes (TIOCPKT, EXTPROC).
+  void readPackets() const;
+  /// What came since the last call: "line" for a change of the line's settings, or several changes that
+  /// nothing came between; "bytes ..." for what was written. Doesn't wait.
+  std::vector<std::string> packets() const;
   /// How the line is set, as its device side sees it.
   termios settings() const;
   /// The device leaves. Harmless a second time.

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -175,6 +176,14 @@ TEST_F(SerialPortTerminalTest, WhatAnotherProgramHasTakenIsRefusedWithItsName) {
   }
 }
 
+TEST_F(SerialPortTerminalTest, AProgramsOwnNameBringsNothingHarmfulIntoTheText) {
+  const OtherProgram other([this] {
+    ::prctl(PR_SET_NAME, "a\x1B[2J\xFF z");
+    ::flock(::open(terminal.path().c_str(), O_RDWR | O_NOCTTY), LOCK_EX);
+  });
+  EXPECT_EQ(textOf([this] { port.open(PortMode::receive); }), refusalNaming("a?[2J? z", other.process()));
+}
+
 TEST_F(SerialPortTerminalTest, OtherProgramsAreKeptOutUntilTheClose) {
   const auto& path = terminal.path();
   const auto lock = [&path] {
@@ -226,21 +235,15 @@ TEST_F(SerialPortTerminalTest, ANodeThatIsNotThereIsRefused) {
             "unplugged");
 }
 
-TEST_F(SerialPortTerminalTest, TheRequestFor134BaudIsALineSettingAndNoByte) {
-  for (int round = 0; round < 2; ++round) {  // The second time, the node is at 134 baud already.
-    port.open(PortMode::receive);
-    port.configure({.baudRateSetting = BaudRateSetting::bothWays(BaudRate::baud134)});
-    const termios line = terminal.settings();
-    EXPECT_EQ(cfgetispeed(&line), static_cast<speed_t>(B134));
-    EXPECT_EQ(cfgetospeed(&line), static_cast<speed_t>(B134));
-    EXPECT_EQ(line.c_cflag & (CSIZE | PARENB | CSTOPB | CRTSCTS | CLOCAL | CREAD),
-              static_cast<tcflag_t>(CS8 | CLOCAL | CREAD));
-    EXPECT_EQ(line.c_lflag & (ICANON | ISIG | ECHO | ECHOE), 0U);
-    EXPECT_EQ(line.c_oflag & OPOST, 0U);
-    EXPECT_EQ(line.c_cc[VMIN], 1);
-    port.close();
-    EXPECT_TRUE(terminal.hasReceivedNothing());
-  }
+TEST_F(SerialPortTerminalTest, TheSettingsReachTheLine) {
+  openRaw();
+  const termios line = terminal.settings();
+  EXPECT_EQ(cfgetospeed(&line), static_cast<speed_t>(B115200));
+  EXPECT_EQ(line.c_cflag & (CSIZE | PARENB | CSTOPB | CRTSCTS | CLOCAL | CREAD),
+            static_cast<tcflag_t>(CS8 | CLOCAL | CREAD));
+  EXPECT_EQ(line.c_lflag & (ICANON | ISIG | ECHO | ECHOE), 0U);
+  EXPECT_EQ(line.c_oflag & OPOST, 0U);
+  EXPECT_EQ(line.c_cc[VMIN], 1);
 }
 
 TEST_F(SerialPortTerminalTest, BlocksAreWhatCameInAndNeverTooLong) {
@@ -335,6 +338,15 @@ TEST_F(SerialPortTerminalTest, ABlockingReadThatWaitsEndsWithTheDevice) {
   EXPECT_THAT(text.get(), testing::HasSubstr("is no longer connected"));
 }
 
+TEST_F(SerialPortTerminalTest, ABlockingReadThatWaitsOverAClosePutsTheNodeBackWhenItReturns) {
+  openRaw();
+  auto text = std::async(std::launch::async, [this] { return textOf([this] { port.readLine(); }); });
+  port.close();
+  terminal.send("x");  // Or else it would wait for ever.
+  EXPECT_EQ(text.get(), "Serial port " + terminal.path() + " is not open");
+  EXPECT_EQ(textOf([this] { openRaw(); }), "no error");
+}
+
 TEST_F(SerialPortTerminalTest, ADeviceThatLeavesEndsStreamsAndBlockingReads) {
   openRaw();
   Collector<std::string> lines(runtime, port.readLinesStream());
@@ -343,8 +355,13 @@ TEST_F(SerialPortTerminalTest, ADeviceThatLeavesEndsStreamsAndBlockingReads) {
   terminal.unplug();
   EXPECT_THAT(lines.waitForEnd(), ElementsAre("one\n"));
   const auto text = "The device at serial port " + terminal.path() + " is no longer connected";
-  EXPECT_EQ(textOf([this] { port.readByte(); }), text);
+  std::uint8_t byte = 0;
+  EXPECT_EQ(textOf([&] { port.readBytes(&byte, 1); }), text);
+  EXPECT_EQ(textOf([this] { port.readData(1); }), text);
   EXPECT_EQ(textOf([this] { port.readString(1); }), text);
+  EXPECT_EQ(textOf([this] { port.readUntil('x'); }), text);
+  EXPECT_EQ(textOf([this] { port.readLine(); }), text);
+  EXPECT_EQ(textOf([this] { port.readByte(); }), text);
   EXPECT_EQ(port.writeString("x"), -1);
   port.configure({});
   port.close();

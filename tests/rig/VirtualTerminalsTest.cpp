@@ -1,0 +1,145 @@
+#include "rig/VirtualTerminals.hpp"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "device/SerialPortManagement.hpp"
+#include "foundation/VirtualRuntime.hpp"
+
+namespace karvex::rig {
+namespace {
+
+using namespace std::chrono_literals;
+using device::PortMode;
+using device::TerminalRefusal;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Node = std::unique_ptr<device::TerminalNode>;
+
+const TerminalRefusal absent{.cause = TerminalRefusal::Cause::absent};
+
+TerminalRefusal inUseBy(const std::string& program) {
+  return {.cause = TerminalRefusal::Cause::inUse, .detail = program};
+}
+
+class VirtualTerminalsTest : public testing::Test {
+ protected:
+  VirtualTerminalsTest() {
+    auto board = std::make_unique<VirtualBoard>(*findBoardKind("TEENSYLC"), "1234");
+    board->setEventListener([this](auto, const std::string& event) { seen.push_back(event); });
+    bus.plugIn(std::move(board));
+  }
+
+  Node openNode() { return std::get<Node>(terminals.open(port, PortMode::receive)); }
+
+  /// Why it can't be opened; nothing if it can, and then it is closed again.
+  std::optional<TerminalRefusal> refusalOf(const std::string& path) {
+    auto opened = terminals.open(path, PortMode::receiveAndTransmit);
+    const auto* refusal = std::get_if<TerminalRefusal>(&opened);
+    return refusal != nullptr ? std::optional(*refusal) : std::nullopt;
+  }
+
+  /// Into the bootloader and, by a boot report, back into the firmware.
+  void makeABoardsRound() {
+    bus.setLineSpeed("1234", 134);
+    runtime.clock().sleepFor(VirtualBoard::usualSwitchTime);
+    std::vector<std::uint8_t> boot(findBoardKind("TEENSYLC")->reportLength(), 0xFF);
+    EXPECT_EQ(bus.sendReport(bus.firstHalfKayBoard().value(), boot), ReportOutcome::accepted);
+    runtime.clock().sleepFor(VirtualBoard::usualBootTime);
+  }
+
+  const std::string port = "/dev/cu.usbmodem12341";
+  const device::SerialPortSettings request{.baudRateSetting =
+                                               device::BaudRateSetting::bothWays(device::BaudRate::baud134)};
+  foundation::VirtualRuntime runtime;
+  VirtualBus bus{runtime.clock()};
+  VirtualTerminals terminals{bus};
+  std::vector<std::string> seen;  ///< by the board
+};
+
+TEST_F(VirtualTerminalsTest, OnlyTheNameOfARunningBoardsPortLeadsToOne) {
+  EXPECT_EQ(refusalOf(port), std::nullopt);
+  for (const auto* path : {"/dev/cu.usbmodem12342", "/dev/cu.usbmodem99991", "/dev/ttyACM0", ""}) {
+    EXPECT_EQ(refusalOf(path), absent) << path;
+  }
+  bus.setLineSpeed("1234", 134);
+  EXPECT_EQ(refusalOf(port), absent) << "on its way";
+  runtime.clock().sleepFor(VirtualBoard::usualSwitchTime);
+  EXPECT_EQ(refusalOf(port), absent) << "in its bootloader";
+}
+
+TEST_F(VirtualTerminalsTest, APortHasOneOpenerUntilItIsClosed) {
+  auto node = openNode();
+  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
+  node.reset();
+  EXPECT_EQ(refusalOf(port), std::nullopt);
+  node = openNode();
+  node->leaveOpen();
+  node.reset();
+  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
+}
+
+TEST_F(VirtualTerminalsTest, AnotherProgramsPortIsRefusedUntilItIsVacated) {
+  terminals.occupy("1234", "minicom (process 4711)");
+  EXPECT_EQ(refusalOf(port), inUseBy("minicom (process 4711)"));
+  makeABoardsRound();
+  EXPECT_EQ(refusalOf(port), inUseBy("minicom (process 4711)"));
+  terminals.vacate("1234");
+  EXPECT_EQ(refusalOf(port), std::nullopt);
+}
+
+TEST_F(VirtualTerminalsTest, AnotherProgramThatComesAndGoesTakesNothingFromAnOpenNode) {
+  auto node = openNode();
+  terminals.occupy("1234", "minicom");
+  terminals.vacate("1234");
+  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
+  terminals.occupy("1234", "minicom");
+  node.reset();
+  EXPECT_EQ(refusalOf(port), inUseBy("minicom")) << "our close is not the other's";
+}
+
+TEST_F(VirtualTerminalsTest, TheBoardSeesTheLineSpeedAndNothingElse) {
+  auto node = openNode();
+  EXPECT_EQ(node->write(std::vector<std::uint8_t>(3)), 3);
+  node->configure({});
+  EXPECT_THAT(seen, IsEmpty());
+  node->configure(request);
+  EXPECT_THAT(seen, ElementsAre("134 baud"));
+}
+
+TEST_F(VirtualTerminalsTest, ANodeOutlivesItsPortWithoutADeviceEvenWhenTheBoardIsBack) {
+  auto node = openNode();
+  EXPECT_TRUE(node->isConnected());
+  makeABoardsRound();
+  ASSERT_TRUE(bus.isPresent("usbmodem12341"));
+  seen.clear();
+  EXPECT_FALSE(node->isConnected());
+  EXPECT_EQ(node->write(std::vector<std::uint8_t>(3)), -1);
+  node->configure(request);
+  EXPECT_THAT(seen, IsEmpty());
+  EXPECT_EQ(refusalOf(port), std::nullopt) << "the board's new port is free";
+}
+
+TEST_F(VirtualTerminalsTest, TheRequestForTheBootloaderMovesTheBoardOrSaysWhoIsInTheWay) {
+  device::SerialPortManagement management(terminals, runtime);
+  terminals.occupy("1234", "minicom (process 4711)");
+  EXPECT_FALSE(management.checkPortAvailability({}, port));
+  EXPECT_FALSE(management.requestHalfkayMode(port));
+  EXPECT_EQ(management.errorText.get(),
+            "Serial port " + port + " can't be opened: it is in use by minicom (process 4711)");
+  terminals.vacate("1234");
+  EXPECT_TRUE(management.checkPortAvailability({}, port));
+  EXPECT_THAT(seen, IsEmpty());
+  EXPECT_TRUE(management.requestHalfkayMode(port));
+  runtime.clock().sleepFor(VirtualBoard::usualSwitchTime);
+  EXPECT_TRUE(bus.firstHalfKayBoard().has_value());
+  EXPECT_THAT(seen, ElementsAre("134 baud", "halfkay"));
+}
+
+}  // namespace
+}  // namespace karvex::rig
