@@ -13,7 +13,9 @@ namespace karvex::foundation {
 /// Keeps an observer in its list; the observer is taken out when this goes. It may outlive the list.
 class Subscription {
  public:
+  /// A subscription to nothing.
   Subscription() = default;
+  /// `remove` takes the observer out. It is called once, on the thread that destroys the subscription.
   explicit Subscription(std::function<void()> remove) : remove_(std::move(remove)) {}
   Subscription(Subscription&& other) noexcept : remove_(std::exchange(other.remove_, nullptr)) {}
   Subscription& operator=(Subscription&& other) noexcept {
@@ -36,8 +38,10 @@ class Subscription {
 template <typename... Args>
 class Observers {
  public:
+  /// What is called. It must not throw: the callbacks behind it would be left out.
   using Callback = std::function<void(const Args&...)>;
 
+  /// Puts a callback at the end of the list, for as long as the subscription lives.
   [[nodiscard]] Subscription add(Callback callback) {
     const std::lock_guard lock(list_->mutex);
     const auto number = list_->next++;
@@ -49,6 +53,7 @@ class Observers {
     });
   }
 
+  /// Calls those that are in the list when this begins, one after the other, on the calling thread.
   void notify(const Args&... args) const {
     for (const auto& callback : list_->snapshot()) {
       (*callback)(args...);

@@ -13,15 +13,18 @@ namespace karvex::foundation {
 template <typename T>
 class Published {
  public:
+  /// Nobody is told of the initial value.
   explicit Published(T initial = T()) : value_(std::move(initial)) {}
   Published(const Published&) = delete;
   Published& operator=(const Published&) = delete;
 
+  /// A copy of the value as it is now.
   T get() const {
     const std::lock_guard lock(mutex_);
     return value_;
   }
 
+  /// Puts another value in the place of the current one: one change.
   void set(T value) {
     update([&value](T& current) { current = std::move(value); });
   }
@@ -38,6 +41,7 @@ class Published {
     observers_.notify(copy);
   }
 
+  /// Calls the observer with the new value of each change from now on, for as long as the subscription lives.
   [[nodiscard]] Subscription observe(std::function<void(const T&)> observer) {
     return observers_.add(std::move(observer));
   }

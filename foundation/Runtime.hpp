@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include "foundation/Clock.hpp"
+#include "foundation/Gate.hpp"
 #include "foundation/OutsideWork.hpp"
 #include "foundation/Queue.hpp"
 
@@ -23,6 +26,10 @@ class Runtime {
 
   /// Where threads of others report what they do for this program.
   virtual OutsideWork& outsideWork() = 0;
+
+  /// A closed gate. Threads of this program wait for each other at such gates alone: on virtual time, who
+  /// waits in any other way would keep the others from running. The runtime must outlive it.
+  virtual std::shared_ptr<Gate> makeGate() = 0;
 
   /// Runs the main queue's jobs on the calling thread, which must be the main thread, until stopMain().
   virtual void runMain() = 0;

@@ -1,5 +1,7 @@
 #include "foundation/SerialQueue.hpp"
 
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <utility>
@@ -7,47 +9,76 @@
 namespace karvex::foundation {
 namespace {
 
-thread_local const void* runningQueue = nullptr;
+thread_local const detail::InsideQueue* inside = nullptr;  ///< the innermost
 
 }  // namespace
 
 struct SerialQueue::State : std::enable_shared_from_this<State> {
-  explicit State(Queue& queue) : target(queue) {}
+  /// What waits: a job, or the gate behind which a thread waits that will run its job itself.
+  struct Waiting {
+    Job job;
+    std::shared_ptr<Gate> gate;
+  };
+
+  State(Queue& queue, std::string name) : target(queue), label(std::move(name)) {}
 
   void add(Job job) {
     const std::lock_guard lock(mutex);
-    waiting.push_back(std::move(job));
-    if (!std::exchange(isDraining, true)) {
+    waiting.push_back({std::move(job), nullptr});
+    if (!std::exchange(isBusy, true)) {
       target.post([self = shared_from_this()] { self->runNext(); });
     }
   }
 
-  /// One job for each turn on the target, so that a busy queue leaves room for the others there.
-  void runNext() {
-    Job job;
+  void awaitTurn(Runtime& runtime) {
+    std::shared_ptr<Gate> gate;
     {
       const std::lock_guard lock(mutex);
-      job = std::move(waiting.front());
+      if (!std::exchange(isBusy, true)) {
+        return;
+      }
+      gate = runtime.makeGate();
+      waiting.push_back({nullptr, gate});
+    }
+    gate->wait();
+  }
+
+  /// One job for each turn on the target, so that a busy queue leaves room for the others there.
+  void runNext() {
+    Waiting next;
+    {
+      const std::lock_guard lock(mutex);
+      next = std::move(waiting.front());
       waiting.pop_front();
     }
-    const void* outer = std::exchange(runningQueue, this);
-    job();
-    job = nullptr;
-    runningQueue = outer;
+    if (next.gate) {
+      return next.gate->open();
+    }
+    const detail::InsideQueue frame{this, inside};
+    inside = &frame;
+    next.job();
+    next.job = nullptr;
+    inside = frame.outer;
+    endTurn();
+  }
+
+  void endTurn() {
     const std::lock_guard lock(mutex);
-    isDraining = !waiting.empty();
-    if (isDraining) {
+    isBusy = !waiting.empty();
+    if (isBusy) {
       target.post([self = shared_from_this()] { self->runNext(); });
     }
   }
 
   Queue& target;
+  const std::string label;
   std::mutex mutex;
-  std::deque<Job> waiting;
-  bool isDraining = false;
+  std::deque<Waiting> waiting;
+  bool isBusy = false;
 };
 
-SerialQueue::SerialQueue(Queue& target) : state_(std::make_shared<State>(target)) {}
+SerialQueue::SerialQueue(Queue& target, std::string label)
+    : state_(std::make_shared<State>(target, std::move(label))) {}
 
 void SerialQueue::post(Job job) {
   state_->add(std::move(job));
@@ -59,7 +90,30 @@ void SerialQueue::postAt(TimePoint due, Job job) {
 }
 
 bool SerialQueue::isCurrent() const {
-  return runningQueue == state_.get();
+  const auto* frame = inside;
+  while (frame != nullptr && frame->queue != state_.get()) {
+    frame = frame->outer;
+  }
+  return frame != nullptr;
+}
+
+const std::string& SerialQueue::label() const {
+  return state_->label;
+}
+
+SerialQueue::Turn::Turn(const SerialQueue& queue, Runtime& runtime) : state_(queue.state_) {
+  if (queue.isCurrent()) {
+    std::fprintf(stderr, "SerialQueue %s: a job of the queue waits for itself\n", state_->label.c_str());
+    std::abort();
+  }
+  state_->awaitTurn(runtime);
+  frame_ = {state_.get(), inside};
+  inside = &frame_;
+}
+
+SerialQueue::Turn::~Turn() {
+  inside = frame_.outer;
+  state_->endTurn();
 }
 
 }  // namespace karvex::foundation

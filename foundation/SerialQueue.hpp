@@ -1,25 +1,67 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
 
 #include "foundation/Queue.hpp"
+#include "foundation/Runtime.hpp"
 
 namespace karvex::foundation {
+
+namespace detail {
+
+/// A queue that a thread is inside a job of, and the one around that.
+struct InsideQueue {
+  const void* queue = nullptr;
+  const InsideQueue* outer = nullptr;
+};
+
+}  // namespace detail
 
 /// Jobs in the order in which they were posted, never two at a time, on the threads of a target queue. The
 /// target must outlive it. Jobs that are still waiting when the SerialQueue goes are run all the same.
 class SerialQueue final : public Queue {
  public:
-  explicit SerialQueue(Queue& target);
+  /// The label tells queues apart for people.
+  explicit SerialQueue(Queue& target, std::string label = {});
 
   void post(Job job) override;
   void postAt(TimePoint due, Job job) override;
 
+  /// Runs `work` as a job of this queue, behind those that wait already, and returns what it returns or
+  /// throws what it throws. It runs on the calling thread, which waits for its turn at a gate of the runtime;
+  /// on an idle queue that is at once. Not to be called inside a job of this queue, which would wait for
+  /// itself: that ends the program.
+  template <typename Work>
+  std::invoke_result_t<Work> runSynchronously(Runtime& runtime, Work&& work) {
+    const Turn turn(*this, runtime);
+    return std::invoke(std::forward<Work>(work));
+  }
+
   /// True while the calling thread is inside a job of this queue.
   bool isCurrent() const;
 
+  const std::string& label() const;
+
  private:
   struct State;
+
+  /// The calling thread's turn on the queue.
+  class Turn {
+   public:
+    Turn(const SerialQueue& queue, Runtime& runtime);
+    ~Turn();
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+   private:
+    std::shared_ptr<State> state_;
+    detail::InsideQueue frame_;
+  };
+
   std::shared_ptr<State> state_;
 };
 

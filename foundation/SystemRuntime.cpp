@@ -1,6 +1,8 @@
 #include "foundation/SystemRuntime.hpp"
 
 #include <asio.hpp>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -22,6 +24,24 @@ class NoOutsideWork final : public OutsideWork {
   void pause(std::uint64_t) override {}
   void resume(std::uint64_t) override {}
   void resumeTicket(Ticket) override {}
+};
+
+class SystemGate final : public Gate {
+ public:
+  void wait() override {
+    std::unique_lock lock(mutex_);
+    opened_.wait(lock, [this] { return isOpen_; });
+  }
+  void open() override {
+    const std::lock_guard lock(mutex_);
+    isOpen_ = true;
+    opened_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable opened_;
+  bool isOpen_ = false;
 };
 
 /// A queue over anything that Asio can run handlers on.
@@ -82,6 +102,9 @@ OutsideWork& SystemRuntime::outsideWork() {
 }
 Queue& SystemRuntime::globalQueue() {
   return state_->globalQueue;
+}
+std::shared_ptr<Gate> SystemRuntime::makeGate() {
+  return std::make_shared<SystemGate>();
 }
 
 void SystemRuntime::runMain() {

@@ -19,6 +19,7 @@ class SystemRuntime final : public Runtime {
   Queue& mainQueue() override;
   Queue& globalQueue() override;
   OutsideWork& outsideWork() override;
+  std::shared_ptr<Gate> makeGate() override;
   void runMain() override;
   void stopMain() override;
 

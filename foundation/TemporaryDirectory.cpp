@@ -6,10 +6,56 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
+#include <mutex>
+#include <set>
 #include <string>
 #include <system_error>
 
 namespace karvex::foundation {
+namespace {
+
+void removeAll(const std::filesystem::path& path) {
+  std::error_code ignored;
+  std::filesystem::remove_all(path, ignored);
+}
+
+/// The directories that there are. std::exit() destroys no object of a function that is under way, and the
+/// loader ends the program like that.
+class Directories {
+ public:
+  /// Never destroyed: other threads go on while the program ends.
+  static Directories& ofThisProgram() {
+    static auto* const directories = new Directories;
+    static const int registered = std::atexit([] { ofThisProgram().removeThem(); });
+    static_cast<void>(registered);  // Without it, a program that ends early leaves its files.
+    return *directories;
+  }
+
+  void add(const std::filesystem::path& path) {
+    const std::lock_guard lock(mutex_);
+    paths_.insert(path);
+  }
+
+  void remove(const std::filesystem::path& path) {
+    const std::lock_guard lock(mutex_);
+    removeAll(path);
+    paths_.erase(path);
+  }
+
+ private:
+  void removeThem() {
+    const std::lock_guard lock(mutex_);
+    for (const auto& path : paths_) {
+      removeAll(path);
+    }
+  }
+
+  std::mutex mutex_;
+  std::set<std::filesystem::path> paths_;
+};
+
+}  // namespace
 
 TemporaryDirectory::TemporaryDirectory() {
   std::string name = std::filesystem::temp_directory_path() / "karvex-XXXXXX";
@@ -17,6 +63,7 @@ TemporaryDirectory::TemporaryDirectory() {
     throw std::system_error(errno, std::generic_category(), name);
   }
   path_ = name;
+  Directories::ofThisProgram().add(path_);
   // systemd-tmpfiles clears away what has been old for days, but not below a directory that is locked
   // (flock).
   descriptor_ = ::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -26,8 +73,7 @@ TemporaryDirectory::TemporaryDirectory() {
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
+  Directories::ofThisProgram().remove(path_);
   if (descriptor_ >= 0) {
     ::close(descriptor_);
   }

@@ -5,7 +5,8 @@
 namespace karvex::foundation {
 
 /// A directory below the system's temporary one (TMPDIR, else /tmp) that only this user can enter. It goes
-/// with the object, with all that it holds.
+/// with the object, with all that it holds; also when std::exit() ends the program before the object does. A
+/// program that a signal ends leaves it behind.
 class TemporaryDirectory {
  public:
   /// Throws std::system_error.
@@ -18,7 +19,7 @@ class TemporaryDirectory {
 
  private:
   std::filesystem::path path_;
-  int descriptor_;
+  int descriptor_ = -1;
 };
 
 }  // namespace karvex::foundation

@@ -20,6 +20,9 @@ struct TransferPolicy {
   /// Bytes. The largest target's flash as Intel HEX text has some 45 MiB.
   std::size_t largestDownload = 64 * 1024 * 1024;
   long mostRedirects = 5;
+  /// True: a proxy that the environment names is used, as libcurl has it. False: it is passed by, as it must
+  /// be for a server inside this program.
+  bool usesProxy = true;
   /// A file of certificate authorities (PEM) to trust instead of the system's.
   std::optional<std::filesystem::path> certificateAuthorities;
 };

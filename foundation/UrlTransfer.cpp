@@ -99,6 +99,9 @@ void setPolicy(Options& options, const TransferPolicy& policy, std::size_t large
     options.set(CURLOPT_CAINFO, policy.certificateAuthorities->c_str());
     options.set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
   }
+  if (!policy.usesProxy) {
+    options.set(CURLOPT_PROXY, "");  // Not null, which would let the environment decide.
+  }
   options.set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(policy.connectTimeOut.count()));
   options.set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(largest));
   options.set(CURLOPT_NOSIGNAL, 1L);

@@ -169,12 +169,43 @@ VirtualRuntime::VirtualOutsideWork::Work* VirtualRuntime::VirtualOutsideWork::na
   return name != 0 && found != works_.end() ? &found->second : nullptr;
 }
 
-VirtualRuntime::Participant& VirtualRuntime::current() {
-  if (thisParticipant != nullptr) {
-    return *static_cast<Participant*>(thisParticipant);
+std::shared_ptr<Gate> VirtualRuntime::makeGate() {
+  return std::make_shared<VirtualGate>(*this);
+}
+
+void VirtualRuntime::VirtualGate::wait() {
+  Lock lock(runtime_.mutex_);
+  auto* self = runtime_.currentOrNull();
+  if (self == nullptr) {
+    opened_.wait(lock, [this] { return isOpen_; });
+  } else if (!isOpen_) {
+    waiting_.push_back(self);
+    runtime_.handBatonOn(*self);
+    runtime_.awaitBaton(lock, *self);
   }
-  require(std::this_thread::get_id() == mainThread_, "only threads of a runtime can sleep on its clock");
-  return main_;
+}
+
+void VirtualRuntime::VirtualGate::open() {
+  const Lock lock(runtime_.mutex_);
+  isOpen_ = true;
+  for (auto* participant : std::exchange(waiting_, {})) {
+    runtime_.timed_.emplace(runtime_.keyAt(runtime_.now_), participant);
+  }
+  opened_.notify_all();
+  runtime_.scheduleIfFree();
+}
+
+VirtualRuntime::Participant* VirtualRuntime::currentOrNull() {
+  if (thisParticipant != nullptr) {
+    return static_cast<Participant*>(thisParticipant);
+  }
+  return std::this_thread::get_id() == mainThread_ ? &main_ : nullptr;
+}
+
+VirtualRuntime::Participant& VirtualRuntime::current() {
+  auto* participant = currentOrNull();
+  require(participant != nullptr, "only threads of a runtime can sleep on its clock");
+  return *participant;
 }
 
 void VirtualRuntime::handBatonOn(Participant& from) {

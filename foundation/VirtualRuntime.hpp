@@ -35,6 +35,7 @@ class VirtualRuntime final : public Runtime {
   Queue& mainQueue() override { return mainQueue_; }
   Queue& globalQueue() override { return globalQueue_; }
   OutsideWork& outsideWork() override { return outsideWork_; }
+  std::shared_ptr<Gate> makeGate() override;
   void runMain() override;
   void stopMain() override;
 
@@ -102,6 +103,21 @@ class VirtualRuntime final : public Runtime {
 
   using Lock = std::unique_lock<std::mutex>;
 
+  /// Who takes part gives the baton up while it waits; a foreign thread just blocks.
+  class VirtualGate final : public Gate {
+   public:
+    explicit VirtualGate(VirtualRuntime& runtime) : runtime_(runtime) {}
+    void wait() override;
+    void open() override;
+
+   private:
+    VirtualRuntime& runtime_;
+    bool isOpen_ = false;
+    std::vector<Participant*> waiting_;
+    std::condition_variable opened_;  ///< for foreign threads
+  };
+
+  Participant* currentOrNull();
   Participant& current();
   Key keyAt(TimePoint due) { return {due, nextOrder_++}; }
   void handBatonOn(Participant& from);

@@ -28,7 +28,8 @@ bool FirmwareService::canReportCompletion() const {
 }
 
 Task<std::string> FirmwareService::requestDescriptors() {
-  auto response = co_await session_.send(formPost(address_.loaderInfo, {}));
+  auto request = formPost(address_.loaderInfo, {});
+  auto response = co_await session_.send(std::move(request));
   co_return std::move(response.body);
 }
 

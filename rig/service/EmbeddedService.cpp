@@ -340,6 +340,10 @@ const fs::path& EmbeddedService::caFile() const {
   return server_->caFile();
 }
 
+foundation::TransferPolicy EmbeddedService::transferPolicy() const {
+  return {.usesProxy = false, .certificateAuthorities = caFile()};
+}
+
 void EmbeddedService::setDevices(std::span<const ServedDevice> devices) {
   server_->setListText(listText(devices));
 }

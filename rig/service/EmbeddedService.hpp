@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "foundation/Runtime.hpp"
+#include "foundation/TransferPolicy.hpp"
 #include "rig/service/ServedDevice.hpp"
 #include "rig/service/ServiceFaults.hpp"
 
@@ -56,6 +57,9 @@ class EmbeddedService {
   /// The certificate authority to trust, as PEM text in a file that only this user can read. It goes with the
   /// object.
   const std::filesystem::path& caFile() const;
+
+  /// How this program's own sessions reach the service: with trust in its authority, and past any proxy.
+  foundation::TransferPolicy transferPolicy() const;
 
   /// What the list request is answered with from now on: devices, or any text.
   void setDevices(std::span<const ServedDevice> devices);

@@ -56,6 +56,8 @@ class Rig:
     def __init__(self, program: Path, directory: Path) -> None:
         self._program = program
         self._directory = directory
+        self._stream = directory / "reports.bin"
+        self._report = directory / "report.json"
 
     def load(self, file: str | Path, mcu_name: str, *options: str) -> Run:
         """Program a board from a file, in fast time."""
@@ -66,11 +68,15 @@ class Rig:
 
         Raises ValueError where the program left a file of results that isn't whole.
         """
-        stdout, stderr, stream, report = (
-            self._directory / name for name in ("stdout", "stderr", "reports.bin", "report.json"))
+        return self.run_plainly(*arguments, "--reports", str(self._stream), "--report", str(self._report))
+
+    def run_plainly(self, *arguments: str) -> Run:
+        """`karvex-rig program` with these arguments and no other. Raises ValueError as run() does."""
+        stdout, stderr = self._directory / "stdout", self._directory / "stderr"
+        stream, report = self._stream, self._report
         for file in (stream, report):
             file.unlink(missing_ok=True)
-        command = [str(self._program), "program", *arguments, "--reports", str(stream), "--report", str(report)]
+        command = [str(self._program), "program", *arguments]
         with stdout.open("wb") as output, stderr.open("wb") as errors:
             process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=errors)
             watchdog = threading.Timer(RUN_LIMIT_SECONDS, process.kill)

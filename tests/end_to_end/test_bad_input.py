@@ -245,10 +245,35 @@ def wrong_use(rig: Rig, directory: Path) -> None:
         require_equal("reports that reached the board", len(run.stream), 0)
 
 
+def what_is_no_regular_file(rig: Rig, directory: Path) -> None:
+    pipe, link = directory / "pipe", directory / "link"
+    os.mkfifo(pipe)
+    link.symlink_to(pipe)
+    for file in (pipe, link, Path("/dev/null")):
+        run = rig.load(file, MCU_NAME)
+        require_equal("exit status", run.exit_status, 2)
+        require("no regular file" in run.stderr, f"standard error is {run.stderr[:300]!r}")
+
+
+def results_over_the_file(rig: Rig, directory: Path) -> None:
+    file, link, missing = directory / "good.hex", directory / "link.hex", directory / "missing.hex"
+    file.write_bytes(good_file())
+    link.hardlink_to(file)
+    for option in ("--reports", "--report"):
+        for loaded, results in ((file, file), (file, directory / "." / "good.hex"), (file, link), (missing, missing)):
+            run = rig.run_plainly(str(loaded), "--mcu", MCU_NAME, option, str(results))
+            require_equal("exit status", run.exit_status, 2)
+            require("would overwrite it" in run.stderr, f"standard error is {run.stderr[:300]!r}")
+    require_equal("the file to load", file.read_bytes(), good_file())
+    require(not missing.exists(), "a file was made that was to be loaded")
+
+
 CHECKS: tuple[Callable[[Rig, Path], None], ...] = (
     memory_on_a_line_of_100_MB,
     no_such_file,
     a_directory,
+    what_is_no_regular_file,
+    results_over_the_file,
     an_unreadable_file,
     an_empty_file,
     a_binary_file,

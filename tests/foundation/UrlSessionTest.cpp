@@ -179,6 +179,7 @@ TEST_F(UrlSessionTest, AServerThatMisbehavesIsAFailureAndLeavesNoFile) {
       {"Received HTTP/0.9 when not allowed", always("something else\n")},
       {"", endless("HTTP/1.1 200 OK\r\nX: ", "a long header without an end")},
       {"", endless("HTTP/1.1 200 OK\r\n", "X: one of many headers\r\n")},
+      {"", endless("", "HTTP/1.1 103 Early Hints\r\nX: not yet\r\n\r\n")},
   };
   for (const auto& [expected, handler] : cases) {
     const LoopbackServer server(handler);
@@ -272,6 +273,20 @@ TEST_F(UrlSessionTest, RedirectsToOtherSchemesAreRefused) {
     EXPECT_EQ(get(server.url("/")).error,
               "127.0.0.1: The server redirects to an address that is neither http:// nor https://");
   }
+}
+
+TEST_F(UrlSessionTest, AProxyOfTheEnvironmentIsUsedUnlessThePolicySaysOtherwise) {
+  const LoopbackServer server(always(answer(200, "the server")));
+  const LoopbackServer proxy(always(answer(200, "the proxy")));
+  unsetenv("no_proxy");
+  unsetenv("NO_PROXY");
+  setenv("http_proxy", proxy.url("").c_str(), 1);
+  const auto through = get(server.url("/"));
+  const auto past = get(server.url("/"), {.usesProxy = false});
+  unsetenv("http_proxy");
+  ASSERT_TRUE(through.value && past.value) << through.error << past.error;
+  EXPECT_EQ(through.value->body, "the proxy");
+  EXPECT_EQ(past.value->body, "the server");
 }
 
 TEST_F(UrlSessionTest, DownloadsArePrivateFilesThatGoWithTheSession) {

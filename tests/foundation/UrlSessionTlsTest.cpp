@@ -58,6 +58,18 @@ TEST_F(UrlSessionTlsTest, OnlyACertificateOfATrustedAuthorityForThisHostWillDo) 
   }
 }
 
+TEST_F(UrlSessionTlsTest, AServerThatIsSilentInTheHandshakeCostsTheTimeToConnectAndNoMore) {
+  const LoopbackServer mute([](Connection& connection) { connection.awaitEnd(); });
+  auto policy = trustingPolicy();
+  policy.connectTimeOut = std::chrono::milliseconds(150);
+  const auto start = runtime.clock().now();
+  UrlSession session(runtime, policy);
+  const auto outcome = await(session.download("https://127.0.0.1:" + std::to_string(mute.port()) + "/"));
+  EXPECT_THAT(outcome.error, MatchesRegex("127\\.0\\.0\\.1: .*(timeout|timed out).*"));
+  EXPECT_GE(outcome.at - start, policy.connectTimeOut);
+  EXPECT_LT(outcome.at - start, std::chrono::seconds(10));
+}
+
 TEST_F(UrlSessionTlsTest, ARedirectLeadsFromHttpToHttps) {
   const LoopbackServer secure(
       [](Connection& connection) {

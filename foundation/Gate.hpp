@@ -1,0 +1,18 @@
+#pragma once
+
+namespace karvex::foundation {
+
+/// Where threads wait until another one lets them through. Closed at first; once open it stays so. Both
+/// operations may be called on any thread.
+class Gate {
+ public:
+  virtual ~Gate() = default;
+
+  /// Blocks the calling thread until the gate is open.
+  virtual void wait() = 0;
+
+  /// Lets through who waits and who comes.
+  virtual void open() = 0;
+};
+
+}  // namespace karvex::foundation
