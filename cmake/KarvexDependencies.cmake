@@ -1,16 +1,9 @@
 # Everything comes from the distribution's own packages; tools/packages lists their names.
 
+# What the MIDI layer and its part of foundation/ need.
 find_package(Threads REQUIRED)
-find_package(PkgConfig REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(fmt REQUIRED)
-find_package(CLI11 REQUIRED)
-find_package(CURL REQUIRED)
-find_package(nlohmann_json REQUIRED)
-find_package(OpenSSL REQUIRED)
-pkg_check_modules(hidapi_hidraw REQUIRED IMPORTED_TARGET hidapi-hidraw)
-pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
-pkg_check_modules(httplib REQUIRED IMPORTED_TARGET cpp-httplib)
 
 # Asio is headers only and ships neither a CMake package nor a pkg-config file.
 find_path(KARVEX_ASIO_INCLUDE_DIR asio.hpp REQUIRED)
@@ -18,3 +11,15 @@ add_library(karvex_asio INTERFACE)
 target_include_directories(karvex_asio SYSTEM INTERFACE "${KARVEX_ASIO_INCLUDE_DIR}")
 target_compile_definitions(karvex_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
 target_link_libraries(karvex_asio INTERFACE Threads::Threads)
+
+if(NOT KARVEX_MIDI_ONLY)
+  find_package(PkgConfig REQUIRED)
+  find_package(CLI11 REQUIRED)
+  find_package(CURL REQUIRED)
+  find_package(nlohmann_json REQUIRED)
+  find_package(OpenSSL REQUIRED)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Network Svg Widgets)
+  pkg_check_modules(hidapi_hidraw REQUIRED IMPORTED_TARGET hidapi-hidraw)
+  pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
+  pkg_check_modules(httplib REQUIRED IMPORTED_TARGET cpp-httplib)
+endif()

@@ -1,5 +1,7 @@
 # One way to declare a library or a program, so that warnings, sanitizers and include paths are the same everywhere.
 
+include(GNUInstallDirs)
+
 find_program(KARVEX_CCACHE ccache)
 if(KARVEX_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${KARVEX_CCACHE}")
@@ -11,8 +13,7 @@ target_compile_options(karvex_options INTERFACE
   -Wcast-align -Wformat=2 -Werror
   # A record made with designated initializers leaves out what keeps its default.
   -Wno-missing-field-initializers)
-target_include_directories(karvex_options INTERFACE
-  "$<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>" "$<INSTALL_INTERFACE:include/karvex>")
+target_include_directories(karvex_options INTERFACE "${PROJECT_SOURCE_DIR}")
 if(KARVEX_SANITIZE)
   target_compile_options(karvex_options INTERFACE
     "-fsanitize=${KARVEX_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -20,15 +21,22 @@ if(KARVEX_SANITIZE)
 endif()
 
 # karvex_library(NAME SOURCES ... [PUBLIC target...] [PRIVATE target...]) makes karvex_NAME, known as karvex::NAME.
+# Whoever uses an installed one compiles with flags of their own: only the language and the include path go along.
 function(karvex_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   if(ARG_SOURCES)
     add_library(karvex_${name} STATIC ${ARG_SOURCES})
-    target_link_libraries(karvex_${name} PUBLIC karvex_options ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+    set(users PUBLIC)
   else()
     add_library(karvex_${name} INTERFACE)
-    target_link_libraries(karvex_${name} INTERFACE karvex_options ${ARG_PUBLIC})
+    set(users INTERFACE)
   endif()
+  target_link_libraries(karvex_${name} ${users} $<BUILD_INTERFACE:karvex_options> ${ARG_PUBLIC})
+  if(ARG_PRIVATE)
+    target_link_libraries(karvex_${name} PRIVATE ${ARG_PRIVATE})
+  endif()
+  target_compile_features(karvex_${name} ${users} cxx_std_20)
+  target_include_directories(karvex_${name} ${users} "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/karvex>")
   add_library(karvex::${name} ALIAS karvex_${name})
 endfunction()
 

@@ -1,0 +1,20 @@
+#include "MIDIKitCore/AssignableController.hpp"
+
+#include "MIDIKitCore/FieldHash.hpp"
+#include "MIDIKitCore/ParameterNumberText.hpp"
+
+namespace midikit::core {
+
+std::string AssignableController::description() const {
+  return kind_ == Kind::null
+             ? "null"
+             : detail::dataEntryText("raw(param: " + parameter_.description() + ", ", msb_, lsb_);
+}
+
+}  // namespace midikit::core
+
+std::size_t std::hash<midikit::core::AssignableController>::operator()(
+    const midikit::core::AssignableController& parameter) const noexcept {
+  return midikit::core::detail::hashOf(parameter.kind(), parameter.parameterNumber(),
+                                       parameter.dataEntryMSB(), parameter.dataEntryLSB());
+}

@@ -1,0 +1,139 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "MIDIKitCore/ChanVoiceEvents.hpp"
+#include "MIDIKitCore/ParameterNumberEvents.hpp"
+#include "MIDIKitCore/SystemEvents.hpp"
+
+// The messages of the MIDI 1.0 specification that records stand for, in the form that byte streams and
+// packets share: status, first and second data byte in the lower 24 bits of an integer, 0 for a data byte
+// that there isn't.
+
+namespace midikit::core::detail {
+
+constexpr std::uint32_t message(unsigned status, unsigned data1 = 0, unsigned data2 = 0) {
+  return status << 16 | data1 << 8 | data2;
+}
+
+constexpr std::uint32_t midi1Message(const NoteOn& event) {
+  const ChanVoice7Bit16BitValue& velocity = event.velocity();
+  unsigned sent = velocity.midi1Value().value();
+  unsigned status = 0x90;
+  if (sent == 0) {
+    // Velocity 0 would end the note: what was given as a 16-bit velocity never does that by accident.
+    if (velocity.form() == ChanVoiceValueForm::midi2) {
+      sent = 1;
+    } else if (event.midi1ZeroVelocityAsNoteOff) {
+      status = 0x80;
+    }
+  }
+  return message(status | event.channel.value(), event.note.number.value(), sent);
+}
+
+constexpr std::uint32_t midi1Message(const NoteOff& event) {
+  return message(0x80U | event.channel.value(), event.note.number.value(),
+                 event.velocity().midi1Value().value());
+}
+
+constexpr std::uint32_t midi1Message(const NotePressure& event) {
+  return message(0xA0U | event.channel.value(), event.note.number.value(),
+                 event.amount().midi1Value().value());
+}
+
+constexpr std::uint32_t midi1Message(const CC& event) {
+  return message(0xB0U | event.channel.value(), event.controller.number().value(),
+                 event.value().midi1Value().value());
+}
+
+/// Without the bank, which takes messages of its own.
+constexpr std::uint32_t midi1Message(const ProgramChange& event) {
+  return message(0xC0U | event.channel.value(), event.program.value());
+}
+
+constexpr std::uint32_t midi1Message(const Pressure& event) {
+  return message(0xD0U | event.channel.value(), event.amount().midi1Value().value());
+}
+
+constexpr std::uint32_t midi1Message(const PitchBend& event) {
+  const BytePair bend = event.value().midi1Value().bytePair();
+  return message(0xE0U | event.channel.value(), bend.lsb, bend.msb);
+}
+
+constexpr std::uint32_t midi1Message(const TimecodeQuarterFrame& event) {
+  return message(0xF1, event.dataByte.value());
+}
+
+constexpr std::uint32_t midi1Message(const SongPositionPointer& event) {
+  const BytePair beat = event.midiBeat.bytePair();
+  return message(0xF2, beat.lsb, beat.msb);
+}
+
+constexpr std::uint32_t midi1Message(const SongSelect& event) {
+  return message(0xF3, event.number.value());
+}
+constexpr std::uint32_t midi1Message(const UnofficialBusSelect& event) {
+  return message(0xF5, event.bus.value());
+}
+constexpr std::uint32_t midi1Message(const TuneRequest&) {
+  return message(0xF6);
+}
+constexpr std::uint32_t midi1Message(const TimingClock&) {
+  return message(0xF8);
+}
+constexpr std::uint32_t midi1Message(const Start&) {
+  return message(0xFA);
+}
+constexpr std::uint32_t midi1Message(const Continue&) {
+  return message(0xFB);
+}
+constexpr std::uint32_t midi1Message(const Stop&) {
+  return message(0xFC);
+}
+constexpr std::uint32_t midi1Message(const ActiveSensing&) {
+  return message(0xFE);
+}
+constexpr std::uint32_t midi1Message(const SystemReset&) {
+  return message(0xFF);
+}
+
+/// The size in bytes of the message with that status byte.
+constexpr std::size_t midi1MessageSize(unsigned status) {
+  constexpr std::array<std::uint8_t, 16> bySystemStatus = {0, 2, 3, 2, 0, 2, 1, 0, 1, 0, 1, 1, 1, 0, 1, 1};
+  constexpr std::array<std::uint8_t, 8> byOpcode = {3, 3, 3, 3, 2, 2, 3, 0};
+  return status < 0xF0 ? byOpcode[status >> 4 & 7] : bySystemStatus[status & 15];
+}
+
+/// A handful of messages.
+struct MIDI1Messages {
+  constexpr void add(std::uint32_t message) { messages[size++] = message; }
+
+  std::array<std::uint32_t, 4> messages{};
+  std::size_t size = 0;
+};
+
+/// The control changes that carry a parameter number and its data entry. Whether the change is relative isn't
+/// told.
+template <MIDIParameterNumberEvent Event>
+constexpr MIDI1Messages midi1Messages(const Event& event) {
+  const unsigned status = 0xB0U | event.channel.value();
+  MIDI1Messages run;
+  const auto add = [&](Controller controller, UInt7 value) {
+    run.add(message(status, controller.number().value(), value.value()));
+  };
+  const UInt7Pair number = event.parameter.parameterNumber();
+  add(Event::parameterMSBController, number.msb);
+  add(Event::parameterLSBController, number.lsb);
+  if (const auto msb = event.parameter.dataEntryMSB()) {
+    add(Controller::dataEntry, *msb);
+  }
+  if (const auto lsb = event.parameter.dataEntryLSB()) {
+    add(Controller::lsb(Controller::LSB::dataEntry), *lsb);
+  }
+  return run;
+}
+
+}  // namespace midikit::core::detail

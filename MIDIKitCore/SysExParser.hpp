@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "MIDIKitCore/MIDIEvent.hpp"
+#include "MIDIKitCore/ParseError.hpp"
+#include "MIDIKitCore/UInt4.hpp"
+#include "MIDIKitInternals/Result.hpp"
+
+namespace midikit::core {
+
+// Turns one complete system exclusive message into its event. No bytes at all are `rawBytesEmpty`, whatever
+// else is wrong is `malformed`; nothing is cut off or mended. Pure functions: any thread.
+
+using SysExResult = internals::Result<MIDIEvent, ParseError>;
+
+/// `rawBytes` is a whole message of a MIDI 1.0 byte stream: 0xF0, the body, and 0xF7, which may be missing.
+SysExResult parseSysEx7(std::span<const std::uint8_t> rawBytes, UInt4 group = {});
+
+/// The same from hexadecimal text, as in "F0 41 01 F7": two digits a byte, in either case, with white space
+/// anywhere.
+SysExResult parseSysEx7Hex(std::string_view text, UInt4 group = {});
+
+/// `body` is what stands between 0xF0 and 0xF7: all that a message of Universal MIDI Packets sends.
+SysExResult parseSysEx7Body(std::span<const std::uint8_t> body, UInt4 group = {});
+
+/// `body` is the stream ID and behind it the message as Universal MIDI Packets send it.
+SysExResult parseSysEx8(std::span<const std::uint8_t> body, UInt4 group = {});
+
+}  // namespace midikit::core

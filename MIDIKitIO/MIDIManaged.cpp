@@ -1,0 +1,10 @@
+#include "MIDIKitIO/MIDIManaged.hpp"
+
+#include "MIDIKitIO/MIDIManager.hpp"
+
+namespace midikit::io {
+
+MIDIManaged::MIDIManaged(const std::shared_ptr<MIDIManager>& manager, CoreMIDIAPIVersion api)
+    : midiManager_(manager), service_(manager->service()), api_(api.validOn(service_->platformVersion())) {}
+
+}  // namespace midikit::io

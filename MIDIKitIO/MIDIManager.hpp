@@ -1,0 +1,154 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "MIDIKitIO/CoreMIDIAPIVersion.hpp"
+#include "MIDIKitIO/MIDIIONotification.hpp"
+#include "MIDIKitIO/MIDIIORawNotification.hpp"
+#include "MIDIKitIO/ManagedObjects.hpp"
+#include "MIDIKitIO/ManagedType.hpp"
+#include "MIDIKitIO/objects/MIDIDevices.hpp"
+#include "MIDIKitIO/objects/MIDIEndpoints.hpp"
+#include "MIDIKitIO/objects/MIDIIOObjectCache.hpp"
+#include "MIDIKitIO/platform/MIDIService.hpp"
+#include "MIDIKitInternals/ThreadSafeAccess.hpp"
+#include "foundation/Runtime.hpp"
+#include "foundation/SerialQueue.hpp"
+
+namespace midikit::io {
+
+/// What a manager is made of.
+struct MIDIManagerSettings {
+  std::shared_ptr<MIDIService> service;
+  /// Its main queue carries the notification handler. Must outlive the manager.
+  karvex::foundation::Runtime& runtime;
+  /// How the program is called towards the platform.
+  std::string clientName;
+  /// Written to each virtual endpoint that the manager makes.
+  std::string model;
+  std::string manufacturer;
+};
+
+/// The root of the layer: the program's connection to the platform's MIDI service, the current lists of
+/// devices and endpoints, and every port, virtual endpoint and connection that the program makes.
+///
+/// Three kinds of threads come here. What changes the managed objects hops onto eventQueue and waits for it,
+/// so start(), remove() and removeAll() must not be called on that queue. A change of the setup is worked up
+/// on the platform's notification thread: the lists are up to date before the handler is queued on the main
+/// queue. All other operations may be called on any thread and give copies of one moment; no handler,
+/// observer or managed object is called under a lock.
+///
+/// When the manager goes, the managed objects go; the client stays until the process ends, and what the
+/// platform still tells is passed over.
+class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
+ public:
+  /// Told of a change of the setup, on the main queue. The manager lives during the call. It must not throw.
+  using NotificationHandler = std::function<void(const MIDIIONotification&, MIDIManager&)>;
+
+  /// A manager without a client and with empty lists.
+  static std::shared_ptr<MIDIManager> create(MIDIManagerSettings settings,
+                                             NotificationHandler notificationHandler = nullptr);
+  virtual ~MIDIManager() = default;
+  MIDIManager(const MIDIManager&) = delete;
+  MIDIManager& operator=(const MIDIManager&) = delete;
+
+  /// Makes the client and fills the lists. Does nothing once it has succeeded; may be tried again.
+  /// @throws MIDIIOError `osStatus`
+  void start();
+
+  /// Replaces the lists by those of this moment. On the calling thread.
+  virtual void refreshObjects();
+
+  /// Lets go of managed objects, which takes them off the platform. A tag that isn't there is no error.
+  void remove(ManagedType type, const TagSelection& selection);
+  /// Lets go of all managed objects, in the order of ManagedType.
+  void removeAll();
+
+  const std::string& clientName() const { return settings_.clientName; }
+  const std::string& model() const { return settings_.model; }
+  const std::string& manufacturer() const { return settings_.manufacturer; }
+  /// 0 until start() has succeeded.
+  MIDIObjectRef coreMIDIClientRef() const;
+
+  /// The interface that objects are made with from now on. On a platform that is too old for the newer one,
+  /// the older one is stored whatever is set.
+  CoreMIDIAPIVersion preferredAPI() const;
+  void setPreferredAPI(CoreMIDIAPIVersion api);
+
+  /// The lists as of the last refresh.
+  MIDIDevices devices() const;
+  MIDIEndpoints endpoints() const;
+
+  /// @name The managed objects by their tags
+  /// @{
+  ManagedObjects::Connections managedInputConnections() const;
+  ManagedObjects::Connections managedOutputConnections() const;
+  ManagedObjects::Endpoints managedInputs() const;
+  ManagedObjects::Endpoints managedOutputs() const;
+  /// Non-persistent ones alone: the platform keeps the others.
+  ManagedObjects::Connections managedThruConnections() const;
+  /// @}
+
+  /// Whoever is told of changes. A change that came in while there was none stays untold.
+  NotificationHandler notificationHandler() const;
+  void setNotificationHandler(NotificationHandler handler);
+
+  /// The lists by which an object that was removed is named: those from before the last change that was none
+  /// but a removal. None before the first such change.
+  std::optional<MIDIIOObjectCache> notificationCache() const;
+
+  const std::shared_ptr<MIDIService>& service() const { return settings_.service; }
+  /// All changes of the managed objects, and what they receive. Its label names the client.
+  const std::shared_ptr<karvex::foundation::SerialQueue>& eventQueue() const { return eventQueue_; }
+
+ protected:
+  /// Whoever derives calls adopt() when the object is in its shared pointer.
+  explicit MIDIManager(MIDIManagerSettings settings);
+
+  /// The last step of creation: what refers back to the manager is set.
+  virtual void adopt();
+
+  /// Runs `work` on eventQueue, and returns what it returns or throws what it throws.
+  template <class Work>
+  decltype(auto) onEventQueue(Work&& work) {
+    return eventQueue_->runSynchronously(settings_.runtime, std::forward<Work>(work));
+  }
+
+  /// To be changed on eventQueue.
+  ManagedObjects& managedObjects() { return managed_; }
+
+  /// Numbers the walks over the platform's lists. Several threads may refresh at once, and a list must not be
+  /// replaced by that of a walk which began earlier: it would stay behind until the next change.
+  std::uint64_t beginWalk() { return ++walks_; }
+
+ private:
+  /// What several threads read and write.
+  struct State {
+    MIDIObjectRef clientRef = 0;
+    CoreMIDIAPIVersion preferredAPI;
+    MIDIDevices devices;
+    std::uint64_t devicesWalk = 0;
+    MIDIEndpoints endpoints;
+    std::uint64_t endpointsWalk = 0;
+    NotificationHandler notificationHandler;
+    std::shared_ptr<const MIDIIOObjectCache> notificationCache;
+  };
+
+  void handle(const MIDINotification& message) noexcept;
+  std::shared_ptr<const MIDIIOObjectCache> objects() const;
+  void send(MIDIIONotification notification);
+
+  const MIDIManagerSettings settings_;
+  const std::shared_ptr<karvex::foundation::SerialQueue> eventQueue_;
+  std::atomic<std::uint64_t> walks_ = 0;
+  mutable internals::ThreadSafeAccess<State> state_;
+  ManagedObjects managed_;
+};
+
+}  // namespace midikit::io

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "MIDIKitIO/MIDIManager.hpp"
+#include "foundation/Published.hpp"
+
+namespace midikit::io {
+
+/// A manager whose lists can be observed, for user interfaces.
+///
+/// Observers are called on the thread that refreshes the lists, which is the platform's notification thread
+/// for a change of the setup, and always before the notification handler is queued. Who refreshes from
+/// several threads at once can be told an older list behind a newer one; get() gives the newest.
+class ObservableMIDIManager final : public MIDIManager {
+ public:
+  /// As MIDIManager's.
+  using NotificationHandler = std::function<void(const MIDIIONotification&, ObservableMIDIManager&)>;
+
+  /// A manager without a client and with empty lists.
+  static std::shared_ptr<ObservableMIDIManager> create(MIDIManagerSettings settings,
+                                                       NotificationHandler notificationHandler = nullptr);
+
+  /// The lists of the last refresh, by a walk of their own. To be written by refreshObjects() alone.
+  karvex::foundation::Published<MIDIDevices> observableDevices;
+  karvex::foundation::Published<MIDIEndpoints> observableEndpoints;
+
+  void refreshObjects() override;
+
+  void setNotificationHandler(NotificationHandler handler);
+
+ private:
+  using MIDIManager::MIDIManager;
+  void adopt() override;
+
+  std::uint64_t devicesWalk_ = 0;    ///< touched by changes of observableDevices alone
+  std::uint64_t endpointsWalk_ = 0;  ///< touched by changes of observableEndpoints alone
+};
+
+}  // namespace midikit::io

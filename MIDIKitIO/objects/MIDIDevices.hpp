@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+#include "MIDIKitIO/objects/MIDIDevice.hpp"
+#include "MIDIKitIO/objects/MIDIEndpoint.hpp"
+
+namespace midikit::io {
+
+/// The devices of one moment, in the platform's order.
+struct MIDIDevices {
+  std::vector<MIDIDevice> devices;
+
+  /// Replaces the list by that of this moment.
+  void refresh(const MIDIService& service);
+
+  /// The endpoints of each device as they are at the moment of the call.
+  std::unordered_map<MIDIDevice, std::vector<MIDIInputEndpoint>> inputsByDevice(
+      const MIDIService& service) const;
+  std::unordered_map<MIDIDevice, std::vector<MIDIOutputEndpoint>> outputsByDevice(
+      const MIDIService& service) const;
+
+  friend bool operator==(const MIDIDevices&, const MIDIDevices&) = default;
+};
+
+}  // namespace midikit::io
+
+template <>
+struct std::hash<midikit::io::MIDIDevices> {
+  std::size_t operator()(const midikit::io::MIDIDevices& devices) const noexcept;
+};

@@ -1,0 +1,57 @@
+#include "MIDIKitIO/objects/MIDIEndpoints.hpp"
+
+#include <cstdint>
+#include <set>
+
+#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/objects/Hash.hpp"
+#include "MIDIKitIO/objects/SystemObjects.hpp"
+
+namespace midikit::io {
+namespace {
+
+template <class Endpoint>
+std::vector<Endpoint> without(const std::vector<Endpoint>& endpoints,
+                              const ManagedObjects::Endpoints& managed) {
+  std::set<std::int32_t> owned;
+  for (const auto& [tag, object] : managed) {
+    if (const auto uniqueID = object->uniqueID()) {
+      owned.insert(*uniqueID);
+    }
+  }
+  std::vector<Endpoint> others;
+  others.reserve(endpoints.size());
+  for (const auto& endpoint : endpoints) {
+    if (!owned.contains(endpoint.uniqueID)) {
+      others.push_back(endpoint);
+    }
+  }
+  return others;
+}
+
+}  // namespace
+
+void MIDIEndpoints::refresh(const MIDIService& service) {
+  inputs = systemDestinations(service);
+  outputs = systemSources(service);
+  const auto owner = manager.lock();
+  inputsUnowned = owner ? without(inputs, owner->managedInputs()) : inputs;
+  outputsUnowned = owner ? without(outputs, owner->managedOutputs()) : outputs;
+}
+
+bool operator==(const MIDIEndpoints& a, const MIDIEndpoints& b) {
+  return a.manager.lock() == b.manager.lock() && a.inputs == b.inputs && a.inputsUnowned == b.inputsUnowned &&
+         a.outputs == b.outputs && a.outputsUnowned == b.outputsUnowned;
+}
+
+}  // namespace midikit::io
+
+std::size_t std::hash<midikit::io::MIDIEndpoints>::operator()(
+    const midikit::io::MIDIEndpoints& endpoints) const noexcept {
+  std::size_t seed = 0;
+  midikit::io::addListToHash(seed, endpoints.inputs);
+  midikit::io::addListToHash(seed, endpoints.inputsUnowned);
+  midikit::io::addListToHash(seed, endpoints.outputs);
+  midikit::io::addListToHash(seed, endpoints.outputsUnowned);
+  return seed;
+}

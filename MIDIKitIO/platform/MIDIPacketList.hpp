@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace midikit::io {
+
+/// One packet of a list: the bytes of whole MIDI 1.0 messages that share a moment.
+struct MIDIPacketView {
+  std::uint64_t timeStamp = 0;  ///< in units of MIDIService::machAbsoluteTime
+  std::span<const std::uint8_t> bytes;
+};
+
+/// A byte-oriented list of packets in a buffer whose size its maker fixes. Its bookkeeping takes `headerSize`
+/// bytes of that buffer, and each packet `packetHeaderSize` beside its own bytes.
+class MIDIPacketList {
+ public:
+  static constexpr std::size_t headerSize = 4;
+  static constexpr std::size_t packetHeaderSize = 10;
+
+  /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`).
+  explicit MIDIPacketList(std::size_t size);
+
+  /// Adds one packet behind the others (`MIDIPacketListAdd`). False, and nothing changes, when the buffer has
+  /// no room for it.
+  [[nodiscard]] bool add(std::uint64_t timeStamp, std::span<const std::uint8_t> bytes);
+
+  [[nodiscard]] std::size_t packetCount() const { return packets_.size(); }
+  [[nodiscard]] MIDIPacketView packet(std::size_t index) const;
+
+ private:
+  struct Place {
+    std::uint64_t timeStamp;
+    std::size_t offset;
+    std::size_t length;
+  };
+
+  std::size_t size_;
+  std::size_t used_ = headerSize;
+  std::vector<std::uint8_t> bytes_;
+  std::vector<Place> packets_;
+};
+
+}  // namespace midikit::io

@@ -1,0 +1,196 @@
+#include "MIDIKitCore/MIDIEvent.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <concepts>
+#include <cstdint>
+#include <type_traits>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "tests/MIDIKitCore/Events.hpp"
+
+namespace midikit::core {
+namespace {
+
+using namespace literals;
+using Velocity = ChanVoice7Bit16BitValue;
+using Amount = ChanVoice7Bit32BitValue;
+using Bend = ChanVoice14Bit32BitValue;
+using Kind = MIDIEvent::Kind;
+
+const std::array<std::uint8_t, 3> data = {1, 2, 3};
+
+/// One event of each case, in their order, each in another group as far as there are groups.
+Events oneOfEach() {
+  const auto manufacturer = SysExManufacturer::oneByte(0x41_u7);
+  const auto realTime = UniversalSysExType::realTime;
+  return {
+      MIDIEvent::noteOn(60_u7, Velocity::midi1(64_u7), 1_u4, 0_u4),
+      MIDIEvent::noteOff(60_u7, Velocity::midi1(64_u7), 1_u4, 1_u4),
+      MIDIEvent::noteCC(60_u7, PerNoteController::assignable(9), ChanVoice32BitValue::midi2(5), 1_u4, 2_u4),
+      MIDIEvent::notePitchBend(60_u7, ChanVoice32BitValue::midi2(5), 1_u4, 3_u4),
+      MIDIEvent::notePressure(60_u7, Amount::midi1(64_u7), 1_u4, 4_u4),
+      MIDIEvent::noteManagement(60_u7, OptionFlags(), 1_u4, 5_u4),
+      MIDIEvent::cc(7_u7, Amount::midi1(64_u7), 1_u4, 6_u4),
+      MIDIEvent::programChange(5_u7, 1_u4, 7_u4),
+      MIDIEvent::pitchBend(Bend::midi1(64_u14), 1_u4, 8_u4),
+      MIDIEvent::pressure(Amount::midi1(64_u7), 1_u4, 9_u4),
+      MIDIEvent::rpn(RegisteredController::null(), 1_u4, 10_u4),
+      MIDIEvent::nrpn(AssignableController::null(), 1_u4, 11_u4),
+      *MIDIEvent::sysEx7(manufacturer, data, 12_u4),
+      *MIDIEvent::universalSysEx7(realTime, 1_u7, 2_u7, 3_u7, data, 13_u4),
+      MIDIEvent::sysEx8(manufacturer, SysExData(data), std::uint8_t{4}, 14_u4),
+      MIDIEvent::universalSysEx8(realTime, 1_u7, 2_u7, 3_u7, SysExData(data), std::uint8_t{4}, 15_u4),
+      MIDIEvent::timecodeQuarterFrame(5_u7, 0_u4),
+      MIDIEvent::songPositionPointer(5_u14, 1_u4),
+      MIDIEvent::songSelect(5_u7, 2_u4),
+      MIDIEvent::unofficialBusSelect(5_u7, 3_u4),
+      MIDIEvent::tuneRequest(4_u4),
+      MIDIEvent::timingClock(5_u4),
+      MIDIEvent::start(6_u4),
+      MIDIEvent::continue_(7_u4),
+      MIDIEvent::stop(8_u4),
+      MIDIEvent::activeSensing(9_u4),
+      MIDIEvent::systemReset(10_u4),
+      MIDIEvent::noOp(11_u4),
+      MIDIEvent::jrClock(std::uint16_t{5}, 12_u4),
+      MIDIEvent::jrTimestamp(std::uint16_t{5}, 13_u4),
+  };
+}
+
+TEST(MIDIEventTest, EveryCaseHasItsKindItsGroupAndAnIdentity) {
+  const Events events = oneOfEach();
+  ASSERT_EQ(events.size(), MIDIEvent::kindCount);
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(static_cast<std::size_t>(events[i].kind()), i);
+    EXPECT_EQ(events[i].group().value(), i % 16);
+    EXPECT_EQ(events[i].isSysEx(), i >= 12 && i <= 15);
+    for (std::size_t other = 0; other < events.size(); ++other) {
+      EXPECT_EQ(events[i] == events[other], i == other);
+    }
+  }
+}
+
+TEST(MIDIEventTest, CopiesAndMovesKeepTheValue) {
+  const Events events = oneOfEach();
+  for (const MIDIEvent& event : events) {
+    SCOPED_TRACE(event.debugDescription());
+    MIDIEvent copy = event;
+    EXPECT_EQ(copy, event);
+    MIDIEvent moved = std::move(copy);
+    EXPECT_EQ(moved, event);
+    for (const MIDIEvent& other : events) {
+      MIDIEvent assigned = other;
+      assigned = event;
+      EXPECT_EQ(assigned, event);
+      assigned = MIDIEvent(other);
+      EXPECT_EQ(assigned, other);
+    }
+    MIDIEvent& self = moved;
+    moved = self;
+    EXPECT_EQ(moved, event);
+    moved = std::move(self);
+    EXPECT_EQ(moved, event);
+  }
+  EXPECT_EQ(Events(events), events);
+}
+
+TEST(MIDIEventTest, GivesItsPayloadByType) {
+  MIDIEvent event = MIDIEvent::noteOn(60_u7, Velocity::midi1(64_u7), 1_u4);
+  EXPECT_TRUE(event.is<NoteOn>());
+  EXPECT_EQ(event.as<NoteOff>(), nullptr);
+  ASSERT_NE(event.as<NoteOn>(), nullptr);
+  event.as<NoteOn>()->channel = 2_u4;
+  event.as<NoteOn>()->_velocity = Velocity::unitInterval(7.0);
+  EXPECT_EQ(event, MIDIEvent::noteOn(60_u7, Velocity::unitInterval(1.0), 2_u4));
+  EXPECT_EQ(std::as_const(event).as<MIDIEvent::NoteOn>()->velocity().form(),
+            ChanVoiceValueForm::unitInterval);
+}
+
+TEST(MIDIEventTest, VisitCallsTheHandlerOfTheRecord) {
+  const auto channelOf = [](const MIDIEvent& event) {
+    return event.visit([](const NoteOn& note) { return note.channel.value() + 100; },
+                       []<class Record>(const Record& record) {
+                         if constexpr (requires { record.channel; }) {
+                           return record.channel == 1_u4 ? 1 : -1;
+                         } else {
+                           return 0;
+                         }
+                       });
+  };
+  int position = 0;
+  for (const MIDIEvent& event : oneOfEach()) {
+    EXPECT_EQ(channelOf(event), position == 0 ? 101 : position < 12 ? 1 : 0) << position;
+    ++position;
+  }
+  MIDIEvent event = MIDIEvent::cc(7_u7, Amount::midi1(64_u7), 1_u4);
+  event.visit([](CC& cc) { cc.controller = Controller::sustainPedal; }, [](auto&) {});
+  EXPECT_EQ(event, MIDIEvent::cc(Controller::sustainPedal, Amount::midi1(64_u7), 1_u4));
+}
+
+TEST(MIDIEventTest, TellsTheFieldsOfEqualRecordsApart) {
+  const auto note = [](auto... last) {
+    return MIDIEvent::noteOn(60_u7, Velocity::midi1(64_u7), NoteAttribute::profileSpecific(5), last...);
+  };
+  const MIDIEvent event = note(1_u4, 2_u4, true);
+  EXPECT_EQ(event, note(1_u4, 2_u4, true));
+  for (const MIDIEvent& other :
+       {note(1_u4, 2_u4, false), note(1_u4, 3_u4, true), note(2_u4, 2_u4, true),
+        MIDIEvent::noteOn(60_u7, Velocity::midi1(64_u7), 1_u4, 2_u4, true),
+        MIDIEvent::noteOn(60_u7, Velocity::midi1(65_u7), NoteAttribute::profileSpecific(5), 1_u4, 2_u4, true),
+        MIDIEvent::noteOn(MIDINote(60_u7, MIDINote::Style::roland), Velocity::midi1(64_u7),
+                          NoteAttribute::profileSpecific(5), 1_u4, 2_u4, true)}) {
+    EXPECT_NE(event, other) << other.debugDescription();
+    EXPECT_NE(std::hash<MIDIEvent>()(event), std::hash<MIDIEvent>()(other)) << other.debugDescription();
+  }
+}
+
+TEST(MIDIEventTest, ComparesValuesAcrossTheirForms) {
+  const MIDIEvent seven = MIDIEvent::cc(7_u7, Amount::midi1(64_u7), 0_u4);
+  const MIDIEvent word = MIDIEvent::cc(7_u7, Amount::midi2(0x80000001), 0_u4);
+  EXPECT_TRUE(word == seven);
+  EXPECT_FALSE(seven == word);
+  EXPECT_NE(std::hash<MIDIEvent>()(word), std::hash<MIDIEvent>()(seven));
+}
+
+TEST(MIDIEventTest, HashesEqualEventsAlike) {
+  std::unordered_set<MIDIEvent> set;
+  for (const MIDIEvent& event : oneOfEach()) {
+    set.insert(event);
+  }
+  for (const MIDIEvent& event : oneOfEach()) {
+    EXPECT_TRUE(set.contains(event)) << event.debugDescription();
+  }
+  EXPECT_EQ(set.size(), MIDIEvent::kindCount);
+}
+
+TEST(MIDIEventTest, CopiesOfASystemExclusiveEventShareItsBytes) {
+  const MIDIEvent event = *MIDIEvent::sysEx7(SysExManufacturer::oneByte(1_u7), data);
+  const MIDIEvent copy = event;
+  EXPECT_EQ(copy.as<SysEx7>()->data.data(), event.as<SysEx7>()->data.data());
+}
+
+TEST(MIDIEventTest, RefusesSystemExclusiveBytesOfEightBits) {
+  const std::array<std::uint8_t, 2> tooLarge = {0x7F, 0x80};
+  const auto result = MIDIEvent::sysEx7(SysExManufacturer::oneByte(1_u7), tooLarge);
+  ASSERT_FALSE(result);
+  EXPECT_EQ(result.error(), MIDIEvent::ParseError::malformed);
+  EXPECT_FALSE(MIDIEvent::universalSysEx7(UniversalSysExType::realTime, 1_u7, 2_u7, 3_u7, tooLarge));
+}
+
+// Events can be constants, and are small.
+constexpr MIDIEvent constant = MIDIEvent::pitchBend(Bend::bipolarUnitInterval(0.0), 1_u4);
+constexpr MIDIEvent constantCopy = constant;
+static_assert(constantCopy == MIDIEvent::pitchBend(Bend::midi1(8192_u14), 1_u4));
+static_assert(constant.as<PitchBend>()->value().midi2Value() == 0x80000000);
+static_assert(sizeof(MIDIEvent) == 32);
+static_assert(std::is_nothrow_move_constructible_v<MIDIEvent> &&
+              std::is_nothrow_copy_constructible_v<MIDIEvent>);
+static_assert(std::is_trivially_copyable_v<NoteOn> && std::is_trivially_copyable_v<RPN>);
+
+}  // namespace
+}  // namespace midikit::core

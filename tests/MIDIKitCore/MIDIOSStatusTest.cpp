@@ -1,0 +1,91 @@
+#include "MIDIKitCore/MIDIOSStatus.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <set>
+#include <string>
+
+namespace midikit::core {
+namespace {
+
+struct Row {
+  MIDIOSStatus::Named status;
+  std::int32_t number;
+  const char* text;
+};
+
+constexpr Row named[] = {
+    {MIDIOSStatus::invalidClient, -10830, "An invalid MIDIClientRef was passed. (kMIDIInvalidClient)"},
+    {MIDIOSStatus::invalidPort, -10831, "An invalid MIDIPortRef was passed. (kMIDIInvalidPort)"},
+    {MIDIOSStatus::wrongEndpointType, -10832,
+     "A source endpoint was passed to a function expecting a destination, or vice versa. "
+     "(kMIDIWrongEndpointType)"},
+    {MIDIOSStatus::noConnection, -10833, "Attempt to close a non-existent connection. (kMIDINoConnection)"},
+    {MIDIOSStatus::unknownEndpoint, -10834, "An invalid MIDIEndpointRef was passed. (kMIDIUnknownEndpoint)"},
+    {MIDIOSStatus::unknownProperty, -10835,
+     "Attempt to query a property not set on the object. (kMIDIUnknownProperty)"},
+    {MIDIOSStatus::wrongPropertyType, -10836,
+     "Attempt to set a property with a value not of the correct type. (kMIDIWrongPropertyType)"},
+    {MIDIOSStatus::noCurrentSetup, -10837,
+     "Internal error; there is no current MIDI setup object. (kMIDINoCurrentSetup)"},
+    {MIDIOSStatus::messageSendErr, -10838, "Communication with MIDIServer failed. (kMIDIMessageSendErr)"},
+    {MIDIOSStatus::serverStartErr, -10839, "Unable to start MIDIServer. (kMIDIServerStartErr)"},
+    {MIDIOSStatus::setupFormatErr, -10840, "Unable to read the saved state. (kMIDISetupFormatErr)"},
+    {MIDIOSStatus::wrongThread, -10841,
+     "A driver is calling a non-I/O function in the server from a thread other than the server's main "
+     "thread. (kMIDIWrongThread)"},
+    {MIDIOSStatus::objectNotFound, -10842, "The requested object does not exist. (kMIDIObjectNotFound)"},
+    {MIDIOSStatus::idNotUnique, -10843,
+     "Attempt to set a non-unique kMIDIPropertyUniqueID on an object. (kMIDIIDNotUnique)"},
+    {MIDIOSStatus::notPermitted, -10844,
+     "The process does not have privileges for the requested operation. (kMIDINotPermitted)"},
+    {MIDIOSStatus::unknownError, -10845,
+     "Internal error; unable to perform the requested operation. (kMIDIUnknownError)"},
+    {MIDIOSStatus::ioError, 7, "I/O Error. (kMIDIMsgIOError)"},
+    {MIDIOSStatus::internalError, -50, "Internal OSStatus error -50."},
+};
+
+TEST(MIDIOSStatus, NamedStatusesHaveTheirNumbersAndTexts) {
+  for (const auto& row : named) {
+    const MIDIOSStatus status = row.status;
+    EXPECT_EQ(status.number(), row.number);
+    EXPECT_EQ(status.text(), row.text);
+    EXPECT_TRUE(MIDIOSStatus::fromNumber(row.number) == row.status) << row.number;
+  }
+}
+
+TEST(MIDIOSStatus, EveryOtherNumberBecomesOther) {
+  std::set<std::int32_t> numbers;
+  for (const auto& row : named) {
+    numbers.insert(row.number);
+  }
+  const auto check = [&](std::int32_t number) {
+    const auto status = MIDIOSStatus::fromNumber(number);
+    EXPECT_EQ(status.number(), number);
+    EXPECT_EQ(status.named().has_value(), numbers.contains(number)) << number;
+    EXPECT_EQ(status == MIDIOSStatus::other(number), !numbers.contains(number)) << number;
+  };
+  for (std::int32_t number = -11000; number <= 11000; ++number) {
+    check(number);
+  }
+  check(std::numeric_limits<std::int32_t>::min());
+  check(std::numeric_limits<std::int32_t>::max());
+}
+
+TEST(MIDIOSStatus, OtherPrintsItsNumber) {
+  EXPECT_EQ(MIDIOSStatus::other(12).text(), "Unknown OSStatus error: 12");
+  EXPECT_EQ(MIDIOSStatus::fromNumber(-10829).text(), "Unknown OSStatus error: -10829");
+  EXPECT_EQ(MIDIOSStatus::fromNumber(0).text(), "Unknown OSStatus error: 0");
+}
+
+TEST(MIDIOSStatus, EqualityTellsCasesAndNumbersApart) {
+  static_assert(MIDIOSStatus::other(12) == MIDIOSStatus::fromNumber(12));
+  static_assert(MIDIOSStatus::other(12) != MIDIOSStatus::other(13));
+  static_assert(MIDIOSStatus::other(-10831) != MIDIOSStatus::invalidPort);
+  static_assert(MIDIOSStatus(MIDIOSStatus::invalidPort) != MIDIOSStatus::invalidClient);
+}
+
+}  // namespace
+}  // namespace midikit::core

@@ -1,0 +1,268 @@
+#include "MIDIKitCore/SysExParser.hpp"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+#include "MIDIKitCore/MIDI1Parser.hpp"
+#include "MIDIKitCore/MIDI2Parser.hpp"
+#include "MIDIKitCore/SysExBytes.hpp"
+#include "MIDIKitCore/SysExIdentity.hpp"
+#include "MIDIKitCore/UMPWords.hpp"
+#include "tests/MIDIKitCore/Events.hpp"
+
+namespace midikit::core {
+namespace {
+
+using namespace literals;
+
+constexpr auto malformed = ParseError::malformed;
+constexpr auto group = 5_u4;
+const auto roland = SysExManufacturer::oneByte(0x41_u7);
+
+SysExResult sysEx7(SysExManufacturer manufacturer, const std::string& data) {
+  return MIDIEvent(*SysEx7::make(manufacturer, bytesOf(data), group));
+}
+
+SysExResult universal7(UniversalSysExType type, const std::string& data) {
+  return MIDIEvent(*UniversalSysEx7::make(type, 0x7F_u7, 6_u7, 1_u7, bytesOf(data), group));
+}
+
+void expectSame(const SysExResult& actual, const SysExResult& expected, const std::string& what) {
+  ASSERT_EQ(actual.hasValue(), expected.hasValue()) << what;
+  if (actual) {
+    EXPECT_EQ(*actual, *expected) << what;
+    EXPECT_EQ(actual->group(), group) << what;
+  } else {
+    EXPECT_EQ(actual.error(), expected.error()) << what;
+  }
+}
+
+struct Case {
+  std::string bytes;
+  SysExResult expected;
+};
+
+TEST(SysExParserTest, ReadsWholeMessages) {
+  using enum UniversalSysExType;
+  const auto zero = SysExManufacturer::threeByte(0_u7, 0_u7);
+  const Case cases[] = {
+      {"", ParseError::rawBytesEmpty},
+      {"F0", malformed},
+      {"F0 F7", malformed},
+      {"41 F7", malformed},
+      {"F7 41", malformed},
+      {"F0 41", sysEx7(roland, "")},
+      {"F0 41 F7", sysEx7(roland, "")},
+      {"F0 41 01 7F", sysEx7(roland, "01 7F")},
+      {"F0 41 01 7F F7", sysEx7(roland, "01 7F")},
+      {"F0 41 F7 01 F7", malformed},
+      {"F0 41 01 F7 F7", malformed},
+      {"F0 41 F0 F7", malformed},
+      {"F0 41 80 F7", malformed},
+      {"F0 80 F7", malformed},
+      {"F0 7D F7", sysEx7(SysExManufacturer::oneByte(0x7D_u7), "")},
+      {"F0 00 00 00 F7", sysEx7(zero, "")},
+      {"F0 00 00 00 05", sysEx7(zero, "05")},
+      {"F0 00 20", malformed},
+      {"F0 00 20 F7", malformed},
+      {"F0 00 80 20 F7", malformed},
+      {"F0 00", malformed},
+      {"F0 7E", malformed},
+      {"F0 7E 7F 06 F7", malformed},
+      {"F0 7E 7F 06 01", malformed},
+      {"F0 7E 7F 06 01 F7", universal7(nonRealTime, "")},
+      {"F0 7F 7F 06 01 F7", universal7(realTime, "")},
+      {"F0 7E 7F 06 01 02", universal7(nonRealTime, "02")},
+      {"F0 7E 7F 06 01 02 F7", universal7(nonRealTime, "02")},
+      {"F0 7E 80 06 01 02 F7", malformed},
+      {"F0 7E 7F 86 01 02 F7", malformed},
+      {"F0 7E 7F 06 81 02 F7", malformed},
+      {"F0 7E 7F 06 01 82 F7", malformed},
+      {"F0 7E 7F 06 01 80", malformed},
+  };
+  for (const auto& [bytes, expected] : cases) {
+    expectSame(parseSysEx7(bytesOf(bytes), group), expected, bytes);
+  }
+}
+
+TEST(SysExParserTest, ReadsHexadecimalText) {
+  const Case cases[] = {
+      {"f0 41 01 f7", sysEx7(roland, "01")},
+      {"F04101F7", sysEx7(roland, "01")},
+      {"\tF\n0 4 1\r\n\v\f0 1 fF 7 ", malformed},
+      {"\tF\n0 4 1\r\n\v\f0 1 f 7 ", sysEx7(roland, "01")},
+      {"F0\u00A041\u200101\u2028\u3000F7\u0085", sysEx7(roland, "01")},
+      {"F0 4a 4F 5B F7", sysEx7(SysExManufacturer::oneByte(0x4A_u7), "4F 5B")},
+      {"F0410", malformed},
+      {"", malformed},
+      {" \n", malformed},
+      {"F0 41 G1 F7", malformed},
+      {"F0 41 +1 F7", malformed},
+      {"F0 41 -1 F7", malformed},
+      {"F0 0x F7", malformed},
+      {"F0,41,01,F7", malformed},
+      {"F0 41 \u00C4 F7", malformed},
+  };
+  for (const auto& [text, result] : cases) {
+    expectSame(parseSysEx7Hex(text, group), result, text);
+  }
+}
+
+TEST(SysExParserTest, ReadsEightBitMessages) {
+  const auto sysEx8 = [](SysExManufacturer manufacturer, const std::string& data) -> SysExResult {
+    return MIDIEvent(SysEx8(manufacturer, SysExData(bytesOf(data)), 5, group));
+  };
+  const auto universal = [](const std::string& data) -> SysExResult {
+    return MIDIEvent(UniversalSysEx8(UniversalSysExType::realTime, 0x7F_u7, 6_u7, 1_u7,
+                                     SysExData(bytesOf(data)), 5, group));
+  };
+  const Case cases[] = {
+      {"", ParseError::rawBytesEmpty},
+      {"05", malformed},
+      {"05 00", malformed},
+      {"05 00 00", malformed},
+      {"05 01 41 01", malformed},
+      {"05 80 80 01", malformed},
+      {"05 00 41", sysEx8(roland, "")},
+      {"05 00 41 F7 80 F0 FF", sysEx8(roland, "F7 80 F0 FF")},
+      {"05 A1 09 01", sysEx8(SysExManufacturer::threeByte(0x21_u7, 9_u7), "01")},
+      {"05 00 7F", malformed},
+      {"05 00 7F 7F 06", malformed},
+      {"05 00 7F 7F 06 81", malformed},
+      {"05 00 7F 7F 06 01", universal("")},
+      {"05 00 7F 7F 06 01 FF", universal("FF")},
+  };
+  for (const auto& [bytes, expected] : cases) {
+    expectSame(parseSysEx8(bytesOf(bytes), group), expected, bytes);
+  }
+}
+
+TEST(SysExParserTest, RecordsOf7BitDataRefuseAnyOtherByte) {
+  for (int byte = 0; byte <= 0xFF; ++byte) {
+    const Bytes data{1, static_cast<std::uint8_t>(byte), 2};
+    const auto event = SysEx7::make(roland, data);
+    const auto universal = UniversalSysEx7::make(UniversalSysExType::realTime, 0_u7, 0_u7, 0_u7, data);
+    ASSERT_EQ(event.hasValue(), byte < 0x80);
+    ASSERT_EQ(universal.hasValue(), byte < 0x80);
+    if (!event) {
+      ASSERT_EQ(event.error(), malformed);
+      ASSERT_EQ(universal.error(), malformed);
+    }
+  }
+}
+
+TEST(SysExParserTest, FramingIsOptional) {
+  const auto event = *SysEx7::make(SysExManufacturer::threeByte(1_u7, 2_u7), bytesOf("03 04"));
+  EXPECT_EQ(sysEx7Bytes(event), bytesOf("F0 00 01 02 03 04 F7"));
+  EXPECT_EQ(sysEx7Bytes(event, {.leading = false}), bytesOf("00 01 02 03 04 F7"));
+  EXPECT_EQ(sysEx7Bytes(event, {.leading = false, .trailing = false}), bytesOf("00 01 02 03 04"));
+  EXPECT_EQ(sysEx7Bytes(identityRequest(0x10_u7), {.trailing = false}), bytesOf("F0 7E 10 06 01"));
+}
+
+TEST(SysExParserTest, IdentityMessagesAreThoseOfTheStandard) {
+  EXPECT_EQ(sysEx7Bytes(identityRequest(0x7F_u7)), bytesOf("F0 7E 7F 06 01 F7"));
+  const DeviceIdentity identity{.manufacturer = SysExManufacturer::threeByte(0x21_u7, 9_u7),
+                                .family = 0x1234_u14,
+                                .model = 0x3F01_u14,
+                                .revision = {1_u7, 2_u7, 3_u7, 4_u7}};
+  EXPECT_EQ(sysEx7Bytes(identityReply(0x10_u7, identity)),
+            bytesOf("F0 7E 10 06 02 00 21 09 34 24 01 7E 01 02 03 04 F7"));
+}
+
+/// The four records with a body of that length; 8-bit ones have bytes of all values.
+Events eventsWithBody(std::size_t length) {
+  const auto data7 = sevenBitBytes(length, 3);
+  Bytes data8(length);
+  for (std::size_t i = 0; i < length; ++i) {
+    data8[i] = static_cast<std::uint8_t>(i * 7);
+  }
+  using enum UniversalSysExType;
+  const auto threeByte = SysExManufacturer::threeByte(0x7F_u7, 0_u7);
+  Events events{*SysEx7::make(roland, data7, group), *SysEx7::make(threeByte, data7, group),
+                *UniversalSysEx7::make(nonRealTime, 1_u7, 2_u7, 3_u7, data7, group)};
+  events.emplace_back(SysEx8(roland, SysExData(data8), 0xFF, group));
+  events.emplace_back(SysEx8(threeByte, SysExData(data8), 0, group));
+  events.emplace_back(UniversalSysEx8(realTime, 1_u7, 2_u7, 3_u7, SysExData(data8), 7, group));
+  return events;
+}
+
+TEST(SysExRoundTripTest, BytesComeBackAsTheSameEvent) {
+  for (std::size_t length = 0; length <= 100; ++length) {
+    for (const auto& event : eventsWithBody(length)) {
+      const auto bytes = event.midi1Bytes();
+      if (bytes.empty()) {
+        continue;
+      }
+      ASSERT_EQ(*parseSysEx7(bytes, group), event);
+      const auto parsed = MIDI1Parser().parsedEvents(bytes, group);
+      // An identifier, a device ID and two sub-IDs are no message to a byte stream, which reads it without
+      // its 0xF7.
+      const bool isHeaderAlone = length == 0 && event.is<UniversalSysEx7>();
+      ASSERT_EQ(parsed, isHeaderAlone ? Events{} : Events{event});
+    }
+  }
+}
+
+TEST(SysExRoundTripTest, PacketsComeBackAsTheSameEventWithTheLastOfThem) {
+  MIDI2Parser parser;
+  for (std::size_t length = 0; length <= 100; ++length) {
+    for (const auto& event : eventsWithBody(length)) {
+      const auto packets = event.umpWords(MIDIProtocolVersion::midi2_0);
+      Events events;
+      for (const auto& packet : packets) {
+        ASSERT_TRUE(events.empty());
+        events = parser.parsedEvents(umpBytes(packet.words()));
+      }
+      ASSERT_EQ(events, Events{event}) << length;
+    }
+  }
+}
+
+TEST(SysExRoundTripTest, AMebibyteIsNoMatter) {
+  constexpr std::size_t length = (std::size_t{1} << 20) - 16;
+  for (const auto& event : eventsWithBody(length)) {
+    if (const auto bytes = event.midi1Bytes(); !bytes.empty()) {
+      ASSERT_TRUE(MIDI1Parser().parsedEvents(bytes, group) == Events{event});
+    }
+    MIDI2Parser parser;
+    Events events;
+    for (const auto& packet : event.umpWords(MIDIProtocolVersion::midi1_0)) {
+      parser.parse(umpBytes(packet.words()), events);
+    }
+    ASSERT_TRUE(events == Events{event});
+  }
+}
+
+TEST(SysExPacketsTest, AreCutAsTheStandardSays) {
+  const auto event7 = [](std::size_t payload) {
+    return MIDIEvent(*SysEx7::make(roland, sevenBitBytes(payload - 1, 1), 2_u4));
+  };
+  const auto event8 = [](std::size_t payload) {
+    return MIDIEvent(SysEx8(roland, SysExData(Bytes(payload - 2, 0xEE)), 5, 2_u4));
+  };
+  const struct {
+    MIDIEvent event;
+    std::vector<UMPPacket> packets;
+  } cases[] = {
+      {event7(1), {{0x32014100, 0}}},
+      {event7(6), {{0x32064101, 0x060B1015}}},
+      {event7(7), {{0x32164101, 0x060B1015}, {0x32311A00, 0}}},
+      {event7(12), {{0x32164101, 0x060B1015}, {0x32361A1F, 0x24292E33}}},
+      {event7(13), {{0x32164101, 0x060B1015}, {0x32261A1F, 0x24292E33}, {0x32313800, 0}}},
+      {event8(2), {{0x52030500, 0x41000000, 0, 0}}},
+      {event8(13), {{0x520E0500, 0x41EEEEEE, 0xEEEEEEEE, 0xEEEEEEEE}}},
+      {event8(14), {{0x521E0500, 0x41EEEEEE, 0xEEEEEEEE, 0xEEEEEEEE}, {0x523205EE, 0, 0, 0}}},
+      {event8(27),
+       {{0x521E0500, 0x41EEEEEE, 0xEEEEEEEE, 0xEEEEEEEE},
+        {0x522E05EE, 0xEEEEEEEE, 0xEEEEEEEE, 0xEEEEEEEE},
+        {0x523205EE, 0, 0, 0}}},
+  };
+  for (const auto& [event, packets] : cases) {
+    EXPECT_EQ(event.umpWords(MIDIProtocolVersion::midi2_0), packets) << event.debugDescription();
+  }
+}
+
+}  // namespace
+}  // namespace midikit::core

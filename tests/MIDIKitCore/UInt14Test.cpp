@@ -1,0 +1,107 @@
+#include "MIDIKitCore/UInt14.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+
+#include "MIDIKitCore/BytePair.hpp"
+#include "MIDIKitCore/Nibbles.hpp"
+#include "MIDIKitCore/UInt7Pair.hpp"
+
+namespace midikit::core {
+namespace {
+
+using namespace literals;
+
+TEST(UInt14Test, SplitsIntoHalvesAndJoinsThemAgain) {
+  for (int value = 0; value <= 0x3FFF; ++value) {
+    const UInt14 integer(value);
+    const BytePair bytes = integer.bytePair();
+    ASSERT_EQ(bytes.msb * 128 + bytes.lsb, value);
+    ASSERT_TRUE(bytes.msb < 128 && bytes.lsb < 128);
+    const UInt7Pair pair = integer.uint7Pair();
+    ASSERT_EQ(pair, (UInt7Pair{.msb = UInt7(value / 128), .lsb = UInt7(value % 128)}));
+    ASSERT_EQ(UInt14(bytes), integer);
+    ASSERT_EQ(UInt14(pair), integer);
+    ASSERT_EQ(*UInt7Pair::decoded(pair.encoded()), pair);
+  }
+}
+
+TEST(UInt14Test, IgnoresTheHighBitOfEachByte) {
+  for (int byte = 0; byte <= 0xFF; ++byte) {
+    const auto value = static_cast<std::uint8_t>(byte);
+    ASSERT_EQ(UInt14(BytePair{.msb = value, .lsb = 0xFF}).value(), (byte & 0x7F) * 128 + 127);
+    ASSERT_EQ(UInt14(BytePair{.msb = 0x80, .lsb = value}).value(), byte & 0x7F);
+  }
+}
+
+TEST(UInt14Test, ReadsAsABipolarValueOfTwoSlopes) {
+  EXPECT_EQ(UInt14(0).bipolarValue(), -1.0);
+  EXPECT_EQ(UInt14(4096).bipolarValue(), -0.5);
+  EXPECT_EQ(UInt14::midpoint().bipolarValue(), 0.0);
+  EXPECT_EQ(UInt14(8193).bipolarValue(), 1.0 / 8191);
+  EXPECT_EQ(UInt14::maximum().bipolarValue(), 1.0);
+  for (int value = 0; value <= 0x3FFF; ++value) {
+    const int back = UInt14::fromBipolarValue(UInt14(value).bipolarValue()).value();
+    const int nearer = value > 8192 ? value - 1 : value;  // d / 8192 is exact, d / 8191 is not
+    ASSERT_TRUE(back == value || back == nearer) << value << " came back as " << back;
+  }
+}
+
+TEST(UInt14Test, CutsABipolarValueOffTowardTheMidpoint) {
+  struct Row {
+    double bipolar;
+    int value;
+  };
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const auto& [bipolar, value] : {Row{1.0, 16383},
+                                       {-1.0, 0},
+                                       {2.0, 16383},
+                                       {-2.0, 0},
+                                       {infinity, 16383},
+                                       {-infinity, 0},
+                                       {0.0, 8192},
+                                       {-0.0, 8192},
+                                       {0.9999, 16382},
+                                       {-0.9999, 1},
+                                       {0.5, 12287},
+                                       {-0.5, 4096},
+                                       {1e-5, 8192},
+                                       {-1e-5, 8192},
+                                       {std::numeric_limits<double>::quiet_NaN(), 8192}}) {
+    EXPECT_EQ(UInt14::fromBipolarValue(bipolar).value(), value) << bipolar;
+  }
+}
+
+TEST(UInt7PairTest, OrdersByItsNumericValue) {
+  EXPECT_LT((UInt7Pair{.msb = 1_u7, .lsb = 127_u7}), (UInt7Pair{.msb = 2_u7, .lsb = 0_u7}));
+  EXPECT_LT((BytePair{.msb = 1, .lsb = 2}), (BytePair{.msb = 1, .lsb = 3}));
+  EXPECT_NE(std::hash<BytePair>{}({.msb = 1, .lsb = 2}), std::hash<BytePair>{}({.msb = 2, .lsb = 1}));
+}
+
+TEST(UInt7PairTest, ShowsBothHalvesInHexadecimal) {
+  EXPECT_EQ((UInt7Pair{.msb = 127_u7, .lsb = 5_u7}).description(), "[msb: 0x7F, lsb: 0x05]");
+  EXPECT_EQ(UInt7Pair{}.description(), "[msb: 0x00, lsb: 0x00]");
+}
+
+TEST(UInt7PairTest, RefusesASerialisedHalfOfMoreThanSevenBits) {
+  for (const BytePair encoded :
+       {BytePair{.msb = 128, .lsb = 0}, {.msb = 0, .lsb = 255}, {.msb = 200, .lsb = 200}}) {
+    const auto pair = UInt7Pair::decoded(encoded);
+    ASSERT_FALSE(pair);
+    EXPECT_EQ(pair.error().description(), "Encoded value is not a valid UInt7.");
+  }
+}
+
+TEST(NibblesTest, SplitAByteAndJoinItAgain) {
+  for (int byte = 0; byte <= 0xFF; ++byte) {
+    const auto nibbles = Nibbles::of(static_cast<std::uint8_t>(byte));
+    ASSERT_EQ(nibbles, (Nibbles{.high = UInt4(byte / 16), .low = UInt4(byte % 16)}));
+    ASSERT_EQ(nibbles.byte(), byte);
+  }
+}
+
+}  // namespace
+}  // namespace midikit::core

@@ -1,0 +1,135 @@
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "rig/midi/VirtualMidiService.hpp"
+#include "tests/MIDIKitIO/FakeManaged.hpp"
+
+namespace midikit::io {
+namespace {
+
+using karvex::foundation::SystemRuntime;
+using karvex::rig::simpleDevice;
+using karvex::rig::VirtualMidiService;
+
+/// A manager on the machine's own threads, whose main queue runs on this one. A thread sanitizer run proves
+/// that what several threads touch is guarded.
+template <class Manager>
+class Concurrency {
+ public:
+  /// Attaches and takes away devices, a thousand changes in all, while `readers` run again and again on
+  /// threads of their own; then waits until the handler has been told of the last one.
+  void run(const std::vector<std::function<void()>>& readers) {
+    std::vector<std::thread> threads;
+    for (const auto& reader : readers) {
+      threads.emplace_back([this, &reader] {
+        while (!isOver) {
+          reader();
+        }
+      });
+    }
+    threads.emplace_back([this] {
+      constexpr int changes = 1000;
+      for (int change = 0; change < changes / 2; ++change) {
+        const auto device = service->addDevice(simpleDevice("device " + std::to_string(change)));
+        service->removeDevice(device);
+      }
+      service->addDevice(simpleDevice("last"));
+      service->notify({.messageID = lastMessage});
+    });
+    runtime.runMain();
+    isOver = true;
+    for (auto& thread : threads) {
+      thread.join();
+    }
+  }
+
+  /// Ends the run at the last message.
+  void handle(const MIDIIONotification& notification) {
+    ++notifications;
+    if (notification == MIDIIONotification::other(lastMessage)) {
+      runtime.stopMain();
+    }
+  }
+
+  static constexpr std::int32_t lastMessage = 1000;
+
+  SystemRuntime runtime;
+  std::shared_ptr<VirtualMidiService> service = std::make_shared<VirtualMidiService>(runtime);
+  std::shared_ptr<Manager> manager = Manager::create(
+      {.service = service, .runtime = runtime, .clientName = "client", .model = "m", .manufacturer = "f"});
+  std::atomic<bool> isOver = false;
+  int notifications = 0;  ///< main thread
+};
+
+TEST(MIDIManagerThreadsTest, ReadersSeeWholeListsWhileTheSetupChangesAThousandTimes) {
+  Concurrency<ObservableMIDIManager> setup;
+  auto& manager = *setup.manager;
+  manager.setNotificationHandler([&](const MIDIIONotification& notification, ObservableMIDIManager& its) {
+    static_cast<void>(its.observableDevices.get());
+    setup.handle(notification);
+  });
+  std::atomic<int> announced = 0;
+  const auto subscription = manager.observableDevices.observe([&](const MIDIDevices& now) {
+    EXPECT_LE(now.devices.size(), 1U);
+    ++announced;
+  });
+  manager.start();
+  setup.run({
+      [&] { EXPECT_LE(manager.devices().devices.size(), 1U); },
+      [&] {
+        const auto endpoints = manager.endpoints();
+        EXPECT_EQ(endpoints.inputs.size(), endpoints.inputsUnowned.size());
+        EXPECT_EQ(endpoints.manager.lock(), setup.manager);
+      },
+      [&] {
+        static_cast<void>(manager.observableEndpoints.get());
+        static_cast<void>(manager.notificationCache());
+        manager.setPreferredAPI(CoreMIDIAPIVersion::legacyCoreMIDI());
+        manager.start();
+        manager.refreshObjects();
+      },
+  });
+  EXPECT_EQ(manager.devices().devices.at(0).name, "last");
+  EXPECT_EQ(manager.observableDevices.get().devices.at(0).name, "last");
+  EXPECT_EQ(manager.endpoints().outputs.size(), 1U);
+  EXPECT_GE(announced, setup.notifications);
+}
+
+TEST(MIDIManagerThreadsTest, ObjectsComeAndGoWhileOthersFollow) {
+  using Maps = ManagedObjects::Maps;
+  Concurrency<HoldingManager> setup;
+  auto& manager = *setup.manager;
+  manager.setNotificationHandler(
+      [&](const MIDIIONotification& notification, MIDIManager&) { setup.handle(notification); });
+  std::atomic<int> goneCount = 0;
+  std::atomic<int> madeCount = 0;
+  const Story story = [&](const std::string& what) { goneCount += what.find("goes") != std::string::npos; };
+  const auto exchangeObjects = [&](const std::string& tag) {
+    manager.put(&Maps::inputConnections, tag, std::make_shared<FakeConnection>(setup.manager, tag, story));
+    manager.put(&Maps::thruConnections, tag, std::make_shared<FakeConnection>(setup.manager, tag, story));
+    manager.put(&Maps::inputs, tag, std::make_shared<FakeEndpoint>(setup.manager, tag, story, 1));
+    madeCount += 3;
+    manager.remove(ManagedType::input, TagSelection::withTag(tag));
+    manager.remove(ManagedType::inputConnection, TagSelection::all());
+  };
+  manager.start();
+  setup.run({
+      [&] { exchangeObjects("a"); },
+      [&] { exchangeObjects("b"); },
+      [&] { static_cast<void>(manager.managedInputs().size() + manager.managedInputConnections().size()); },
+  });
+  manager.removeAll();
+  setup.manager.reset();
+  setup.service.reset();  // Behind this, no block follows a change any more.
+  EXPECT_EQ(goneCount, madeCount);
+}
+
+}  // namespace
+}  // namespace midikit::io
