@@ -72,6 +72,19 @@ void VirtualBoard::leaveBusUntil(Change change, BoardState meanwhile) {
   pending_ = change;
 }
 
+void VirtualBoard::unplug(TimePoint now) {
+  advanceTo(now);
+  pending_.reset();
+  enter(BoardState::gone, now);
+}
+
+void VirtualBoard::plugIn(TimePoint now) {
+  advanceTo(now);
+  if (state_ == BoardState::gone) {
+    enter(BoardState::running, now);
+  }
+}
+
 void VirtualBoard::setLineSpeed(TimePoint now, std::uint32_t baud) {
   advanceTo(now);
   if (state_ != BoardState::running || baud != requestBaud) {
@@ -208,7 +221,11 @@ std::int32_t VirtualBoard::productId() const {
 }
 
 std::string VirtualBoard::productName() const {
-  return state_ == BoardState::halfKay ? "HalfKay" : fmt::format("{} MIDI", kind_.mcu);
+  return state_ == BoardState::halfKay ? "HalfKay" : firmwareName();
+}
+
+std::string VirtualBoard::firmwareName() const {
+  return fmt::format("{} MIDI", kind_.mcu);
 }
 
 void VirtualBoard::tell(TimePoint at, const std::string& event) const {

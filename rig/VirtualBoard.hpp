@@ -55,6 +55,15 @@ class VirtualBoard {
   /// Lets the time pass. The other operations do so by themselves.
   void advanceTo(TimePoint now);
 
+  /// From now on, this is wrong with the board.
+  void setFaults(const Faults& faults) { faults_ = faults; }
+
+  /// Somebody pulls the plug.
+  void unplug(TimePoint now);
+  /// Somebody plugs the board in again: its firmware runs. Does nothing to a board that is on the bus or on
+  /// its way to it.
+  void plugIn(TimePoint now);
+
   /// The line coding of the board's serial port was changed to this speed, in baud.
   void setLineSpeed(TimePoint now, std::uint32_t baud);
 
@@ -65,12 +74,16 @@ class VirtualBoard {
   const std::string& serialNumber() const { return serialNumber_; }
   const Faults& faults() const { return faults_; }
   BoardState state() const { return state_; }
+  /// When the board enters another state by itself, as far as is settled now.
+  std::optional<TimePoint> changesAt() const { return pending_ ? std::optional(pending_->at) : std::nullopt; }
   bool isOnBus() const { return state_ == BoardState::running || state_ == BoardState::halfKay; }
   /// Counts the board's visits to its bootloader: a handle from an earlier visit is a handle to nothing.
   std::uint32_t session() const { return session_; }
   /// USB product ID and product string of what the board is at the moment.
   std::int32_t productId() const;
   std::string productName() const;
+  /// The product string of its firmware, whatever the board is at the moment.
+  std::string firmwareName() const;
 
   std::span<const std::uint8_t> flash() const { return flash_; }
   std::uint32_t blocksTaken() const { return blocksTaken_; }

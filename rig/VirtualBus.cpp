@@ -21,23 +21,62 @@ device::UsbDevice descriptorOf(const VirtualBoard& board) {
   };
 }
 
+/// Brings the board up to the present and uses it. Whether its state, or what is settled about it, changed.
+template <typename Use>
+bool changesIn(VirtualBoard& board, foundation::TimePoint now, const Use& use) {
+  const auto stateBefore = board.state();
+  const auto changeBefore = board.changesAt();
+  board.advanceTo(now);
+  use();
+  return board.state() != stateBefore || board.changesAt() != changeBefore;
+}
+
 }  // namespace
 
 VirtualBoard& VirtualBus::plugIn(std::unique_ptr<VirtualBoard> board) {
-  const std::lock_guard lock(mutex_);
-  return *boards_.emplace_back(std::move(board));
+  VirtualBoard& plugged = *board;
+  {
+    const std::lock_guard lock(mutex_);
+    boards_.push_back(std::move(board));
+  }
+  observers_.notify();
+  return plugged;
 }
 
 bool VirtualBus::anyBoard(const std::function<bool(VirtualBoard&)>& use) {
-  const std::lock_guard lock(mutex_);
-  const auto now = clock_.now();  // Under the lock, so that no board sees time go back.
-  for (const auto& board : boards_) {
-    board->advanceTo(now);
-    if (use(*board)) {
-      return true;
+  bool isFound = false;
+  bool hasChanged = false;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto now = clock_.now();  // Under the lock, so that no board sees time go back.
+    for (const auto& board : boards_) {
+      hasChanged |= changesIn(*board, now, [&] { isFound = use(*board); });
+      if (isFound) {
+        break;
+      }
     }
   }
-  return false;
+  if (hasChanged) {
+    observers_.notify();
+  }
+  return isFound;
+}
+
+std::vector<VirtualBus::BoardStatus> VirtualBus::boards() {
+  std::vector<BoardStatus> all;
+  anyBoard([&all](const VirtualBoard& board) {
+    all.push_back({.serialNumber = board.serialNumber(),
+                   .mcu = std::string(board.kind().mcu),
+                   .firmwareName = board.firmwareName(),
+                   .state = board.state(),
+                   .changesAt = board.changesAt()});
+    return false;
+  });
+  return all;
+}
+
+foundation::Subscription VirtualBus::observeBoards(std::function<void()> callback) {
+  return observers_.add(std::move(callback));
 }
 
 bool VirtualBus::inspect(const std::string& serialNumber, const std::function<void(VirtualBoard&)>& look) {
@@ -47,6 +86,17 @@ bool VirtualBus::inspect(const std::string& serialNumber, const std::function<vo
     }
     look(board);
     return true;
+  });
+}
+
+void VirtualBus::unplug(const std::string& serialNumber) {
+  inspect(serialNumber, [this](VirtualBoard& board) { board.unplug(clock_.now()); });
+}
+
+void VirtualBus::repair(const std::string& serialNumber) {
+  inspect(serialNumber, [this](VirtualBoard& board) {
+    board.setFaults({});
+    board.plugIn(clock_.now());
   });
 }
 
@@ -74,11 +124,22 @@ std::optional<VirtualBus::HalfKayBoard> VirtualBus::firstHalfKayBoard() {
 }
 
 ReportOutcome VirtualBus::sendReport(const HalfKayBoard& to, std::span<const std::uint8_t> report) {
-  const std::lock_guard lock(mutex_);
-  const auto now = clock_.now();
-  VirtualBoard& board = *boards_[to.place];
-  board.advanceTo(now);
-  return board.session() == to.session ? board.takeReport(now, report) : ReportOutcome::gone;
+  auto outcome = ReportOutcome::gone;
+  bool hasChanged = false;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto now = clock_.now();
+    VirtualBoard& board = *boards_[to.place];
+    hasChanged = changesIn(board, now, [&] {
+      if (board.session() == to.session) {
+        outcome = board.takeReport(now, report);
+      }
+    });
+  }
+  if (hasChanged) {
+    observers_.notify();
+  }
+  return outcome;
 }
 
 int VirtualBus::forEachDevice(const std::function<void(const device::UsbDevice&)>& visit) {

@@ -12,6 +12,7 @@
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/UsbBus.hpp"
 #include "foundation/Clock.hpp"
+#include "foundation/Observers.hpp"
 #include "rig/VirtualBoard.hpp"
 
 namespace karvex::rig {
@@ -31,9 +32,31 @@ class VirtualBus final : public device::UsbBus, public device::SerialInterfaces 
   /// Calls `look` with the board of that serial number, brought up to the present. False if there is none.
   bool inspect(const std::string& serialNumber, const std::function<void(VirtualBoard&)>& look);
 
+  /// Pulls the plug of the board with that serial number.
+  void unplug(const std::string& serialNumber);
+  /// From now on nothing is wrong with the board with that serial number, and if it was gone it is plugged in
+  /// again.
+  void repair(const std::string& serialNumber);
+
   /// The line speed of the serial port of the board with that serial number was changed. False if no running
   /// board has it.
   bool setLineSpeed(const std::string& serialNumber, std::uint32_t baud);
+
+  /// What is known of a board at one moment.
+  struct BoardStatus {
+    std::string serialNumber;
+    std::string mcu;
+    std::string firmwareName;
+    BoardState state;
+    std::optional<foundation::TimePoint> changesAt;  ///< when it enters another state by itself
+  };
+
+  /// All boards at the present moment, in the order of their places, which boards never change.
+  std::vector<BoardStatus> boards();
+
+  /// Calls back when a board was plugged in, when its state has changed, and when it has been settled that it
+  /// will; not when that time comes: nobody tells the bus. On the thread that used the bus, outside its lock.
+  [[nodiscard]] foundation::Subscription observeBoards(std::function<void()> callback);
 
   /// A board in its bootloader, in the visit that it is on.
   struct HalfKayBoard {
@@ -52,12 +75,14 @@ class VirtualBus final : public device::UsbBus, public device::SerialInterfaces 
   bool isPresent(const std::string& interfaceName) override;
 
  private:
-  /// Calls `use` with each board at the present moment, under the lock, until it gives true.
+  /// Calls `use` with each board at the present moment, under the lock, until it gives true. Observers hear
+  /// of what that changed.
   bool anyBoard(const std::function<bool(VirtualBoard&)>& use);
 
   foundation::Clock& clock_;
   std::mutex mutex_;
   std::vector<std::unique_ptr<VirtualBoard>> boards_;
+  foundation::Observers<> observers_;
 };
 
 }  // namespace karvex::rig

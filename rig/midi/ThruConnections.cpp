@@ -1,0 +1,99 @@
+#include "rig/midi/ThruConnections.hpp"
+
+#include <algorithm>
+
+#include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "rig/midi/MidiStatus.hpp"
+#include "rig/midi/ThruParameters.hpp"
+
+namespace karvex::rig {
+
+using namespace midikit::io;
+
+OSStatus ThruConnections::create(const std::optional<std::string>& owner,
+                                 std::span<const std::uint8_t> parameters, Ref& out) {
+  auto read = readThruParameters(parameters);
+  if (!read) {
+    return status::parameterError;
+  }
+  if (!owner) {
+    out = references_.next();
+    own_.emplace(out, ThruConnection{out, *read});
+    return noErr;
+  }
+  nameByUniqueId(std::span(read->sources).first(read->numSources));
+  nameByUniqueId(std::span(read->destinations).first(read->numDestinations));
+  out = store_->add(*owner, *read);
+  return noErr;
+}
+
+/// A reference means nothing to the service that will find the connection in the store.
+void ThruConnections::nameByUniqueId(std::span<Endpoint> endpoints) const {
+  for (auto& endpoint : endpoints) {
+    if (endpoint.uniqueID == 0) {
+      setup_.integerProperty(endpoint.endpointRef, kMIDIPropertyUniqueID, endpoint.uniqueID);
+    }
+    endpoint.endpointRef = 0;
+  }
+}
+
+OSStatus ThruConnections::dispose(Ref connection) {
+  if (own_.erase(connection) == 0 && !store_->remove(connection)) {
+    return status::objectNotFound;
+  }
+  std::erase_if(converters_, [connection](const auto& entry) { return entry.first.first == connection; });
+  return noErr;
+}
+
+void ThruConnections::forward(Ref source, const SharedMidiList& list, const HandOn& handOn) {
+  for (const auto& [ref, connection] : own_) {
+    forwardBy(connection, source, list, handOn);
+  }
+  for (const auto& connection : store_->all()) {
+    forwardBy(connection, source, list, handOn);
+  }
+}
+
+void ThruConnections::forwardBy(const ThruConnection& connection, Ref source, const SharedMidiList& list,
+                                const HandOn& handOn) {
+  const auto& parameters = connection.parameters;
+  const auto sources = std::span(parameters.sources).first(parameters.numSources);
+  const bool isSource = std::any_of(sources.begin(), sources.end(), [&](const Endpoint& endpoint) {
+    return resolve(endpoint, MidiObjectKind::source) == source;
+  });
+  if (!isSource) {
+    return;
+  }
+  const auto left = filteredFor(connection, source, list);
+  for (const auto& endpoint : std::span(parameters.destinations).first(parameters.numDestinations)) {
+    if (const Ref destination = resolve(endpoint, MidiObjectKind::destination); destination != 0) {
+      handOn(connection.ref, destination, left);
+    }
+  }
+}
+
+SharedMidiList ThruConnections::filteredFor(const ThruConnection& connection, Ref source,
+                                            const SharedMidiList& list) {
+  if (!filtersAnything(connection.parameters)) {
+    return list;
+  }
+  const auto* words = std::get_if<MIDIEventList>(list.get());
+  const auto key = std::pair(connection.ref, source);
+  auto& converter = converters_[key];
+  auto left = filtered(converter.toWords(*list, words != nullptr ? words->protocol : MIDIProtocolID::midi1_0),
+                       connection.parameters);
+  if (converter.isIdle()) {
+    converters_.erase(key);
+  }
+  return std::make_shared<const MidiList>(std::move(left));
+}
+
+MIDIObjectRef ThruConnections::resolve(const Endpoint& endpoint, MidiObjectKind kind) const {
+  const auto* named = setup_.find(endpoint.endpointRef);
+  if (named == nullptr && endpoint.uniqueID != 0) {
+    named = setup_.find(setup_.endpointWithUniqueId(endpoint.uniqueID));
+  }
+  return named != nullptr && named->kind == kind ? named->ref : 0;
+}
+
+}  // namespace karvex::rig

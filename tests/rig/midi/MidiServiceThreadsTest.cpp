@@ -1,0 +1,136 @@
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+#include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "rig/midi/BoardMidiDevices.hpp"
+
+namespace karvex::rig {
+namespace {
+
+using namespace midikit::io;
+
+/// Reads all there is, as a program that lists the setup does.
+void walk(const VirtualMidiService& service) {
+  for (std::size_t i = 0; i < service.MIDIGetNumberOfDevices(); ++i) {
+    const auto device = service.MIDIGetDevice(i);
+    std::optional<std::string> name;
+    static_cast<void>(service.MIDIObjectGetStringProperty(device, kMIDIPropertyName, name));
+    PropertyDictionary all;
+    static_cast<void>(service.MIDIObjectGetProperties(device, all, true));
+    static_cast<void>(service.MIDIEntityGetSource(service.MIDIDeviceGetEntity(device, 0), 0));
+  }
+}
+
+TEST(MidiServiceThreadsTest, TheSetupChangesAThousandTimesUnderReadersAndListeners) {
+  constexpr int changes = 1000;
+  foundation::SystemRuntime runtime;
+  VirtualMidiService service(runtime);
+  std::promise<void> allHeard;
+  int heard = 0;
+  MIDIObjectRef client = 0;
+  ASSERT_EQ(service.MIDIClientCreateWithBlock("listener", client,
+                                              [&](const MIDINotification& message) {
+                                                walk(service);
+                                                if (message.messageID == 1 && ++heard == 2 * changes) {
+                                                  allHeard.set_value();
+                                                }
+                                              }),
+            noErr);
+  std::atomic<bool> isDone = false;
+  std::thread reader([&] {
+    while (!isDone) {
+      walk(service);
+    }
+  });
+  for (int i = 0; i < changes; ++i) {
+    const auto device = service.addDevice(simpleDevice("Desk"));
+    static_cast<void>(service.MIDIObjectSetStringProperty(device, kMIDIPropertyName, "Other"));
+    EXPECT_TRUE(service.removeDevice(device));
+  }
+  allHeard.get_future().wait();
+  isDone = true;
+  reader.join();
+  EXPECT_EQ(service.MIDIGetNumberOfDevices(), 0U);
+}
+
+TEST(MidiServiceThreadsTest, PortsComeAndGoWhileTheirListsArrive) {
+  foundation::SystemRuntime runtime;
+  VirtualMidiService service(runtime);
+  service.addDevice(simpleDevice("Desk"));
+  const auto source = service.MIDIGetSource(0);
+  MIDIObjectRef client = 0;
+  ASSERT_EQ(service.MIDIClientCreateWithBlock("c", client, nullptr), noErr);
+  std::atomic<bool> isDone = false;
+  std::thread sender([&] {
+    MIDIPacketList list(100);
+    const std::array<std::uint8_t, 3> note = {0x90, 0x3C, 0x40};
+    EXPECT_TRUE(list.add(0, note));
+    while (!isDone) {
+      EXPECT_EQ(service.sendFromEquipment(source, list), noErr);
+      std::this_thread::yield();
+    }
+  });
+  for (int i = 0; i < 300; ++i) {
+    // Guarded by nothing but the promise that no block runs behind the end of its port.
+    auto alive = std::make_unique<std::atomic<int>>(0);
+    MIDIObjectRef port = 0;
+    ASSERT_EQ(service.MIDIInputPortCreateWithProtocol(client, "p", MIDIProtocolID::midi2_0, port,
+                                                      [&alive](const MIDIEventList&, ConnectionToken token) {
+                                                        EXPECT_EQ(token, &alive);
+                                                        ++*alive;
+                                                        alive->notify_one();
+                                                      }),
+              noErr);
+    ASSERT_EQ(service.MIDIPortConnectSource(port, source, &alive), noErr);
+    if (i % 3 > 0) {
+      alive->wait(0);
+    }
+    if (i % 2 == 0) {
+      static_cast<void>(service.MIDIPortDisconnectSource(port, source));
+    }
+    EXPECT_EQ(service.MIDIPortDispose(port), noErr);
+    alive.reset();
+  }
+  isDone = true;
+  sender.join();
+}
+
+TEST(MidiServiceThreadsTest, TheServiceEndsWhileItsBlocksRun) {
+  foundation::SystemRuntime runtime;
+  for (int i = 0; i < 100; ++i) {
+    int heard = 0;
+    VirtualMidiService service(runtime);
+    MIDIObjectRef client = 0;
+    ASSERT_EQ(service.MIDIClientCreateWithBlock("c", client,
+                                                [&](const MIDINotification&) {
+                                                  walk(service);
+                                                  ++heard;
+                                                }),
+              noErr);
+    for (int device = 0; device < 5; ++device) {
+      service.addDevice(simpleDevice("Desk"));
+    }
+  }
+}
+
+TEST(MidiServiceThreadsTest, BoardsChangeUnderTheirDevices) {
+  foundation::SystemRuntime runtime;
+  VirtualBus bus(runtime.clock());
+  VirtualMidiService service(runtime);
+  for (int i = 0; i < 20; ++i) {
+    const BoardMidiDevices boards(runtime, bus, service);
+    bus.plugIn(std::make_unique<VirtualBoard>(*findBoardKind("TEENSY2"), std::to_string(i),
+                                              Faults{.entersHalfKayAfter = std::chrono::milliseconds(0)}));
+    bus.setLineSpeed(std::to_string(i), 134);
+    walk(service);
+  }
+  const BoardMidiDevices last(runtime, bus, service);
+  EXPECT_EQ(last.devices().size(), 20U);
+}
+
+}  // namespace
+}  // namespace karvex::rig
