@@ -1,15 +1,21 @@
 // The options of karvex-rig. What a command does stands in app/rig/; the platforms are plugged into the seams
-// in app/rig/RigLoad.cpp (the loader) and app/rig/ServiceCommands.cpp (the bus and the firmware service).
+// in app/rig/RigPlatform.cpp, and for a single load in app/rig/RigLoad.cpp.
 
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <chrono>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "app/rig/ApplicationCommand.hpp"
 #include "app/rig/LoadCommands.hpp"
+#include "app/rig/MidiCommands.hpp"
 #include "app/rig/ServiceCommands.hpp"
 
 namespace {
@@ -19,7 +25,9 @@ using namespace karvex;
 /// The choices of one call of the program.
 struct Choices {
   app::CommonOptions common;
+  app::ApplicationOptions application;
   app::ProgramOptions load;
+  app::MidiOptions midi;
   app::ServiceOptions service;
   std::string time = isatty(STDOUT_FILENO) != 0 ? "real" : "fast";
 };
@@ -78,16 +86,76 @@ CLI::App& addServiceCommand(CLI::App& app, Choices& choices, const std::string& 
   return command;
 }
 
-int run(int argc, char** argv) {
-  CLI::App command{
-      "Karvex on simulated equipment. Without a command: every bundled firmware onto a board of its kind."};
-  Choices choices;
+CLI::App& addMidiCommand(CLI::App& app, Choices& choices) {
+  auto& midi = *app.add_subcommand("midi", "Prints the simulated MIDI devices and follows their changes.");
+  addCommonOptions(midi, choices);
+  midi.add_option("--boards", choices.midi.boards, "boards that are attached (default 3)")
+      ->check(CLI::Range(0, 1000));
+  midi.add_option("--object", choices.midi.object, "the properties of the objects of that name or unique ID")
+      ->type_name("NAME_OR_ID");
+  midi.add_flag("--all-properties", choices.midi.allProperties,
+                "of every object, or with --object also those that its kind of object doesn't have");
+  midi.add_flag(
+      "--follow", choices.midi.follows,
+      "play a scene (a board comes, another one visits its bootloader) and print the notifications");
+  midi.add_option_function<unsigned>(
+          "--for", [&choices](unsigned seconds) { choices.midi.followTime = std::chrono::seconds(seconds); },
+          "how long to follow, in seconds (default 6)")
+      ->check(CLI::Range(0, 3600))
+      ->type_name("SECONDS");
+  midi.footer("Exit status: 0 printed, 2 wrong use, or there is no such object.");
+  return midi;
+}
+
+/// "N:FAULT", with boards counted from 1. Gives a sentence that says what is wrong with the text, or nothing.
+std::optional<std::string> addBoardFault(std::string_view text, app::ApplicationOptions& options) {
+  const auto colon = text.find(':');
+  const auto number = text.substr(0, colon);
+  std::size_t board = 0;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), board);
+  if (colon == std::string_view::npos || error != std::errc{} || end != number.data() + number.size() ||
+      board == 0) {
+    return "A board's fault is written as the board's number from 1, a colon and the fault, as in "
+           "2:vanishes=5.";
+  }
+  const auto fault = text.substr(colon + 1);
+  if (fault == "port-busy") {
+    options.occupied.insert(board - 1);
+    return std::nullopt;
+  }
+  return rig::addFault(fault, options.boardFaults[board - 1]);
+}
+
+void addApplicationOptions(CLI::App& command, Choices& choices) {
   addCommonOptions(command, choices);
+  auto& options = choices.application;
+  command.add_option("--boards", options.boards, "boards that are listed and attached (default 3)")
+      ->check(CLI::Range(0, 1000));
+  command
+      .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end and without a hand")
+      ->type_name("FROM")
+      ->check(CLI::Range(1, 1000));
+  command.add_flag("--yes", options.answersAlerts, "answer every alert with OK (only without a terminal)");
+  addFaultOption(command, "--board", "N:FAULT[=VALUE]", options, addBoardFault);
+  addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", options.serviceFaults, rig::addServiceFault);
+  command.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
+  command.footer(
+      "Faults of a board:\n" + rig::describeFaults() +
+      "  port-busy              another program holds its serial port\n\nFaults of the service:\n" +
+      rig::describeServiceFaults() +
+      "\nExit status: 0 all devices of the run were upgraded, 2 wrong use, 3 not all were.");
+}
+
+int run(int argc, char** argv) {
+  CLI::App command{"Karvex on simulated equipment. Without a command: the whole application."};
+  Choices choices;
+  addApplicationOptions(command, choices);
   const auto& program = addProgramCommand(command, choices);
   const auto& list = addServiceCommand(
       command, choices, "list", "Asks the embedded service, scans the virtual bus, and prints what matches.");
   const auto& report = addServiceCommand(command, choices, "report",
                                          "Posts the equipment report and prints what the service received.");
+  const auto& midi = addMidiCommand(command, choices);
   command.require_subcommand(0, 1);
   try {
     command.parse(argc, argv);
@@ -98,10 +166,14 @@ int run(int argc, char** argv) {
   if (program.parsed()) {
     return app::runProgram(choices.common, choices.load);
   }
+  if (midi.parsed()) {
+    return app::runMidi(choices.common, choices.midi);
+  }
   if (list.parsed()) {
     return app::runList(choices.common, choices.service);
   }
-  return report.parsed() ? app::runReport(choices.common, choices.service) : app::runDemo(choices.common);
+  return report.parsed() ? app::runReport(choices.common, choices.service)
+                         : app::runApplication(choices.common, choices.application);
 }
 
 }  // namespace

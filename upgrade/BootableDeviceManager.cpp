@@ -6,6 +6,7 @@
 
 #include "foundation/Log.hpp"
 #include "service/DescriptorDecoder.hpp"
+#include "upgrade/MIDIIdentity.hpp"
 
 namespace karvex::upgrade {
 namespace {
@@ -20,6 +21,26 @@ auto findDevice(List& list, const Uuid& id) {
                       [&id](const BootableDevice& device) { return device.id == id; });
 }
 
+/// What the service and the USB bus say of one device.
+BootableDevice recordOf(const records::ServerDeviceDescriptor& listed, const records::DeviceInfo& attached) {
+  return {
+      .deviceName = attached.deviceName,
+      .portSerialNumber = listed.deviceSerialNumber,
+      .firmwareServerURL = listed.serverURL,
+      .firmwareDir = listed.serverDirectory,
+      .firmwareFile = listed.serverFile,
+      .firmwareName = listed.firmwareName,
+      .firmwareVersion = listed.firmwareVersion,
+      .currentVersion = listed.currentVersion,
+      .mcu = listed.mcu,
+      .sequenceNumber = listed.sequenceNumber,
+      .setupDelay = listed.setupDelay,
+      .USBVendorId = attached.USBvendorId,
+      .USBProductId = attached.USBproductId,
+      .USBBCDDevice = attached.USBbcdDevice,
+  };
+}
+
 void printLine(const std::string& line) {
   foundation::log::print(line + '\n');
 }
@@ -29,6 +50,7 @@ void printLine(const std::string& line) {
 BootableDeviceManager::BootableDeviceManager(const Platform& platform)
     : deviceExplorer(platform.forExplorer()),
       runtime_(platform.runtime),
+      midiService_(platform.midiService),
       service_(platform.urlSession, platform.serviceAddress) {}
 
 Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
@@ -52,6 +74,67 @@ Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
   }
   isServerLoaded = true;
   co_return true;
+}
+
+bool BootableDeviceManager::scanDevices(const midikit::io::ObservableMIDIManager& midiManager) {
+  managedDevices.set({});
+  deviceExplorer.scanUSBDevices();
+  if (!isServerLoaded) {
+    errorCode.set(serviceNotAsked);
+    return false;
+  }
+  managedDevices.set(attachedDevices(midiManager));
+  const bool halfkay = deviceExplorer.isHalfkayDevicePresent();
+  errorCode.set(halfkay ? halfkayDevicePresent : scanComplete);
+  return !halfkay;
+}
+
+std::vector<BootableDevice> BootableDeviceManager::attachedDevices(
+    const midikit::io::ObservableMIDIManager& midiManager) const {
+  const auto onBus = deviceExplorer.devices.get();
+  const auto midiDevices = midiManager.observableDevices.get().devices;
+  std::vector<BootableDevice> attached;
+  for (const auto& listed : deviceDescriptors) {
+    const auto found =
+        std::ranges::find(onBus, listed.deviceSerialNumber, &records::DeviceInfo::serialNumber);
+    if (found == onBus.end()) {
+      continue;
+    }
+    auto device = recordOf(listed, *found);
+    addMIDIFindings(device, midiDevices);
+    attached.push_back(std::move(device));
+  }
+  return attached;
+}
+
+/// If two MIDI devices carry the serial number, the last one counts.
+void BootableDeviceManager::addMIDIFindings(BootableDevice& device,
+                                            const std::vector<midikit::io::MIDIDevice>& midiDevices) const {
+  for (const auto& midiDevice : midiDevices) {
+    const auto identity = readMIDIIdentity(*midiService_, midiDevice.coreMIDIObjectRef);
+    if (identity && identity->serialNumber == device.portSerialNumber) {
+      device.midiRef = midiDevice.coreMIDIObjectRef;
+      device.isOffline = identity->offline;
+      device.deviceName = midiDevice.name;
+    }
+  }
+}
+
+void BootableDeviceManager::refreshOfflineStates(const midikit::io::ObservableMIDIManager& midiManager) {
+  auto devices = managedDevices.get();
+  if (devices.empty()) {
+    scanDevices(midiManager);
+    return;
+  }
+  for (auto& device : devices) {
+    if (!device.midiRef) {
+      continue;
+    }
+    if (const auto identity = readMIDIIdentity(*midiService_, *device.midiRef)) {
+      device.isOffline = identity->offline;
+    }
+  }
+  managedDevices.set(std::move(devices));
 }
 
 BootableDevice BootableDeviceManager::nextDevice(const Uuid& after) const {

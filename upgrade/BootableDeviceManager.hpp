@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "MIDIKitIO/ObservableMIDIManager.hpp"
 #include "device/DeviceExplorer.hpp"
 #include "foundation/Published.hpp"
 #include "foundation/Task.hpp"
@@ -14,6 +15,9 @@
 
 namespace karvex::upgrade {
 
+/// What BootableDeviceManager::errorCode can be.
+enum ScanResult : std::int64_t { scanComplete = 0, serviceNotAsked = 1, halfkayDevicePresent = 2 };
+
 /// The devices that can be upgraded, in the order of the upgrade: that of the service's list. Nothing sorts
 /// them anew; a device's place is what makes one device the next of another. Main thread, but for what says
 /// otherwise.
@@ -22,7 +26,7 @@ class BootableDeviceManager {
   explicit BootableDeviceManager(const Platform& platform);
 
   foundation::Published<std::vector<records::BootableDevice>> managedDevices;
-  /// Result of the last scan.
+  /// Result of the last scan: a ScanResult.
   foundation::Published<std::int64_t> errorCode{0};
   /// The service's last good answer. Written on the global queue by fetchDeviceDescriptors(), to be read
   /// behind it.
@@ -33,8 +37,18 @@ class BootableDeviceManager {
 
   /// Asks the service for its list. Gives false only if the service's address is no URL. An answer that can't
   /// be had or decoded leaves `deviceDescriptors` as it is and says so on standard output. The awaiting
-  /// coroutine goes on on the global queue.
+  /// coroutine goes on on the global queue. The manager must live until then.
   foundation::Task<bool> fetchDeviceDescriptors();
+
+  /// Builds the list anew from what the service told last, what is on the USB bus, and what the MIDI layer
+  /// knows of it: one record for each listed device that is attached. True, and `errorCode` 0, when all is
+  /// well. False with `errorCode` 1 and an empty list if the service was never asked, and with 2 if a board
+  /// sits in its HalfKay bootloader; the list is complete then.
+  bool scanDevices(const midikit::io::ObservableMIDIManager& midiManager);
+
+  /// Reads anew whether the listed devices are online; scans if there are none. A device that the MIDI layer
+  /// doesn't know, or no longer, keeps its mark.
+  void refreshOfflineStates(const midikit::io::ObservableMIDIManager& midiManager);
 
   /// A copy of the record behind the one with that id. There must be one.
   records::BootableDevice nextDevice(const foundation::Uuid& after) const;
@@ -44,11 +58,17 @@ class BootableDeviceManager {
 
   /// Makes the target version the current one in the table, and then tells the service that the device has
   /// been upgraded. What the service answers, or that it doesn't, changes nothing. To be started on the main
-  /// thread; the awaiting coroutine goes on there.
+  /// thread; the awaiting coroutine goes on there. The manager must live until then.
   foundation::Task<> sendUploadComplete(foundation::Uuid id);
 
  private:
+  std::vector<records::BootableDevice> attachedDevices(
+      const midikit::io::ObservableMIDIManager& midiManager) const;
+  void addMIDIFindings(records::BootableDevice& device,
+                       const std::vector<midikit::io::MIDIDevice>& midiDevices) const;
+
   foundation::Runtime& runtime_;
+  std::shared_ptr<const midikit::io::MIDIService> midiService_;
   service::FirmwareService service_;
 };
 

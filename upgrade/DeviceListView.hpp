@@ -1,39 +1,120 @@
 #pragma once
 
-#include <functional>
+#include <memory>
 #include <optional>
+#include <string>
 
+#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "device/SerialPortManagement.hpp"
+#include "foundation/Observers.hpp"
 #include "foundation/Published.hpp"
+#include "foundation/Task.hpp"
 #include "foundation/Timer.hpp"
 #include "foundation/Uuid.hpp"
+#include "upgrade/Alert.hpp"
 #include "upgrade/BootableDeviceManager.hpp"
+#include "upgrade/NotificationManager.hpp"
 #include "upgrade/Platform.hpp"
 #include "upgrade/SharedDeviceListModel.hpp"
 #include "upgrade/StatusManager.hpp"
 
 namespace karvex::upgrade {
 
-/// The state behind the device table, without a toolkit: what is selected, and what a load's progress does to
-/// the rows. Main thread.
+/// The state behind the device table, and the upgrade run, without a toolkit. A run begins with the selected
+/// device and takes each one behind it in turn. It is carried by short tasks on the main queue and by a tick
+/// of 0.25 s, which follows the load status and moves the run from one device to the next. Sleeps block the
+/// main queue: a front draws on a thread of its own.
+///
+/// Main thread. The view must outlive the jobs that it has on the main queue.
 class DeviceListView {
  public:
-  /// Starts the tick. The model must outlive the view.
-  DeviceListView(const Platform& platform, SharedDeviceListModel& loadingViewModel);
+  /// Starts the tick. Everything referred to must outlive the view.
+  DeviceListView(const Platform& platform, NotificationManager& notificationManager,
+                 std::shared_ptr<midikit::io::ObservableMIDIManager> midiManager,
+                 SharedDeviceListModel& loadingViewModel);
 
+ private:
+  const Platform platform_;
+
+ public:
+  /// @name The state
+  /// @{
+  NotificationManager& notificationManager;
+  const std::shared_ptr<midikit::io::ObservableMIDIManager> midiManager;
+  SharedDeviceListModel& loadingViewModel;
   BootableDeviceManager deviceManager;
   StatusManager statusManager;
+  device::SerialPortManagement serialPortMgr;
   foundation::Published<std::optional<foundation::Uuid>> selectedDeviceId;
+  foundation::Published<bool> procedureComplete{false};
+  foundation::Published<std::string> uploadErrorText;
+  foundation::Published<bool> uploadErrorShowModal{false};
+  bool autoSelect = false;  ///< the next change of the selection is the run's own
+  foundation::Published<std::string> downloadErrorText;
+  foundation::Published<bool> downloadErrorShowModal{false};
+  foundation::Published<bool> portBusyError{false};
+  foundation::Published<bool> halfkayModeDetected{false};
+  foundation::Published<bool> halfkayModeFailed{false};
+  device::DeviceExplorer deviceExplorer;
+  /// @}
 
-  /// Called by the tick that acknowledges the success of the selected device's load.
-  std::function<void(const foundation::Uuid& device)> loadEnded;
+  /// @name What a front asks for
+  /// @{
+
+  /// The table is on the screen: fills it.
+  void appear();
+  /// Selects a row, or none. While a run is going the selection is the run's, and this does nothing.
+  void select(std::optional<foundation::Uuid> device);
+  /// True while the alert is up.
+  bool isUp(Alert alert) const;
+  /// The message of the alert as it is now.
+  std::string messageOf(Alert alert) const;
+  /// The OK of an alert. Does nothing if it isn't up.
+  void confirm(Alert alert);
+  /// @}
 
   /// Every 0.25 s: follows the load status and writes it into the row of the device in work.
   void timerTick();
 
- private:
-  void stopOnMissingPermission();
+  /// The flag that an alert hangs on.
+  static foundation::Published<bool> DeviceListView::* flagOf(Alert alert);
 
-  SharedDeviceListModel& loadingViewModel_;
+  /// How many tasks of the view have not ended yet, transfers and reports among them.
+  int tasksUnderWay() const { return tasksUnderWay_; }
+
+ private:
+  // DeviceListView.cpp: the list, the selection, the controls
+  void selectionChanged(const std::optional<foundation::Uuid>& selected);
+  void loadingChanged(bool inProgress);
+  void refreshAsked();
+  void installNotificationHandler();
+  foundation::Task<> loadDeviceList();
+  foundation::Task<> refreshDeviceList();
+  /// Asks the service and scans. False if a board sits in its bootloader.
+  foundation::Task<bool> rebuildList();
+  void startRefresh();
+  void resetFirstHalfkayBoard();
+  void start(foundation::Task<> task);
+  foundation::Task<> counted(foundation::Task<> task);
+
+  // DeviceListViewRun.cpp: the upgrade run
+  foundation::Task<> uploadFirstDevice(records::BootableDevice device);
+  foundation::Task<> uploadNextDevice(records::BootableDevice device);
+  foundation::Task<std::string> downloadFirmware(records::BootableDevice device);
+  bool doUpload(const std::string& fileUrl, const records::BootableDevice& device);
+  void beginStatus(std::uint32_t status);
+  void showStatus(std::uint32_t status);
+  void loadEnded(const foundation::Uuid& id);
+  void goOnWith(const records::BootableDevice& next);
+  void endRun();
+  void stopRun(const std::string& reason);
+
+  std::optional<foundation::Uuid> lastSelected_;
+  bool wasLoading_ = false;
+  int tasksUnderWay_ = 0;
+  foundation::Subscription selectionSubscription_;
+  foundation::Subscription loadingSubscription_;
+  foundation::Subscription notificationPublisher_;
   foundation::Timer timer_;
 };
 

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "MIDIKitIO/platform/MIDIService.hpp"
 #include "device/DeviceExplorer.hpp"
 #include "device/platform/SerialInterfaces.hpp"
+#include "device/platform/TerminalNode.hpp"
 #include "device/platform/UsbBus.hpp"
 #include "foundation/Runtime.hpp"
 #include "foundation/UrlSession.hpp"
@@ -17,10 +20,12 @@ struct Platform {
   foundation::UrlSession& urlSession;
   device::UsbBus& usbBus;
   device::SerialInterfaces& serialInterfaces;
+  device::TerminalNodes& terminalNodes;
+  std::shared_ptr<midikit::io::MIDIService> midiService;
   service::ServiceAddress serviceAddress;
 
   device::ExplorerPlatform forExplorer() const {
-    return {usbBus, serialInterfaces, urlSession, serviceAddress.deviceExplorer};
+    return {runtime, usbBus, serialInterfaces, urlSession, serviceAddress.deviceExplorer};
   }
 };
 

@@ -11,12 +11,6 @@
 namespace karvex::app {
 namespace {
 
-/// The file at that place of the equipment: the bundled ones in turn.
-std::filesystem::path firmwareAt(std::size_t place) {
-  static const auto files = bundledFirmware();
-  return files.at(place % files.size());
-}
-
 rig::ServedDevice servedDeviceAt(std::size_t place, const std::string& serviceAddress) {
   const auto file = firmwareAt(place).filename();
   return {
@@ -52,6 +46,11 @@ std::vector<std::filesystem::path> bundledFirmware() {
   return files;
 }
 
+std::filesystem::path firmwareAt(std::size_t place) {
+  static const auto files = bundledFirmware();
+  return files.at(place % files.size());
+}
+
 std::string mcuInNameOf(const std::filesystem::path& firmware) {
   const auto name = firmware.stem().extension().string();
   return name.empty() ? name : name.substr(1);
@@ -62,9 +61,11 @@ std::string serialNumberOf(std::size_t place) {
 }
 
 void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
-  const auto plugInBoard = [&bus](std::size_t place) {
+  const auto plugInBoard = [&plan, &bus](std::size_t place) {
     const auto* kind = rig::findBoardKind(mcuInNameOf(firmwareAt(place)));
-    bus.plugIn(std::make_unique<rig::VirtualBoard>(*kind, serialNumberOf(place)));
+    const auto faults = plan.faults.find(place);
+    bus.plugIn(std::make_unique<rig::VirtualBoard>(
+        *kind, serialNumberOf(place), faults == plan.faults.end() ? rig::Faults{} : faults->second));
   };
   for (std::size_t place = 0; place < plan.boards; ++place) {
     plugInBoard(place);

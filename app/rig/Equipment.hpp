@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "rig/Faults.hpp"
 #include "rig/VirtualBus.hpp"
 #include "rig/service/ServedDevice.hpp"
 
@@ -16,6 +19,9 @@ std::vector<std::filesystem::path> bundledFirmware();
 /// The directory that they are in.
 std::filesystem::path firmwareDirectory();
 
+/// The one for the board at that place of the equipment, from 0: the bundled ones in turn.
+std::filesystem::path firmwareAt(std::size_t place);
+
 /// "expression-pedal.TEENSY31.hex" is for a TEENSY31.
 std::string mcuInNameOf(const std::filesystem::path& firmware);
 
@@ -24,9 +30,11 @@ std::string serialNumberOf(std::size_t place);
 
 /// What the rig's user owns.
 struct EquipmentPlan {
-  std::size_t boards = 3;            ///< attached, and listed by the service
-  std::size_t listedButAbsent = 0;   ///< listed behind those, and not attached
-  std::size_t attachedUnlisted = 0;  ///< attached behind those, and not listed
+  std::size_t boards = 3;                     ///< attached, and listed by the service
+  std::size_t listedButAbsent = 0;            ///< listed behind those, and not attached
+  std::size_t attachedUnlisted = 0;           ///< attached behind those, and not listed
+  std::map<std::size_t, rig::Faults> faults;  ///< of the boards at those places
+  std::set<std::size_t> occupied;             ///< places of boards whose serial port another program holds
 };
 
 /// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn.

@@ -13,9 +13,7 @@
 #include "app/rig/LoadReport.hpp"
 #include "app/rig/ProgressLine.hpp"
 #include "app/rig/RigLoad.hpp"
-#include "device/DeviceExplorer.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/UrlSession.hpp"
 #include "rig/BoardKind.hpp"
 #include "rig/VirtualBoard.hpp"
 
@@ -45,6 +43,30 @@ void writeFramed(std::ostream& out, std::span<const std::uint8_t> report) {
   }
   out.write(frame.data(), frame.size());
   out.write(reinterpret_cast<const char*>(report.data()), static_cast<std::streamsize>(report.size()));
+}
+
+bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
+  std::error_code error;
+  return std::filesystem::equivalent(one, other, error) ||
+         std::filesystem::weakly_canonical(one, error) == std::filesystem::weakly_canonical(other, error);
+}
+
+/// Why the file can't be loaded here; empty if it can. What isn't there, and a directory, is for the loader
+/// to complain about.
+std::string objectionTo(const ProgramOptions& options) {
+  std::error_code error;
+  if (std::filesystem::is_other(options.file, error)) {
+    return fmt::format(
+        "{} is no regular file. It is read twice, by the loader and to check the board's flash, so a pipe "
+        "won't do.",
+        options.file.string());
+  }
+  for (const auto& results : {options.reportsFile, options.reportFile}) {
+    if (results && isSameFile(options.file, *results)) {
+      return fmt::format("{} is the file to load; the results would overwrite it.", results->string());
+    }
+  }
+  return {};
 }
 
 /// Opens a file for results, or says why that can't be done.
@@ -83,6 +105,10 @@ bool isWritten(std::ofstream& file, const std::optional<std::filesystem::path>& 
 }  // namespace
 
 int runProgram(const CommonOptions& common, const ProgramOptions& options) {
+  if (const auto objection = objectionTo(options); !objection.empty()) {
+    fmt::print(stderr, "karvex-rig: {}\n", objection);
+    return exitWrongUse;
+  }
   std::ofstream reports;
   std::ofstream report;
   if (!openForWriting(reports, options.reportsFile) || !openForWriting(report, options.reportFile)) {
@@ -114,29 +140,6 @@ int runProgram(const CommonOptions& common, const ProgramOptions& options) {
   const bool reportsAreWritten = isWritten(reports, options.reportsFile);
   const bool reportIsWritten = isWritten(report, options.reportFile);
   return outcome.isLoaded() && reportsAreWritten && reportIsWritten ? exitLoaded : exitLoadFailed;
-}
-
-int runDemo(const CommonOptions& common) {
-  ProgressLine progress;
-  chooseLogPlace(common, progress);
-  const auto runtime = makeRuntime(common);
-  rig::VirtualBus bus(runtime->clock());
-  foundation::UrlSession urlSession(*runtime);
-  device::DeviceExplorer explorer({bus, bus, urlSession, ""});
-  const auto files = bundledFirmware();
-  plugIn({.boards = files.size()}, bus);
-  showBus(explorer);
-  std::size_t loaded = 0;
-  for (std::size_t place = 0; place < files.size(); ++place) {
-    const LoadRequest request{
-        .file = files[place], .mcu = mcuInNameOf(files[place]), .serialNumber = serialNumberOf(place)};
-    const auto outcome = runLoad(*runtime, bus, withProgress(request, progress), [](const LoadOutcome&) {});
-    progress.clear();
-    say(fmt::format("{} <- {}", sentenceOf(outcome), request.file.filename().string()));
-    loaded += outcome.isLoaded() ? 1U : 0U;
-  }
-  say(fmt::format("{} of {} boards loaded and matching.", loaded, files.size()));
-  return loaded == files.size() && loaded != 0 ? exitLoaded : exitLoadFailed;
 }
 
 }  // namespace karvex::app

@@ -20,7 +20,4 @@ struct ProgramOptions {
 /// One load of one file onto one simulated board.
 int runProgram(const CommonOptions& common, const ProgramOptions& options);
 
-/// Every bundled firmware onto a board of its kind, one after the other.
-int runDemo(const CommonOptions& common);
-
 }  // namespace karvex::app

@@ -7,11 +7,8 @@
 #include <memory>
 #include <string>
 
-#include "app/rig/Equipment.hpp"
+#include "app/rig/RigPlatform.hpp"
 #include "foundation/Task.hpp"
-#include "foundation/UrlSession.hpp"
-#include "rig/VirtualBus.hpp"
-#include "rig/service/EmbeddedService.hpp"
 #include "upgrade/BootableDeviceManager.hpp"
 
 namespace karvex::app {
@@ -25,24 +22,13 @@ EquipmentPlan planFor(const ServiceOptions& options) {
   return {.boards = options.boards, .listedButAbsent = 1, .attachedUnlisted = 1};
 }
 
-/// A bus, a service, and the program's own objects between them.
+/// The rig, and the program's own objects on it.
 class ServiceRig {
  public:
   ServiceRig(const CommonOptions& common, const ServiceOptions& options)
       : runtime(makeRuntime(common)),
-        bus(runtime->clock()),
-        service(*runtime, firmwareDirectory()),
-        urlSession(*runtime, {.certificateAuthorities = service.caFile()}),
-        manager({.runtime = *runtime,
-                 .urlSession = urlSession,
-                 .usbBus = bus,
-                 .serialInterfaces = bus,
-                 .serviceAddress = service::ServiceAddress::at(service.baseAddress())}) {
-    const auto plan = planFor(options);
-    plugIn(plan, bus);
-    service.setDevices(servedDevices(plan, service.baseAddress()));
-    service.setFaults(options.faults);
-  }
+        rig(*runtime, planFor(options), options.faults),
+        manager(rig.platform()) {}
 
   /// Runs the task on the main queue to its end.
   void run(Task<> task) {
@@ -51,9 +37,7 @@ class ServiceRig {
   }
 
   std::unique_ptr<foundation::Runtime> runtime;
-  rig::VirtualBus bus;
-  rig::EmbeddedService service;
-  foundation::UrlSession urlSession;
+  RigPlatform rig;
   BootableDeviceManager manager;
 
  private:
@@ -104,7 +88,7 @@ Task<> report(ServiceRig& rig, bool& isSent) {
 }
 
 void printReceived(const ServiceRig& rig) {
-  const auto requests = rig.service.requests();
+  const auto requests = rig.rig.service.requests();
   if (requests.empty()) {
     say("The service received nothing.");
   }

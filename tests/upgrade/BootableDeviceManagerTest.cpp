@@ -2,13 +2,19 @@
 
 #include <gmock/gmock.h>
 
+#include <stdlib.h>
+
+#include <functional>
+#include <sstream>
 #include <unordered_set>
 
+#include "foundation/Timer.hpp"
 #include "tests/upgrade/UpgradeBench.hpp"
 
 namespace karvex::upgrade {
 namespace {
 
+using namespace std::chrono_literals;
 using foundation::Task;
 using records::BootableDevice;
 using testing::ElementsAre;
@@ -82,10 +88,13 @@ TEST_F(BootableDeviceManagerTest, EachMisbehaviourOfTheServiceLeavesTheListAndSa
     std::vector<std::string> lines;
     std::chrono::milliseconds takes{0};
   };
+  constexpr auto tick = 250ms;
   const std::string notJson = "Erreur de validation JSON : ";
   const std::string corrupted = "Erreur : Données corrompues - ";
   const Case faultCases[] = {
-      {"silent", {"127.0.0.1: ", notJson, corrupted}, std::chrono::milliseconds(60'000)},
+      {"silent", {"127.0.0.1: ", notJson, corrupted}, 60s},
+      {"slow=59999", {}, 59'999ms},
+      {"slow=60001", {"127.0.0.1: ", notJson, corrupted}, 60s},
       {"cut-off", {"127.0.0.1: ", notJson, corrupted}},
       {"wrong-certificate", {"127.0.0.1: ", notJson, corrupted}},
       {"endless", {"127.0.0.1: ", notJson, corrupted}},
@@ -103,14 +112,16 @@ TEST_F(BootableDeviceManagerTest, EachMisbehaviourOfTheServiceLeavesTheListAndSa
   const auto listed = manager.deviceDescriptors;
   for (const auto& example : faultCases) {
     SCOPED_TRACE(example.fault);
-    rig::ServiceFaults faults;
-    ASSERT_EQ(rig::addServiceFault(example.fault, faults), std::nullopt);
-    bench.service.setFaults(faults);
+    bench.misbehave(example.fault);
     bench.printed.clear();
+    int ticks = 0;
+    const auto ticker = foundation::Timer::repeating(bench.runtime.clock(), bench.runtime.mainQueue(), tick,
+                                                     [&ticks] { ++ticks; });
     manager.isServerLoaded = false;
     const auto before = bench.runtime.clock().now();
     EXPECT_TRUE(fetch(manager));
     EXPECT_EQ(bench.runtime.clock().now() - before, example.takes);
+    EXPECT_GE(ticks, example.takes / tick - 1) << "the main queue goes on meanwhile";
     EXPECT_TRUE(manager.isServerLoaded);
     EXPECT_EQ(manager.deviceDescriptors, listed);
     std::vector<std::string> lines;
@@ -124,10 +135,18 @@ TEST_F(BootableDeviceManagerTest, EachMisbehaviourOfTheServiceLeavesTheListAndSa
   }
 }
 
+TEST_F(BootableDeviceManagerTest, TheServiceIsReachedWhateverProxyTheEnvironmentNames) {
+  setenv("https_proxy", "http://127.0.0.1:9", 1);
+  BootableDeviceManager manager(bench.platform());
+  EXPECT_TRUE(fetch(manager));
+  unsetenv("https_proxy");
+  EXPECT_THAT(manager.deviceDescriptors, SizeIs(2)) << bench.printed;
+}
+
 TEST_F(BootableDeviceManagerTest, AnEmptyAnswerIsASuccessThatForgetsTheEarlierList) {
   BootableDeviceManager manager(bench.platform());
   ASSERT_TRUE(fetch(manager));
-  bench.service.setListText("[]");
+  bench.misbehave("empty-list");
   EXPECT_TRUE(fetch(manager));
   EXPECT_THAT(manager.deviceDescriptors, IsEmpty());
   EXPECT_EQ(bench.printed, "");
@@ -174,6 +193,32 @@ TEST_F(BootableDeviceManagerTest, ACompletionThatCannotBeToldIsKeptAndGoesToTheD
   EXPECT_EQ(bench.printed, "");
 }
 
+TEST_F(BootableDeviceManagerTest, ACompletionEndsWhateverTheServiceDoesAndOnlyAFailedTransferIsWrittenDown) {
+  const struct {
+    const char* fault;
+    bool isFailure;
+    std::chrono::milliseconds takes{0};
+  } faultCases[] = {
+      {"silent", true, 60s},       {"slow", false, 5s},     {"cut-off", true},
+      {"wrong-certificate", true}, {"endless", true},       {"redirect-elsewhere", true},
+      {"not-found", false},        {"server-error", false}, {"not-json@complete", false},
+      {"missing-key@list", false},
+  };
+  BootableDeviceManager manager(bench.platform());
+  for (const auto& example : faultCases) {
+    SCOPED_TRACE(example.fault);
+    bench.misbehave(example.fault);
+    bench.debugged.clear();
+    manager.managedDevices.set({device("10")});
+    const auto before = bench.runtime.clock().now();
+    sendComplete(manager, manager.managedDevices.get()[0].id);
+    EXPECT_EQ(bench.runtime.clock().now() - before, example.takes);
+    EXPECT_EQ(manager.managedDevices.get()[0].currentVersion, "2.0+1");
+    EXPECT_THAT(bench.debugged, SizeIs(example.isFailure ? 1 : 0));
+  }
+  EXPECT_EQ(bench.printed, "");
+}
+
 TEST_F(BootableDeviceManagerTest, RecordsAreFoundByTheirIdAndByNothingElse) {
   BootableDeviceManager manager(bench.platform());
   manager.managedDevices.set({device("10"), device("10"), device("30")});
@@ -193,17 +238,37 @@ TEST(BootableDeviceTest, EqualityAndHashLookAtEveryField) {
   const BootableDevice original;
   EXPECT_NE(original.id, BootableDevice().id) << "each record has an id of its own";
   EXPECT_EQ(original.id.text().size(), 36U);
-  std::vector<BootableDevice> changed(8, original);
-  changed[0].midiRef = 0;
-  changed[1].isOffline = std::nullopt;
-  changed[2].status = 1;
-  changed[3].USBBCDDevice = 0;
-  changed[4].ulProgress = 1;
-  changed[5].id = foundation::Uuid::random();
-  changed[6].deviceName = "";
-  std::unordered_set<BootableDevice> different(changed.begin(), changed.end());
-  different.insert(original);
-  EXPECT_EQ(different.size(), 8U);
+  const std::hash<BootableDevice> hash;
+  EXPECT_EQ(hash(original), hash(BootableDevice(original)));
+  const std::function<void(BootableDevice&)> changes[] = {
+      [](auto& device) { device.id = foundation::Uuid::random(); },
+      [](auto& device) { device.midiRef = 0; },
+      [](auto& device) { device.deviceName = ""; },
+      [](auto& device) { device.isOffline = std::nullopt; },
+      [](auto& device) { device.portSerialNumber = "1"; },
+      [](auto& device) { device.firmwareServerURL = "1"; },
+      [](auto& device) { device.firmwareDir = "1"; },
+      [](auto& device) { device.firmwareFile = "1"; },
+      [](auto& device) { device.firmwareName = "1"; },
+      [](auto& device) { device.firmwareVersion = "1"; },
+      [](auto& device) { device.currentVersion = "1"; },
+      [](auto& device) { device.mcu = "1"; },
+      [](auto& device) { device.sequenceNumber = 1; },
+      [](auto& device) { device.setupDelay = 1; },
+      [](auto& device) { device.status = 1; },
+      [](auto& device) { device.USBVendorId = 0; },
+      [](auto& device) { device.USBProductId = 0; },
+      [](auto& device) { device.USBBCDDevice = 0; },
+      [](auto& device) { device.dlProgress = 1; },
+      [](auto& device) { device.ulProgress = 1; },
+  };
+  std::unordered_set<std::size_t> hashes = {hash(original)};
+  for (const auto& change : changes) {
+    auto changed = original;
+    change(changed);
+    EXPECT_NE(changed, original) << "change " << hashes.size();
+    EXPECT_TRUE(hashes.insert(hash(changed)).second) << "change " << hashes.size();
+  }
 }
 
 }  // namespace

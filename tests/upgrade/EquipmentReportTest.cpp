@@ -1,16 +1,21 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <thread>
 
 #include "tests/upgrade/UpgradeBench.hpp"
 
 namespace karvex::upgrade {
 namespace {
 
+using namespace std::chrono_literals;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Ne;
 using testing::SizeIs;
+using testing::StartsWith;
 
 class EquipmentReportTest : public testing::Test {
  protected:
@@ -21,11 +26,6 @@ class EquipmentReportTest : public testing::Test {
     };
     bench.run(run(explorer, result));
     return result;
-  }
-  void misbehave(const char* fault) {
-    rig::ServiceFaults faults;
-    ASSERT_EQ(rig::addServiceFault(fault, faults), std::nullopt);
-    bench.service.setFaults(faults);
   }
 
   UpgradeBench bench;
@@ -53,19 +53,33 @@ TEST_F(EquipmentReportTest, TheLastScanGoesOutInItsOrder) {
 }
 
 TEST_F(EquipmentReportTest, AnyAnswerIsASuccessAndAFailureIsToldUntilTheNextOne) {
+  const struct {
+    const char* fault;
+    bool isSent;
+    std::chrono::seconds takes{0};
+  } faultCases[] = {
+      {"wrong-certificate", false}, {"server-error", true},
+      {"silent", false, 60s},       {"not-found", true},
+      {"cut-off", false},           {"slow", true, 5s},
+      {"endless", false},           {"redirect-elsewhere", false},
+      {"not-json@report", true},
+  };
   device::DeviceExplorer explorer(bench.platform().forExplorer());
-  misbehave("wrong-certificate");
-  EXPECT_FALSE(send(explorer));
-  EXPECT_THAT(explorer.lastError.get(), HasSubstr("127.0.0.1"));
-  EXPECT_THAT(bench.debugged, IsEmpty());
-  misbehave("server-error");
-  EXPECT_TRUE(send(explorer));
-  EXPECT_EQ(explorer.lastError.get(), "");
-  EXPECT_THAT(bench.debugged, ElementsAre(HasSubstr("> httpPost => resp = ")));
-  misbehave("silent");
-  const auto before = bench.runtime.clock().now();
-  EXPECT_FALSE(send(explorer));
-  EXPECT_EQ(bench.runtime.clock().now() - before, std::chrono::seconds(60));
+  for (const auto& example : faultCases) {
+    SCOPED_TRACE(example.fault);
+    bench.misbehave(example.fault);
+    bench.debugged.clear();
+    const auto before = bench.runtime.clock().now();
+    EXPECT_EQ(send(explorer), example.isSent);
+    EXPECT_EQ(bench.runtime.clock().now() - before, example.takes);
+    if (example.isSent) {
+      EXPECT_EQ(explorer.lastError.get(), "");
+      EXPECT_THAT(bench.debugged, ElementsAre(StartsWith("> httpPost => resp = " + bench.address)));
+    } else {
+      EXPECT_THAT(explorer.lastError.get(), StartsWith("127.0.0.1: "));
+      EXPECT_THAT(bench.debugged, IsEmpty());
+    }
+  }
 }
 
 TEST_F(EquipmentReportTest, WhatCannotBeSentIsSaidWithoutATransfer) {
@@ -79,6 +93,20 @@ TEST_F(EquipmentReportTest, WhatCannotBeSentIsSaidWithoutATransfer) {
   EXPECT_FALSE(send(explorer));
   EXPECT_THAT(explorer.lastError.get(), HasSubstr("UTF-8"));
   EXPECT_THAT(bench.service.requests(), IsEmpty());
+}
+
+TEST_F(EquipmentReportTest, TheOutcomeIsSetOffTheMainThreadWhateverItIs) {
+  std::vector<std::thread::id> threads;
+  for (const auto* url : {"https://my service/report", "https://127.0.0.1:1/", bench.address.c_str()}) {
+    auto platform = bench.platform().forExplorer();
+    platform.reportUrl = url;
+    device::DeviceExplorer explorer(platform);
+    const auto subscription = explorer.lastError.observe(
+        [&threads](const std::string&) { threads.push_back(std::this_thread::get_id()); });
+    send(explorer);
+  }
+  EXPECT_THAT(threads, SizeIs(3));
+  EXPECT_THAT(threads, Each(Ne(std::this_thread::get_id())));
 }
 
 }  // namespace

@@ -19,7 +19,6 @@ class StatusPollingTest : public testing::Test {
   StatusPollingTest() {
     set_load_status(0);
     view.deviceManager.managedDevices.set({records::BootableDevice(), records::BootableDevice()});
-    view.loadEnded = [this](const foundation::Uuid& id) { ended.push_back(id); };
   }
   ~StatusPollingTest() override { set_load_status(0); }
 
@@ -27,9 +26,12 @@ class StatusPollingTest : public testing::Test {
   std::uint32_t statusAt(std::size_t place) { return view.deviceManager.managedDevices.get()[place].status; }
 
   UpgradeBench bench;
+  NotificationManager notificationManager;
+  std::shared_ptr<midikit::io::ObservableMIDIManager> midiManager =
+      midikit::io::ObservableMIDIManager::create(
+          {.service = bench.midiService, .runtime = bench.runtime, .clientName = "StatusPollingTest"});
   SharedDeviceListModel model;
-  DeviceListView view{bench.platform(), model};
-  std::vector<foundation::Uuid> ended;
+  DeviceListView view{bench.platform(), notificationManager, midiManager, model};
 };
 
 TEST_F(StatusPollingTest, AChangeIsAcknowledgedOnceAndGoesIntoTheSelectedRow) {
@@ -46,13 +48,14 @@ TEST_F(StatusPollingTest, AChangeIsAcknowledgedOnceAndGoesIntoTheSelectedRow) {
 }
 
 TEST_F(StatusPollingTest, WhatComesAndGoesBetweenTwoTicksIsSeenAsItsEnd) {
-  view.selectedDeviceId.set(idAt(0));
+  view.selectedDeviceId.set(idAt(1));
   for (const auto status : {5U, 6U, 7U}) {
     set_load_status(status);
   }
   bench.runFor(1s);
-  EXPECT_THAT(bench.logged, ElementsAre("> KARVEX : Acknowledged Status value = 7"));
-  EXPECT_THAT(ended, ElementsAre(idAt(0))) << "and the end of the load is handled once";
+  EXPECT_THAT(bench.logged,
+              ElementsAre("> KARVEX : Acknowledged Status value = 7", "> KARVEX : End of loading Sequence"));
+  EXPECT_TRUE(view.procedureComplete.get()) << "and the end of the load is handled once";
 }
 
 TEST_F(StatusPollingTest, AnEqualValueIsAcknowledgedAgainWhenItIsAnnounced) {
@@ -71,7 +74,7 @@ TEST_F(StatusPollingTest, WithoutASelectionAStatusIsOnlyAcknowledged) {
   bench.runFor(1s);
   EXPECT_THAT(bench.logged, ElementsAre("> KARVEX : Acknowledged Status value = 7"));
   EXPECT_EQ(statusAt(0) + statusAt(1), 0U);
-  EXPECT_THAT(ended, IsEmpty());
+  EXPECT_FALSE(view.procedureComplete.get());
 }
 
 TEST_F(StatusPollingTest, MissingPermissionFreesTheControlsWithOrWithoutASelection) {
@@ -92,7 +95,7 @@ TEST_F(StatusPollingTest, MissingPermissionFreesTheControlsWithOrWithoutASelecti
     EXPECT_EQ(view.selectedDeviceId.get(), std::nullopt);
     EXPECT_EQ(statusAt(0), before) << "12 doesn't reach the row";
   }
-  EXPECT_THAT(ended, IsEmpty());
+  EXPECT_FALSE(view.procedureComplete.get());
 }
 
 TEST_F(StatusPollingTest, ABlockedMainThreadGetsTheLastValueInOneTick) {

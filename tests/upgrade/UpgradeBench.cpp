@@ -1,5 +1,7 @@
 #include "tests/upgrade/UpgradeBench.hpp"
 
+#include <stdexcept>
+
 #include "foundation/Log.hpp"
 #include "foundation/Task.hpp"
 
@@ -17,7 +19,7 @@ foundation::Task<> thenStop(foundation::Task<> task, foundation::Runtime& runtim
 
 UpgradeBench::UpgradeBench()
     : service(runtime, std::filesystem::temp_directory_path()),
-      urlSession(runtime, {.certificateAuthorities = service.caFile()}),
+      urlSession(runtime, service.transferPolicy()),
       address(service.baseAddress()) {
   log::redirectSystem([this](std::string_view text) { logged.emplace_back(text); });
   log::redirectPrint([this](std::string_view text) { printed += text; });
@@ -35,7 +37,17 @@ Platform UpgradeBench::platform() {
           .urlSession = urlSession,
           .usbBus = bus,
           .serialInterfaces = bus,
+          .terminalNodes = terminals,
+          .midiService = midiService,
           .serviceAddress = service::ServiceAddress::at(address)};
+}
+
+void UpgradeBench::misbehave(const std::string& fault) {
+  rig::ServiceFaults faults;
+  if (const auto complaint = rig::addServiceFault(fault, faults)) {
+    throw std::invalid_argument(*complaint);
+  }
+  service.setFaults(faults);
 }
 
 void UpgradeBench::runFor(foundation::Duration span) {

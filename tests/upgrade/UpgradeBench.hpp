@@ -1,11 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "foundation/UrlSession.hpp"
 #include "foundation/VirtualRuntime.hpp"
 #include "rig/VirtualBus.hpp"
+#include "rig/VirtualTerminals.hpp"
+#include "rig/midi/VirtualMidiService.hpp"
 #include "rig/service/EmbeddedService.hpp"
 #include "upgrade/Platform.hpp"
 
@@ -22,6 +25,9 @@ class UpgradeBench {
 
   Platform platform();
 
+  /// Has the service misbehave in this way from now on, and in no other.
+  void misbehave(const std::string& fault);
+
   /// Runs the main queue for a span of virtual time.
   void runFor(foundation::Duration span);
   /// Runs a task that is started on the main queue to its end.
@@ -29,6 +35,8 @@ class UpgradeBench {
 
   foundation::VirtualRuntime runtime;
   rig::VirtualBus bus{runtime.clock()};
+  rig::VirtualTerminals terminals{bus};
+  std::shared_ptr<rig::VirtualMidiService> midiService = std::make_shared<rig::VirtualMidiService>(runtime);
   rig::EmbeddedService service;
   foundation::UrlSession urlSession;
   std::string address;

@@ -1,0 +1,64 @@
+#include "app/WindowProgram.hpp"
+
+#include <QApplication>
+#include <utility>
+
+#include "ui/Observation.hpp"
+#include "upgrade/LoadProgress.hpp"
+
+namespace karvex::app {
+
+WindowProgram::WindowProgram(MakeCore makeCore)
+    : snapshots_([this](const ui::Snapshot& snapshot) { window_->draw(snapshot); }),
+      thread_([this, makeCore = std::move(makeCore)] { runCore(makeCore); }) {
+  try {
+    core_ = made_.get_future().get();
+  } catch (...) {
+    thread_.join();
+    throw;
+  }
+  window_ = std::make_unique<ui::qt::MainWindow>(
+      ui::qt::WindowLinks{core_->actions(), upgrade::currentLoadProgress, [this] { closeUnlessRunning(); }});
+}
+
+WindowProgram::~WindowProgram() {
+  core_->runtime().stopMain();
+  isOver_.set_value();
+  thread_.join();
+}
+
+void WindowProgram::run() {
+  window_->show();
+  QApplication::exec();
+}
+
+/// The core's thread, from its begin to its end.
+void WindowProgram::runCore(const MakeCore& makeCore) {
+  std::unique_ptr<WindowCore> core;
+  try {
+    core = makeCore();
+  } catch (...) {
+    made_.set_exception(std::current_exception());
+    return;
+  }
+  auto& view = core->view();
+  const auto publish = [this, &view] { snapshots_.put(ui::snapshotOf(view)); };
+  auto subscriptions = ui::observe(view, publish);
+  publish();
+  made_.set_value(core.get());
+  core->runtime().runMain();
+  subscriptions.clear();
+  QMetaObject::invokeMethod(&toolkit_, [] { QApplication::quit(); }, Qt::QueuedConnection);
+  isOver_.get_future().wait();
+}
+
+/// Asks on the main queue, behind every click that is on its way there.
+void WindowProgram::closeUnlessRunning() {
+  core_->runtime().mainQueue().post([this] {
+    if (ui::qt::mayClose(ui::snapshotOf(core_->view()))) {
+      QMetaObject::invokeMethod(&toolkit_, [this] { window_->closeForGood(); }, Qt::QueuedConnection);
+    }
+  });
+}
+
+}  // namespace karvex::app

@@ -1,0 +1,147 @@
+#include "app/rig/ApplicationCommand.hpp"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <optional>
+
+#include "app/rig/RigPlatform.hpp"
+#include "app/rig/RunRecorder.hpp"
+#include "app/rig/RunReport.hpp"
+#include "app/rig/ScriptedUser.hpp"
+#include "foundation/Log.hpp"
+#include "ui/Actions.hpp"
+#include "ui/KarvexApp.hpp"
+#include "ui/console/LineFront.hpp"
+#include "ui/console/TerminalFront.hpp"
+#include "ui/console/TerminalMode.hpp"
+
+namespace karvex::app {
+namespace {
+
+/// The application's objects on the rig, and the front that shows them.
+class RigApplication {
+ public:
+  RigApplication(const CommonOptions& common, const ApplicationOptions& options)
+      : options_(options),
+        runtime_(makeRuntime(common)),
+        plan_{.boards = options.boards, .faults = options.boardFaults, .occupied = options.occupied},
+        rig_(*runtime_, plan_, options.serviceFaults),
+        app_(rig_.platform()),
+        view_(rig_.platform(), app_),
+        actions_(runtime_->mainQueue(), view_),
+        recorder_(rig_, view_, plan_) {
+    if (common.realTime && ui::console::TerminalMode::isPossible()) {
+      showOnTerminal(common);
+    } else {
+      lineFront_.emplace(view_, actions_,
+                         ui::console::LineFront::Options{.answersAlerts = options.answersAlerts,
+                                                         .write = [](auto line) { say(std::string(line)); }});
+    }
+  }
+
+  ~RigApplication() {
+    terminalFront_.reset();
+    foundation::log::redirectSystem(nullptr);
+    foundation::log::redirectPrint(nullptr);
+    foundation::log::redirectDebug(nullptr);
+  }
+  RigApplication(const RigApplication&) = delete;
+  RigApplication& operator=(const RigApplication&) = delete;
+
+  /// Gives what happened.
+  RunRecord run() {
+    const bool isScripted = options_.upgradeFrom.has_value();
+    if (isScripted || !terminalFront_) {
+      user_.emplace(*runtime_, view_, actions_,
+                    ScriptedUser::Plan{.firstRow = isScripted ? *options_.upgradeFrom - 1 : options_.boards,
+                                       .answersAlerts = options_.answersAlerts},
+                    [this] { runtime_->stopMain(); });
+    }
+    actions_.appear();
+    runtime_->runMain();
+    return recorder_.record();
+  }
+
+ private:
+  /// The page has the terminal for itself; what would be printed shows in its last line.
+  void showOnTerminal(const CommonOptions& common) {
+    terminalFront_ =
+        std::make_unique<ui::console::TerminalFront>(view_, actions_, [this] { runtime_->stopMain(); });
+    const auto notice = [this](std::string_view text) { terminalFront_->notice(text); };
+    foundation::log::redirectPrint(notice);
+    foundation::log::redirectDebug(notice);
+    if (isatty(STDERR_FILENO) != 0 || common.showLog) {
+      foundation::log::redirectSystem(notice);
+    }
+  }
+
+  const ApplicationOptions& options_;
+  std::unique_ptr<foundation::Runtime> runtime_;
+  EquipmentPlan plan_;
+  RigPlatform rig_;
+  ui::KarvexApp app_;
+  ui::ContentView view_;
+  ui::Actions actions_;
+  RunRecorder recorder_;
+  std::optional<ui::console::LineFront> lineFront_;
+  std::unique_ptr<ui::console::TerminalFront> terminalFront_;
+  std::optional<ScriptedUser> user_;
+};
+
+bool isUpgraded(const RunRecord::Board& board) {
+  return board.bootReport && board.flashMatches && board.isReported;
+}
+
+std::string sentenceOf(const RunRecord::Board& board) {
+  if (isUpgraded(board)) {
+    return fmt::format("{} {}: upgraded: {} blocks, its flash matches the file, and the service knows.",
+                       board.mcu, board.serialNumber, board.reports);
+  }
+  const auto* flash = board.flashMatches ? "its flash matches the file" : "its flash is not the file's";
+  return fmt::format("{} {}: NOT UPGRADED: {}, {}; it is {}.", board.mcu, board.serialNumber, flash,
+                     board.isReported ? "the service knows" : "the service was not told", board.state);
+}
+
+/// What became of the boards from the row on that the run began with. True if all is well with all of them.
+bool tellResults(const RunRecord& record, std::size_t firstRow) {
+  std::size_t upgraded = 0;
+  for (std::size_t place = firstRow; place < record.boards.size(); ++place) {
+    say(sentenceOf(record.boards[place]));
+    upgraded += isUpgraded(record.boards[place]) ? 1U : 0U;
+  }
+  const auto wanted = record.boards.size() - std::min(firstRow, record.boards.size());
+  say(fmt::format("{} of {} devices upgraded.", upgraded, wanted));
+  return wanted != 0 && upgraded == wanted;
+}
+
+}  // namespace
+
+int runApplication(const CommonOptions& common, const ApplicationOptions& options) {
+  std::ofstream report;
+  if (options.reportFile) {
+    report.open(*options.reportFile, std::ios::binary | std::ios::trunc);
+    if (!report) {
+      fmt::print(stderr, "karvex-rig: {} can't be written.\n", options.reportFile->string());
+      return exitWrongUse;
+    }
+  }
+  const auto record = RigApplication(common, options).run();
+  if (report.is_open()) {
+    report << jsonOf(record);
+    report.close();
+    if (!report) {
+      fmt::print(stderr, "karvex-rig: {} could not be written to its end.\n", options.reportFile->string());
+      return exitLoadFailed;
+    }
+  }
+  if (!options.upgradeFrom) {
+    return exitLoaded;
+  }
+  return tellResults(record, *options.upgradeFrom - 1) ? exitLoaded : exitLoadFailed;
+}
+
+}  // namespace karvex::app

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "app/WindowProgram.hpp"
+#include "app/rig/ApplicationCommand.hpp"
+#include "app/rig/RigPlatform.hpp"
+#include "app/rig/RunRecorder.hpp"
+#include "app/rig/ScriptedUser.hpp"
+#include "ui/KarvexApp.hpp"
+
+namespace karvex::app {
+
+/// The application's objects on the rig, for a window. With `upgradeFrom`, a scripted user runs to the end
+/// and stops the core.
+class RigCore final : public WindowCore {
+ public:
+  /// What happened is left in `record` at the end; it must outlive this object, as must the options.
+  RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record);
+  ~RigCore() override { record_ = recorder_.record(); }
+  RigCore(const RigCore&) = delete;
+  RigCore& operator=(const RigCore&) = delete;
+
+  foundation::Runtime& runtime() override { return *runtime_; }
+  ui::ContentView& view() override { return view_; }
+  ui::Actions& actions() override { return actions_; }
+
+ private:
+  std::unique_ptr<foundation::Runtime> runtime_;
+  EquipmentPlan plan_;
+  RigPlatform rig_;
+  ui::KarvexApp app_;
+  ui::ContentView view_;
+  ui::Actions actions_;
+  RunRecorder recorder_;
+  RunRecord& record_;
+  std::optional<ScriptedUser> user_;
+};
+
+}  // namespace karvex::app

@@ -1,0 +1,95 @@
+#include "app/rig/RunRecorder.hpp"
+
+#include <algorithm>
+
+#include "rig/ExpectedFlash.hpp"
+
+namespace karvex::app {
+namespace {
+
+bool isCompletionOf(const rig::ServiceRequest& request, const std::string& serialNumber) {
+  return request.path == "/services/uploadComplete.php" &&
+         request.body.starts_with("DEVICE_SERIAL_NUMBER=" + serialNumber + "&");
+}
+
+}  // namespace
+
+RunRecorder::RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan)
+    : rig_(rig), view_(view), boards_(plan.boards), record_{.start = rig.runtime.clock().now()} {
+  for (std::size_t place = 0; place < boards_; ++place) {
+    const auto serialNumber = serialNumberOf(place);
+    auto& timeline = timelines_[serialNumber];
+    rig_.bus.inspect(serialNumber, [&timeline](rig::VirtualBoard& board) {
+      board.setEventListener([&timeline](auto at, const std::string& event) { timeline.add(at, event); });
+    });
+  }
+  lookAtControls();
+  subscriptions_ = ui::observe(view, [this] { look(); });
+}
+
+RunRecorder::~RunRecorder() {
+  for (const auto& [serialNumber, timeline] : timelines_) {
+    rig_.bus.inspect(serialNumber, [](rig::VirtualBoard& board) { board.setEventListener(nullptr); });
+  }
+}
+
+void RunRecorder::look() {
+  const auto now = rig_.runtime.clock().now();
+  for (const auto& device : view_.deviceListView.deviceManager.managedDevices.get()) {
+    auto& statuses = record_.statuses[device.portSerialNumber];
+    if (statuses.empty() || statuses.back().status != device.status) {
+      statuses.push_back({now, device.status});
+    }
+  }
+  const auto alert = ui::snapshotOf(view_).alert;
+  const auto title = alert ? alert->title : std::string();
+  if (alert && title != lastDialog_) {
+    record_.dialogs.push_back({now, alert->title, alert->message});
+  }
+  lastDialog_ = title;
+  lookAtControls();
+}
+
+void RunRecorder::lookAtControls() {
+  const auto& model = view_.loadingViewModel;
+  const RunRecord::ControlsAt controls{.at = rig_.runtime.clock().now(),
+                                       .uploadDisabled = model.isUploadButtonDisabled.get(),
+                                       .loading = model.loadingInProgress.get(),
+                                       .actionsDisabled = model.actionButtonsDisabled.get()};
+  const auto isSame = [&controls](const RunRecord::ControlsAt& other) {
+    return controls.uploadDisabled == other.uploadDisabled && controls.loading == other.loading &&
+           controls.actionsDisabled == other.actionsDisabled;
+  };
+  if (record_.controls.empty() || !isSame(record_.controls.back())) {
+    record_.controls.push_back(controls);
+  }
+}
+
+RunRecord::Board RunRecorder::boardAt(std::size_t place) const {
+  RunRecord::Board result{.serialNumber = serialNumberOf(place)};
+  rig_.bus.inspect(result.serialNumber, [&](const rig::VirtualBoard& board) {
+    const auto expected = rig::expectedFlash(firmwareAt(place), board.kind());
+    result.mcu = board.kind().mcu;
+    result.state = nameOf(board.state());
+    result.reports = board.blocksTaken();
+    result.bootReport = board.hasBooted();
+    result.flashMatches = expected && std::ranges::equal(*expected, board.flash());
+  });
+  result.timeline = timelines_.at(result.serialNumber).entries();
+  return result;
+}
+
+RunRecord RunRecorder::record() const {
+  auto record = record_;
+  record.requests = rig_.service.requests();
+  for (std::size_t place = 0; place < boards_; ++place) {
+    auto board = boardAt(place);
+    board.isReported = std::ranges::any_of(record.requests, [&board](const auto& request) {
+      return isCompletionOf(request, board.serialNumber);
+    });
+    record.boards.push_back(std::move(board));
+  }
+  return record;
+}
+
+}  // namespace karvex::app

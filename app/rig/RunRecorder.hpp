@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "app/rig/RigPlatform.hpp"
+#include "app/rig/Timeline.hpp"
+#include "foundation/Clock.hpp"
+#include "foundation/Observers.hpp"
+#include "ui/ContentView.hpp"
+#include "ui/Observation.hpp"
+
+namespace karvex::app {
+
+/// Everything that a run of the application showed and did, with times, for a report.
+struct RunRecord {
+  struct StatusAt {
+    foundation::TimePoint at;
+    std::uint32_t status;
+  };
+  struct DialogAt {
+    foundation::TimePoint at;
+    std::string title;
+    std::string message;
+  };
+  struct ControlsAt {
+    foundation::TimePoint at;
+    bool uploadDisabled;
+    bool loading;
+    bool actionsDisabled;
+  };
+  /// A board, at the end.
+  struct Board {
+    std::string serialNumber;
+    std::string mcu;
+    std::string state;
+    std::uint32_t reports = 0;  ///< blocks that the board took in its last load
+    bool bootReport = false;
+    bool flashMatches = false;  ///< with the file that the service lists for it
+    bool isReported = false;    ///< the service was told of its upgrade
+    std::vector<Timeline::Entry> timeline;
+  };
+
+  foundation::TimePoint start;
+  std::map<std::string, std::vector<StatusAt>> statuses;  ///< by serial number
+  std::vector<DialogAt> dialogs;
+  std::vector<ControlsAt> controls;
+  std::vector<rig::ServiceRequest> requests;
+  std::vector<Board> boards;
+};
+
+/// Writes the record while the application runs. Main thread; the boards' events may come on any.
+class RunRecorder {
+ public:
+  /// All must outlive the recorder.
+  RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan);
+  ~RunRecorder();
+  RunRecorder(const RunRecorder&) = delete;
+  RunRecorder& operator=(const RunRecorder&) = delete;
+
+  /// The record until now, with the boards as they are.
+  RunRecord record() const;
+
+ private:
+  void look();
+  void lookAtControls();
+  RunRecord::Board boardAt(std::size_t place) const;
+
+  RigPlatform& rig_;
+  ui::ContentView& view_;
+  const std::size_t boards_;
+  RunRecord record_;
+  std::map<std::string, Timeline> timelines_;
+  std::string lastDialog_;
+  std::vector<foundation::Subscription> subscriptions_;
+};
+
+}  // namespace karvex::app

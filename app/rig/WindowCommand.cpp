@@ -1,0 +1,25 @@
+#include "app/rig/WindowCommand.hpp"
+
+#include <QApplication>
+#include <memory>
+
+#include "app/rig/RigCore.hpp"
+
+namespace karvex::app {
+
+bool hasDisplay() {
+  return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& options) {
+  // The toolkit keeps both for as long as it runs, and would take options of its own out of the real ones.
+  static int count = 1;
+  static char name[] = "karvex-rig";
+  static char* arguments[] = {name, nullptr};
+  const QApplication application(count, arguments);
+  RunRecord record;
+  WindowProgram([&] { return std::make_unique<RigCore>(common, options, record); }).run();
+  return record;
+}
+
+}  // namespace karvex::app

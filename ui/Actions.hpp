@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "foundation/Queue.hpp"
+#include "foundation/Uuid.hpp"
+#include "ui/UserActions.hpp"
+#include "upgrade/Alert.hpp"
+
+namespace karvex::ui {
+
+class ContentView;
+
+/// The user's actions, handed to the main queue. When it gets there, an action whose control is disabled does
+/// nothing, and while an alert is up nothing but its OK does anything. Any thread.
+class Actions final : public UserActions {
+ public:
+  /// Both must outlive this object and the actions on their way.
+  Actions(foundation::Queue& mainQueue, ContentView& view) : mainQueue_(mainQueue), view_(view) {}
+
+  void appear() override;
+  void select(std::optional<foundation::Uuid> device) override;
+  void upload() override;
+  void refresh() override;
+  void sync() override;
+  void confirm(upgrade::Alert alert) override;
+  void sendReport() override;
+  void closeSheet() override;
+
+ private:
+  void post(std::function<void(ContentView&)> action);
+  void postUnlessAlert(std::function<void(ContentView&)> action);
+
+  foundation::Queue& mainQueue_;
+  ContentView& view_;
+};
+
+}  // namespace karvex::ui

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/Uuid.hpp"
+#include "upgrade/Alert.hpp"
+
+namespace karvex::ui {
+
+/// A colour by its meaning; a front chooses the shade that is readable on its ground.
+enum class Tone { gray, orange, white, green, red };
+
+/// One row of the device table as it is shown.
+struct DeviceRow {
+  foundation::Uuid id;
+  std::string device;
+  std::string serialNumber;
+  std::string firmwareName;
+  std::string currentVersion;
+  Tone currentVersionTone = Tone::red;
+  std::string targetVersion;
+  Tone onlineMark = Tone::green;
+  std::uint32_t status = 0;
+  std::string statusText;
+  Tone statusTone = Tone::gray;
+  /// The device is being programmed: upgrade::currentLoadProgress() is about this row.
+  bool showsProgress = false;
+
+  bool operator==(const DeviceRow&) const = default;
+};
+
+/// A dialog that is up.
+struct AlertText {
+  upgrade::Alert alert;
+  std::string title;
+  std::string message;
+
+  bool operator==(const AlertText&) const = default;
+};
+
+/// Everything that a front draws, as a value: it can be handed to another thread.
+struct Snapshot {
+  std::vector<DeviceRow> rows;
+  std::optional<foundation::Uuid> selected;
+  bool canUpload = false;
+  bool canAct = false;     ///< the refresh and sync buttons are free
+  bool isRunning = false;  ///< an upgrade run is going
+  std::optional<AlertText> alert;
+  bool showsDeviceExplorer = false;
+  bool isSendingReport = false;  ///< of the sheet
+
+  bool operator==(const Snapshot&) const = default;
+};
+
+}  // namespace karvex::ui

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+#include <vector>
+
+#include "foundation/Observers.hpp"
+#include "ui/Actions.hpp"
+#include "ui/Observation.hpp"
+
+namespace karvex::ui::console {
+
+/// The front for a pipe: writes a line for each change, and takes no input. Main thread.
+class LineFront {
+ public:
+  struct Options {
+    bool answersAlerts = false;  ///< confirms each alert by itself, as soon as the main queue gets to it
+    std::function<void(std::string_view line)> write;
+  };
+
+  /// Both must outlive the front.
+  LineFront(ContentView& view, Actions& actions, Options options);
+
+ private:
+  void look();
+
+  ContentView& view_;
+  Actions& actions_;
+  Options options_;
+  Snapshot last_;
+  std::vector<foundation::Subscription> subscriptions_;
+};
+
+}  // namespace karvex::ui::console

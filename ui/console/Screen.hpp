@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "ui/Snapshot.hpp"
+#include "ui/console/StyledText.hpp"
+#include "upgrade/LoadProgress.hpp"
+
+/// The pages that the terminal front draws. Pure functions.
+namespace karvex::ui::console {
+
+/// A bar of that many columns with the blocks behind it, for example "[####....] 12/24 blocks".
+std::string progressBar(const upgrade::LoadProgress& progress, std::size_t columns);
+
+/// The whole page: the table with the mark of the selected row, what the keys do, and what is up: an alert or
+/// the sheet of the equipment report. `notice` is one line at the bottom.
+std::vector<StyledLine> pageOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress,
+                               const std::string& notice, std::size_t columns);
+
+/// The table without a selection, for a plain list.
+std::vector<std::string> tableText(const Snapshot& snapshot);
+
+}  // namespace karvex::ui::console

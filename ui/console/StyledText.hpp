@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ui/Snapshot.hpp"
+
+/// Text for a terminal, still without its control sequences. Pure functions.
+namespace karvex::ui::console {
+
+/// A piece of text in one style.
+struct Span {
+  std::string text;
+  std::optional<Tone> tone;
+  bool isBold = false;
+};
+
+struct StyledLine {
+  std::vector<Span> spans;
+  bool isReversed = false;  ///< the whole line stands out, as a selected row
+
+  /// The text without its styles.
+  std::string plainText() const;
+};
+
+/// The text with every control character replaced: what a device or the service is called must not steer the
+/// terminal. Bytes that are no UTF-8 are replaced too.
+std::string printable(std::string_view text);
+
+/// How many columns the text takes: one for each character.
+std::size_t columnsOf(std::string_view utf8);
+
+/// The text cut or filled with blanks to that many columns; a cut text ends in "…".
+std::string fitted(std::string_view utf8, std::size_t columns);
+
+/// The line with the terminal's control sequences (ECMA-48, SGR) for its styles.
+std::string withSequences(const StyledLine& line);
+
+}  // namespace karvex::ui::console
