@@ -84,7 +84,6 @@ TEST_F(StatusPollingTest, MissingPermissionFreesTheControlsWithOrWithoutASelecti
     bench.runFor(1s);
     const auto before = statusAt(0);
     model.isUploadButtonDisabled.set(false);
-    model.loadingInProgress.set(true);
     model.actionButtonsDisabled.set(true);
     set_load_status(12);
     bench.runFor(1s);
