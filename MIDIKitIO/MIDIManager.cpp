@@ -104,7 +104,7 @@ void MIDIManager::handle(const MIDINotification& message) noexcept {
     try {
       connection->follow(raw);
     } catch (const core::MIDIIOError&) {
-      // There is nobody to tell; the connection follows the next change all the same.
+      continue;  // There is nobody to tell; this one follows the next change all the same.
     }
   }
 }

@@ -19,6 +19,8 @@ namespace midikit::io {
 /// moment of the call, on the calling thread. `Endpoint` has the fields of a record, `displayName`,
 /// `endpointType` and `recordName`.
 template <class Endpoint>
+// A private constructor would keep records from being aggregates.
+// NOLINTNEXTLINE(bugprone-crtp-constructor-accessibility)
 struct MIDIEndpointOperations : MIDIIOObjectProperties<Endpoint> {
   /// The entity that it belongs to.
   /// @throws MIDIIOError `osStatus`, or `readError` if it belongs to none, as a virtual endpoint

@@ -13,8 +13,9 @@ namespace {
 
 constexpr std::string_view unreadable = "-";
 
-std::string readable(std::string text) {
-  return text.empty() ? std::string(unreadable) : text;
+std::string pathText(const std::string& path) {
+  auto url = fileURLText(path);
+  return url.empty() ? std::string(unreadable) : url;
 }
 
 std::string escaped(std::string_view text) {
@@ -84,7 +85,7 @@ std::string propertyText(const MIDIService& service, MIDIObjectRef object, MIDII
     if (!text) {
       return std::string(unreadable);
     }
-    return traits.form == MIDIIOPropertyForm::text ? *text : readable(fileURLText(*text));
+    return traits.form == MIDIIOPropertyForm::text ? *text : pathText(*text);
   }
   return integerText(integerProperty(service, object, traits.platformKey), traits.form);
 }

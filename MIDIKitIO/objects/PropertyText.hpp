@@ -43,6 +43,8 @@ std::string fileURLText(std::string_view path);
 /// What the records of the platform's objects have alike: access to the properties of the object that the
 /// record was made from. `Object` has `coreMIDIObjectRef` and `objectType`.
 template <class Object>
+// A private constructor would keep records from being aggregates.
+// NOLINTNEXTLINE(bugprone-crtp-constructor-accessibility)
 struct MIDIIOObjectProperties {
   /// As io::propertyText.
   std::string propertyText(const MIDIService& service, MIDIIOProperty property) const {
