@@ -29,6 +29,7 @@ WindowProgram::~WindowProgram() {
 
 void WindowProgram::run() {
   window_->show();
+  core_->shown();
   QApplication::exec();
 }
 
@@ -48,7 +49,7 @@ void WindowProgram::runCore(const MakeCore& makeCore) {
   made_.set_value(core.get());
   core->runtime().runMain();
   subscriptions.clear();
-  QMetaObject::invokeMethod(&toolkit_, [] { QApplication::quit(); }, Qt::QueuedConnection);
+  QMetaObject::invokeMethod(&toolkit_, [] { QApplication::exit(); }, Qt::QueuedConnection);
   isOver_.get_future().wait();
 }
 

@@ -21,6 +21,8 @@ class WindowCore {
   virtual foundation::Runtime& runtime() = 0;
   virtual ui::ContentView& view() = 0;
   virtual ui::Actions& actions() = 0;
+  /// The window is on the screen, and has told the actions so. The toolkit's thread.
+  virtual void shown() {}
 };
 
 /// The application behind a window. The toolkit has the process's main thread; the core has a thread of its

@@ -17,6 +17,7 @@
 #include "app/rig/LoadCommands.hpp"
 #include "app/rig/MidiCommands.hpp"
 #include "app/rig/ServiceCommands.hpp"
+#include "app/rig/WindowCommand.hpp"
 
 namespace {
 
@@ -29,6 +30,7 @@ struct Choices {
   app::ProgramOptions load;
   app::MidiOptions midi;
   app::ServiceOptions service;
+  std::string front;  ///< empty: what suits the surroundings
   std::string time = isatty(STDOUT_FILENO) != 0 ? "real" : "fast";
 };
 
@@ -135,6 +137,12 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
       .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end and without a hand")
       ->type_name("FROM")
       ->check(CLI::Range(1, 1000));
+  command
+      .add_option("--front", choices.front,
+                  "a window, in real time, or the terminal (default: a window where there is a display and "
+                  "the time is "
+                  "real)")
+      ->check(CLI::IsMember({"window", "console"}));
   command.add_flag("--yes", options.answersAlerts, "answer every alert with OK (only without a terminal)");
   addFaultOption(command, "--board", "N:FAULT[=VALUE]", options, addBoardFault);
   addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", options.serviceFaults, rig::addServiceFault);
@@ -163,6 +171,8 @@ int run(int argc, char** argv) {
     return command.exit(error) == 0 ? 0 : app::exitWrongUse;
   }
   choices.common.realTime = choices.time == "real";
+  choices.application.isInWindow =
+      choices.front.empty() ? choices.common.realTime && app::hasDisplay() : choices.front == "window";
   if (program.parsed()) {
     return app::runProgram(choices.common, choices.load);
   }

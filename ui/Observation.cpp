@@ -62,6 +62,7 @@ Snapshot snapshotOf(const ContentView& view) {
       .canUpload = !view.loadingViewModel.isUploadButtonDisabled.get(),
       .canAct = !view.loadingViewModel.actionButtonsDisabled.get(),
       .isRunning = view.loadingViewModel.loadingInProgress.get(),
+      .isReporting = view.deviceListView.reportsUnderWay.get() != 0,
       .alert = alertOf(view.deviceListView),
       .showsDeviceExplorer = view.showDeviceExplorer.get(),
       .isSendingReport = view.isSendingReport.get(),
@@ -80,6 +81,7 @@ std::vector<foundation::Subscription> observe(ContentView& view, const std::func
   subscriptions.push_back(table.selectedDeviceId.observe(onChange));
   subscriptions.push_back(table.uploadErrorText.observe(onChange));
   subscriptions.push_back(table.serialPortMgr.errorText.observe(onChange));
+  subscriptions.push_back(table.reportsUnderWay.observe(onChange));
   for (const auto alert : upgrade::alertsInOrder) {
     subscriptions.push_back((table.*upgrade::DeviceListView::flagOf(alert)).observe(onChange));
   }

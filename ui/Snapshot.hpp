@@ -46,8 +46,9 @@ struct Snapshot {
   std::vector<DeviceRow> rows;
   std::optional<foundation::Uuid> selected;
   bool canUpload = false;
-  bool canAct = false;     ///< the refresh and sync buttons are free
-  bool isRunning = false;  ///< an upgrade run is going
+  bool canAct = false;       ///< the refresh and sync buttons are free
+  bool isRunning = false;    ///< an upgrade run is going
+  bool isReporting = false;  ///< the service is being told of an upgrade
   std::optional<AlertText> alert;
   bool showsDeviceExplorer = false;
   bool isSendingReport = false;  ///< of the sheet

@@ -56,6 +56,7 @@ BootableDeviceManager::BootableDeviceManager(const Platform& platform)
 Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
   co_await foundation::resumeOn(runtime_.globalQueue());
   if (!service_.canAskForDescriptors()) {
+    co_await foundation::resumeOn(runtime_.mainQueue());
     isServerLoaded = false;
     co_return false;
   }
@@ -69,6 +70,8 @@ Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
   for (const auto& message : decoded.messages) {
     printLine(message);
   }
+  // Another refresh, or a scan that a change of the MIDI setup starts, may be at the list at this moment.
+  co_await foundation::resumeOn(runtime_.mainQueue());
   if (decoded.descriptors) {
     deviceDescriptors = std::move(*decoded.descriptors);
   }

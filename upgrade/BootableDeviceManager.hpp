@@ -28,16 +28,15 @@ class BootableDeviceManager {
   foundation::Published<std::vector<records::BootableDevice>> managedDevices;
   /// Result of the last scan: a ScanResult.
   foundation::Published<std::int64_t> errorCode{0};
-  /// The service's last good answer. Written on the global queue by fetchDeviceDescriptors(), to be read
-  /// behind it.
+  /// The service's last good answer.
   std::vector<records::ServerDeviceDescriptor> deviceDescriptors;
-  /// True once the service was asked, whatever came of it. Written like deviceDescriptors.
+  /// True once the service was asked, whatever came of it.
   bool isServerLoaded = false;
   device::DeviceExplorer deviceExplorer;
 
   /// Asks the service for its list. Gives false only if the service's address is no URL. An answer that can't
-  /// be had or decoded leaves `deviceDescriptors` as it is and says so on standard output. The awaiting
-  /// coroutine goes on on the global queue. The manager must live until then.
+  /// be had or decoded leaves `deviceDescriptors` as it is and says so on standard output. Works on the
+  /// global queue; the awaiting coroutine goes on on the main thread. The manager must live until then.
   foundation::Task<bool> fetchDeviceDescriptors();
 
   /// Builds the list anew from what the service told last, what is on the USB bus, and what the MIDI layer

@@ -72,7 +72,6 @@ void DeviceListView::startRefresh() {
 Task<bool> DeviceListView::rebuildList() {
   deviceManager.managedDevices.set({});
   const bool isAsked = co_await deviceManager.fetchDeviceDescriptors();
-  co_await foundation::resumeOn(platform_.runtime.mainQueue());
   // A run that began during the exchange, on the list of an earlier one, keeps its rows.
   if (!isAsked || loadingViewModel.loadingInProgress.get()) {
     co_return true;

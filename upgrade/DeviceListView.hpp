@@ -79,6 +79,10 @@ class DeviceListView {
   /// The flag that an alert hangs on.
   static foundation::Published<bool> DeviceListView::* flagOf(Alert alert);
 
+  /// How many devices' upgrades the service is being told of at this moment: who ends the program now leaves
+  /// them untold.
+  foundation::Published<int> reportsUnderWay{0};
+
   /// How many tasks of the view have not ended yet, transfers and reports among them.
   int tasksUnderWay() const { return tasksUnderWay_; }
 
@@ -105,6 +109,7 @@ class DeviceListView {
   void beginStatus(std::uint32_t status);
   void showStatus(std::uint32_t status);
   void loadEnded(const foundation::Uuid& id);
+  foundation::Task<> reportCompletion(foundation::Uuid id);
   void goOnWith(const records::BootableDevice& next);
   void endRun();
   void stopRun(const std::string& reason);

@@ -179,7 +179,8 @@ void DeviceListView::timerTick() {
 }
 
 void DeviceListView::loadEnded(const Uuid& id) {
-  start(deviceManager.sendUploadComplete(id));
+  reportsUnderWay.update([](int& count) { ++count; });
+  start(reportCompletion(id));
   const auto devices = deviceManager.managedDevices.get();
   const auto finished = std::ranges::find(devices, id, &records::BootableDevice::id);
   if (finished == devices.end() || std::next(finished) == devices.end()) {
@@ -193,6 +194,11 @@ void DeviceListView::loadEnded(const Uuid& id) {
   platform_.runtime.clock().sleepFor(milliseconds{finished->setupDelay});
   log("> KARVEX : Check if next device is alive...");
   goOnWith(next);
+}
+
+Task<> DeviceListView::reportCompletion(Uuid id) {
+  co_await deviceManager.sendUploadComplete(id);
+  reportsUnderWay.update([](int& count) { --count; });
 }
 
 void DeviceListView::goOnWith(const records::BootableDevice& next) {

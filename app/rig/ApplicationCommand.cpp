@@ -12,6 +12,7 @@
 #include "app/rig/RunRecorder.hpp"
 #include "app/rig/RunReport.hpp"
 #include "app/rig/ScriptedUser.hpp"
+#include "app/rig/WindowCommand.hpp"
 #include "foundation/Log.hpp"
 #include "ui/Actions.hpp"
 #include "ui/KarvexApp.hpp"
@@ -56,7 +57,7 @@ class RigApplication {
   RunRecord run() {
     const bool isScripted = options_.upgradeFrom.has_value();
     if (isScripted || !terminalFront_) {
-      user_.emplace(*runtime_, view_, actions_,
+      user_.emplace(*runtime_, view_,
                     ScriptedUser::Plan{.firstRow = isScripted ? *options_.upgradeFrom - 1 : options_.boards,
                                        .answersAlerts = options_.answersAlerts},
                     [this] { runtime_->stopMain(); });
@@ -129,7 +130,8 @@ int runApplication(const CommonOptions& common, const ApplicationOptions& option
       return exitWrongUse;
     }
   }
-  const auto record = RigApplication(common, options).run();
+  const auto record =
+      options.isInWindow ? runInWindow(common, options) : RigApplication(common, options).run();
   if (report.is_open()) {
     report << jsonOf(record);
     report.close();

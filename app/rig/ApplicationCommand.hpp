@@ -19,6 +19,7 @@ struct ApplicationOptions {
   std::set<std::size_t> occupied;                  ///< places of boards whose port another program holds
   rig::ServiceFaults serviceFaults;
   bool answersAlerts = false;
+  bool isInWindow = false;  ///< in a window, in real time; otherwise on the terminal or in plain lines
   std::optional<std::filesystem::path> reportFile;
 };
 

@@ -3,20 +3,26 @@
 namespace karvex::app {
 
 RigCore::RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record)
-    : runtime_(makeRuntime(common)),
+    : options_(options),
+      runtime_(makeRuntime(common)),
       plan_{.boards = options.boards, .faults = options.boardFaults, .occupied = options.occupied},
       rig_(*runtime_, plan_, options.serviceFaults),
       app_(rig_.platform()),
       view_(rig_.platform(), app_),
       actions_(runtime_->mainQueue(), view_),
       recorder_(rig_, view_, plan_),
-      record_(record) {
-  if (options.upgradeFrom) {
-    user_.emplace(
-        *runtime_, view_, actions_,
-        ScriptedUser::Plan{.firstRow = *options.upgradeFrom - 1, .answersAlerts = options.answersAlerts},
-        [this] { runtime_->stopMain(); });
+      record_(record) {}
+
+void RigCore::shown() {
+  if (!options_.upgradeFrom) {
+    return;
   }
+  runtime_->mainQueue().post([this] {
+    user_.emplace(
+        *runtime_, view_,
+        ScriptedUser::Plan{.firstRow = *options_.upgradeFrom - 1, .answersAlerts = options_.answersAlerts},
+        [this] { runtime_->stopMain(); });
+  });
 }
 
 }  // namespace karvex::app

@@ -25,8 +25,11 @@ class RigCore final : public WindowCore {
   foundation::Runtime& runtime() override { return *runtime_; }
   ui::ContentView& view() override { return view_; }
   ui::Actions& actions() override { return actions_; }
+  /// Only now the scripted user has something to look at.
+  void shown() override;
 
  private:
+  const ApplicationOptions& options_;
   std::unique_ptr<foundation::Runtime> runtime_;
   EquipmentPlan plan_;
   RigPlatform rig_;

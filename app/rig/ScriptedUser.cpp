@@ -11,11 +11,10 @@ constexpr std::chrono::milliseconds glance{125};
 
 }  // namespace
 
-ScriptedUser::ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, ui::Actions& actions,
-                           Plan plan, std::function<void()> done)
+ScriptedUser::ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, Plan plan,
+                           std::function<void()> done)
     : runtime_(runtime),
       view_(view),
-      actions_(actions),
       plan_(plan),
       done_(std::move(done)),
       timer_(

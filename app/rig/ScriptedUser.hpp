@@ -7,7 +7,6 @@
 #include "foundation/Observers.hpp"
 #include "foundation/Runtime.hpp"
 #include "foundation/Timer.hpp"
-#include "ui/Actions.hpp"
 #include "ui/ContentView.hpp"
 #include "ui/Observation.hpp"
 
@@ -23,8 +22,7 @@ class ScriptedUser {
   };
 
   /// `done` is called once. All must outlive this object.
-  ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, ui::Actions& actions, Plan plan,
-               std::function<void()> done);
+  ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, Plan plan, std::function<void()> done);
 
   /// False as long as the run could not be begun: no such row, or a device that can't be upgraded.
   bool hasBegun() const { return step_ == Step::running || hasRun_; }
@@ -38,7 +36,6 @@ class ScriptedUser {
 
   foundation::Runtime& runtime_;
   ui::ContentView& view_;
-  ui::Actions& actions_;
   Plan plan_;
   std::function<void()> done_;
   Step step_ = Step::waitingForList;

@@ -18,7 +18,9 @@ RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& opt
   static char* arguments[] = {name, nullptr};
   const QApplication application(count, arguments);
   RunRecord record;
-  WindowProgram([&] { return std::make_unique<RigCore>(common, options, record); }).run();
+  auto inRealTime = common;
+  inRealTime.realTime = true;
+  WindowProgram([&] { return std::make_unique<RigCore>(inRealTime, options, record); }).run();
   return record;
 }
 

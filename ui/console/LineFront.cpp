@@ -18,7 +18,7 @@ void LineFront::look() {
   for (const auto& line : changesBetween(last_, snapshot)) {
     options_.write(line);
   }
-  const bool isNewAlert = snapshot.alert && !last_.alert;
+  const bool isNewAlert = snapshot.alert && (!last_.alert || last_.alert->alert != snapshot.alert->alert);
   last_ = std::move(snapshot);
   if (isNewAlert && options_.answersAlerts) {
     actions_.confirm(last_.alert->alert);

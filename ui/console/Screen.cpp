@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <utility>
 
 #include "ui/Texts.hpp"
@@ -63,20 +64,33 @@ StyledLine plainLine(std::string text, bool isBold = false) {
   return {{{std::move(text), std::nullopt, isBold}}};
 }
 
-void addTable(std::vector<StyledLine>& page, const Snapshot& snapshot,
-              const upgrade::LoadProgress& progress) {
+/// The lines of the rows, each with the bar below it that it may have.
+std::vector<StyledLine> rowLines(const Snapshot& snapshot, const upgrade::LoadProgress& progress) {
   const auto widths = widthsOf(snapshot);
-  page.push_back(titleLine(widths));
-  if (snapshot.rows.empty()) {
-    page.push_back(plainLine("  (no device)"));
-  }
+  std::vector<StyledLine> lines;
   for (const auto& row : snapshot.rows) {
     const bool isSelected = snapshot.selected == row.id;
-    page.push_back(rowLine(row, widths, isSelected));
+    lines.push_back(rowLine(row, widths, isSelected));
     if (isSelected && row.showsProgress && progress.isKnown()) {
-      page.push_back(plainLine("    " + progressBar(progress, barColumns)));
+      lines.push_back(plainLine("    " + progressBar(progress, barColumns)));
     }
   }
+  if (lines.empty()) {
+    lines.push_back(plainLine("  (no device)"));
+  }
+  return lines;
+}
+
+/// Leaves so many of the lines, with the selected row about in their middle.
+void keepAroundSelected(std::vector<StyledLine>& lines, std::size_t most) {
+  if (lines.size() <= most) {
+    return;
+  }
+  const auto selected = std::ranges::find_if(lines, &StyledLine::isReversed);
+  const auto place = selected == lines.end() ? 0 : static_cast<std::size_t>(selected - lines.begin());
+  const auto first = std::min(place - std::min(place, (most - 1) / 2), lines.size() - most);
+  const auto begin = lines.begin() + static_cast<std::ptrdiff_t>(first);
+  lines = std::vector<StyledLine>(begin, begin + static_cast<std::ptrdiff_t>(most));
 }
 
 void addMessage(std::vector<StyledLine>& page, std::string_view message) {
@@ -110,6 +124,38 @@ std::string keysOf(const Snapshot& snapshot) {
   return keys + "q: quit";
 }
 
+std::vector<StyledLine> headLines(const Snapshot& snapshot) {
+  return {plainLine(std::string(texts::instruction[0])),
+          {{{std::string(texts::emphasisedInstruction), std::nullopt, true},
+            {std::string(texts::instruction[1].substr(texts::emphasisedInstruction.size())), std::nullopt}}},
+          {},
+          titleLine(widthsOf(snapshot))};
+}
+
+std::vector<StyledLine> tailLines(const Snapshot& snapshot, const std::string& notice) {
+  std::vector<StyledLine> lines(1);
+  if (snapshot.alert) {
+    addAlert(lines, *snapshot.alert);
+  } else if (snapshot.showsDeviceExplorer) {
+    addSheet(lines, snapshot);
+  } else {
+    lines.push_back(plainLine(keysOf(snapshot)));
+  }
+  if (!notice.empty()) {
+    lines.push_back(plainLine(printable(notice)));
+  }
+  return lines;
+}
+
+/// A line that is wider than the terminal would wrap, and the page could not be drawn over.
+void cut(StyledLine& line, std::size_t columns) {
+  for (auto& span : line.spans) {
+    const auto width = std::min(columns, columnsOf(span.text));
+    span.text = fitted(span.text, width);
+    columns -= width;
+  }
+}
+
 }  // namespace
 
 std::string progressBar(const upgrade::LoadProgress& progress, std::size_t columns) {
@@ -121,33 +167,19 @@ std::string progressBar(const upgrade::LoadProgress& progress, std::size_t colum
 }
 
 std::vector<StyledLine> pageOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress,
-                               const std::string& notice, std::size_t columns) {
-  std::vector<StyledLine> page;
-  page.push_back(plainLine(std::string(texts::instruction[0])));
-  page.push_back(
-      {{{std::string(texts::emphasisedInstruction), std::nullopt, true},
-        {std::string(texts::instruction[1].substr(texts::emphasisedInstruction.size())), std::nullopt}}});
-  page.push_back({});
-  addTable(page, snapshot, progress);
-  page.push_back({});
-  if (snapshot.alert) {
-    addAlert(page, *snapshot.alert);
-  } else if (snapshot.showsDeviceExplorer) {
-    addSheet(page, snapshot);
-  } else {
-    page.push_back(plainLine(keysOf(snapshot)));
+                               const std::string& notice, PageSize size) {
+  std::vector<StyledLine> page = headLines(snapshot);
+  const auto tail = tailLines(snapshot, notice);
+  auto rows = rowLines(snapshot, progress);
+  const auto others = page.size() + tail.size();
+  keepAroundSelected(rows, size.lines > others ? size.lines - others : 1);
+  std::ranges::move(rows, std::back_inserter(page));
+  page.insert(page.end(), tail.begin(), tail.end());
+  if (page.size() > size.lines) {
+    page.erase(page.begin(), page.end() - static_cast<std::ptrdiff_t>(size.lines));
   }
-  if (!notice.empty()) {
-    page.push_back(plainLine(printable(notice)));
-  }
-  // A line that is wider than the terminal would wrap, and the page could not be drawn over.
   for (auto& line : page) {
-    std::size_t left = columns;
-    for (auto& span : line.spans) {
-      const auto width = std::min(left, columnsOf(span.text));
-      span.text = fitted(span.text, width);
-      left -= width;
-    }
+    cut(line, size.columns);
   }
   return page;
 }

@@ -22,11 +22,12 @@ namespace {
 constexpr int progressInterval = 100;
 constexpr int forever = -1;
 
-std::size_t terminalColumns() {
-  constexpr std::size_t usual = 80;
+/// The last line of the terminal stays free: the line feed behind the page would scroll it.
+PageSize pageSize() {
+  constexpr PageSize usual{.columns = 80, .lines = 23};
   winsize size{};
-  const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1;
-  return isKnown ? size.ws_col : usual;
+  const bool isKnown = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 1 && size.ws_row > 1;
+  return isKnown ? PageSize{.columns = size.ws_col, .lines = size.ws_row - std::size_t{1}} : usual;
 }
 
 void writeOut(std::string_view text) {
@@ -47,6 +48,11 @@ std::string drawingOf(const std::vector<StyledLine>& page) {
     text += withSequences(line) + "\x1b[K\r\n";
   }
   return text + "\x1b[J";
+}
+
+/// A run that is left leaves a device half programmed, or the service untold of one that is done.
+bool mayQuit(const Snapshot& snapshot) {
+  return !snapshot.isRunning && !snapshot.isReporting;
 }
 
 bool showsMovingBar(const Snapshot& snapshot) {
@@ -136,11 +142,12 @@ void TerminalFront::draw() {
     const std::lock_guard lock(mutex_);
     notice = notice_;
   }
-  if (wantsToQuit_) {
+  const auto snapshot = current();
+  if (wantsToQuit_ && !mayQuit(snapshot)) {
     notice =
         "An upgrade is running. Karvex ends when it is over: equipment must not be left half programmed.";
   }
-  auto drawing = drawingOf(pageOf(current(), upgrade::currentLoadProgress(), notice, terminalColumns()));
+  auto drawing = drawingOf(pageOf(snapshot, upgrade::currentLoadProgress(), notice, pageSize()));
   if (drawing != drawn_) {
     writeOut(drawing);
     drawn_ = std::move(drawing);
@@ -148,7 +155,7 @@ void TerminalFront::draw() {
 }
 
 void TerminalFront::quitWhenIdle() {
-  if (wantsToQuit_ && !hasQuit_ && !current().isRunning) {
+  if (wantsToQuit_ && !hasQuit_ && mayQuit(current())) {
     hasQuit_ = true;
     quit_();
   }

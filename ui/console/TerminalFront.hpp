@@ -19,8 +19,8 @@ namespace karvex::ui::console {
 /// the main queue is blocked. Made and destroyed on the main thread.
 class TerminalFront {
  public:
-  /// `quit` is called, on the front's thread, when the user wants to leave and no run is going: a run is
-  /// waited for. Everything must outlive the front.
+  /// `quit` is called, on the front's thread, when the user wants to leave: behind the run that is going, and
+  /// behind its reports to the service. Everything must outlive the front.
   TerminalFront(ContentView& view, Actions& actions, std::function<void()> quit);
   ~TerminalFront();
   TerminalFront(const TerminalFront&) = delete;

@@ -34,7 +34,7 @@ void restoreAndEnd(int signal) {
 }  // namespace
 
 bool TerminalMode::isPossible() {
-  const char* kind = std::getenv("TERM");
+  const char* kind = std::getenv("TERM");  // NOLINT(concurrency-mt-unsafe): nobody sets the environment
   return isatty(STDIN_FILENO) != 0 && isatty(STDOUT_FILENO) != 0 && kind != nullptr &&
          std::string_view(kind) != "dumb";
 }

@@ -1,0 +1,25 @@
+#include "app/KarvexCore.hpp"
+
+#include "app/LoaderHost.hpp"
+#include "loader/platform/linux/hidapi_hid.hpp"
+
+namespace karvex::app {
+
+KarvexCore::KarvexCore(const MakeMIDIService& makeMIDIService)
+    : urlSession_(runtime_),
+      terminalNodes_(runtime_.globalQueue()),
+      platform_{.runtime = runtime_,
+                .urlSession = urlSession_,
+                .usbBus = usbBus_,
+                .serialInterfaces = serialInterfaces_,
+                .terminalNodes = terminalNodes_,
+                .midiService = makeMIDIService(runtime_),
+                .serviceAddress = service::ServiceAddress::builtIn()},
+      app_(platform_),
+      view_(platform_, app_),
+      actions_(runtime_.mainQueue(), view_) {
+  loader::install_host(loaderHostOn(runtime_));
+  loader::install_hid(loader::hidapi_hid_calls());
+}
+
+}  // namespace karvex::app

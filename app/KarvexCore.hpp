@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "MIDIKitIO/platform/MIDIService.hpp"
+#include "app/WindowProgram.hpp"
+#include "device/platform/linux/SysfsSerialInterfaces.hpp"
+#include "device/platform/linux/TermiosTerminalNodes.hpp"
+#include "device/platform/linux/UdevUsbBus.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "foundation/UrlSession.hpp"
+#include "ui/KarvexApp.hpp"
+#include "upgrade/Platform.hpp"
+
+namespace karvex::app {
+
+/// Makes the machine's MIDI service, which may use the runtime for as long as it lives.
+using MakeMIDIService = std::function<std::shared_ptr<midikit::io::MIDIService>(foundation::Runtime&)>;
+
+/// The application's objects on real equipment. One for each process: it installs the loader's host and its
+/// HID devices.
+class KarvexCore final : public WindowCore {
+ public:
+  explicit KarvexCore(const MakeMIDIService& makeMIDIService);
+  KarvexCore(const KarvexCore&) = delete;
+  KarvexCore& operator=(const KarvexCore&) = delete;
+
+  foundation::Runtime& runtime() override { return runtime_; }
+  ui::ContentView& view() override { return view_; }
+  ui::Actions& actions() override { return actions_; }
+
+ private:
+  foundation::SystemRuntime runtime_;
+  foundation::UrlSession urlSession_;
+  device::UdevUsbBus usbBus_;
+  device::SysfsSerialInterfaces serialInterfaces_;
+  device::TermiosTerminalNodes terminalNodes_;
+  upgrade::Platform platform_;
+  ui::KarvexApp app_;
+  ui::ContentView view_;
+  ui::Actions actions_;
+};
+
+}  // namespace karvex::app

@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+
+#include <QAccessible>
+#include <QHeaderView>
+#include <QSignalSpy>
+#include <algorithm>
+#include <cstdlib>
+
+#include "tests/ui/qt/WindowBench.hpp"
+#include "ui/Texts.hpp"
+#include "ui/qt/CellDelegate.hpp"
+#include "ui/qt/DeviceTableModel.hpp"
+#include "ui/qt/Shades.hpp"
+
+namespace karvex::ui::qt {
+namespace {
+
+using testing::ElementsAre;
+
+QString textAt(DeviceTable& table, int row, Column column) {
+  return table.model()->index(row, static_cast<int>(column)).data().toString();
+}
+
+/// The colours of a cell's pixels, as drawn.
+QImage pictureOf(WindowBench& bench, int row, Column column) {
+  const auto cell = bench.table().visualRect(bench.table().model()->index(row, static_cast<int>(column)));
+  return bench.table().viewport()->grab(cell).toImage();
+}
+
+/// About that colour: the strokes of letters are thin, and their edges are mixed with the ground.
+bool hasPixel(const QImage& picture, const QColor& colour) {
+  constexpr int nearby = 30;
+  const auto isNear = [](int one, int other) { return std::abs(one - other) <= nearby; };
+
+  for (int y = 0; y < picture.height(); ++y) {
+    for (int x = 0; x < picture.width(); ++x) {
+      const auto pixel = picture.pixelColor(x, y);
+      if (isNear(pixel.red(), colour.red()) && isNear(pixel.green(), colour.green()) &&
+          isNear(pixel.blue(), colour.blue())) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+TEST(DeviceTable, ShowsTheTitlesAndTheCellsInOrder) {
+  WindowBench bench(samples::idle());
+  const auto& model = *bench.table().model();
+  ASSERT_EQ(model.columnCount(), static_cast<int>(texts::columnTitles.size()));
+  for (int column = 0; column < model.columnCount(); ++column) {
+    EXPECT_EQ(model.headerData(column, Qt::Horizontal).toString().toStdString(),
+              texts::columnTitles.at(static_cast<std::size_t>(column)));
+  }
+  ASSERT_EQ(model.rowCount(), 5);
+  EXPECT_EQ(textAt(bench.table(), 0, Column::device), "1 - LED Ring");
+  EXPECT_EQ(textAt(bench.table(), 0, Column::serialNumber), "#1000010");
+  EXPECT_EQ(textAt(bench.table(), 0, Column::firmwareName), "firmware-1");
+  EXPECT_EQ(textAt(bench.table(), 0, Column::currentVersion), "1.4.0");
+  EXPECT_EQ(textAt(bench.table(), 0, Column::targetVersion), "1.5.0");
+  EXPECT_EQ(textAt(bench.table(), 0, Column::status), "Idle");
+  EXPECT_EQ(bench.table().columnWidth(static_cast<int>(Column::status)), 180);
+}
+
+TEST(DeviceTable, DrawsEachToneReadablyOnLightAndDarkGround) {
+  const auto usual = QApplication::palette();
+  for (const auto& ground : {QColor(Qt::white), QColor(0x1b, 0x1c, 0x1f)}) {
+    QPalette palette(ground, ground);
+    palette.setColor(QPalette::Base, ground);
+    QApplication::setPalette(palette);
+    WindowBench bench(samples::everyStatus());
+    bench.window.resize(1300, 860);
+    QApplication::processEvents();
+    const auto rows = samples::everyStatus().rows;
+    for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
+      if (row == bench.selectedRow()) {
+        continue;  // Has a ground of its own.
+      }
+      const auto& shown = rows.at(static_cast<std::size_t>(row));
+      const auto picture = pictureOf(bench, row, Column::status);
+      EXPECT_TRUE(hasPixel(picture, shadeOf(shown.statusTone, ground))) << shown.statusText;
+      EXPECT_TRUE(hasPixel(picture, shadeOf(shown.onlineMark, ground, markContrast))) << shown.statusText;
+      EXPECT_TRUE(
+          hasPixel(pictureOf(bench, row, Column::currentVersion), shadeOf(shown.currentVersionTone, ground)));
+    }
+  }
+  QApplication::setPalette(usual);
+}
+
+TEST(DeviceTable, SaysInWordsWhatItSaysWithColours) {
+  WindowBench bench(samples::running());
+  const auto described = [&](int row, Column column) {
+    return bench.table()
+        .model()
+        ->index(row, static_cast<int>(column))
+        .data(Qt::AccessibleDescriptionRole)
+        .toString();
+  };
+  EXPECT_EQ(described(0, Column::status), "online");
+  EXPECT_EQ(described(2, Column::status), "offline, 228 of 392 blocks sent");
+  EXPECT_EQ(described(0, Column::currentVersion), "same as the target version");
+  EXPECT_EQ(described(2, Column::currentVersion), "differs from the target version");
+  auto* table = QAccessible::queryAccessibleInterface(&bench.table());
+  ASSERT_NE(table, nullptr);
+  EXPECT_EQ(table->tableInterface()->rowCount(), 5);
+  EXPECT_EQ(table->tableInterface()->cellAt(0, 5)->text(QAccessible::Name), "Success");
+}
+
+TEST(DeviceTable, AClickOnARowIsAWishAndSelectsNothingByItself) {
+  WindowBench bench(samples::idle());
+  bench.clickRow(3);
+  EXPECT_THAT(bench.actions.selections, ElementsAre(samples::idle().rows[3].id));
+  EXPECT_EQ(bench.selectedRow(), -1);
+  bench.window.draw(samples::selected());
+  EXPECT_EQ(bench.selectedRow(), 0) << "what is shown is what the snapshot says";
+}
+
+TEST(DeviceTable, TheArrowKeysGoFromTheShownSelection) {
+  WindowBench bench(samples::idle());
+  const auto rows = samples::idle().rows;
+  QTest::keyClick(&bench.table(), Qt::Key_Down);
+  EXPECT_THAT(bench.actions.selections, ElementsAre(rows[0].id));
+  auto snapshot = samples::idle();
+  snapshot.selected = rows[2].id;
+  bench.window.draw(snapshot);
+  bench.actions.selections.clear();
+  QTest::keyClick(&bench.table(), Qt::Key_Down);
+  QTest::keyClick(&bench.table(), Qt::Key_Up);
+  QTest::keyClick(&bench.table(), Qt::Key_End);
+  QTest::keyClick(&bench.table(), Qt::Key_Home);
+  EXPECT_THAT(bench.actions.selections, ElementsAre(rows[3].id, rows[1].id, rows[4].id, rows[0].id));
+  EXPECT_EQ(bench.selectedRow(), 2);
+}
+
+TEST(DeviceTable, AnotherListKeepsNoSelectionThatTheSnapshotHasNot) {
+  WindowBench bench(samples::selected());
+  ASSERT_EQ(bench.selectedRow(), 0);
+  auto refreshed = samples::selected();  // New records: the old selection matches no row any more.
+  for (auto& row : refreshed.rows) {
+    row.id.bytes.front() = 0xAB;
+  }
+  bench.window.draw(refreshed);
+  EXPECT_EQ(bench.selectedRow(), -1);
+  EXPECT_EQ(bench.table().model()->rowCount(), 5);
+  EXPECT_TRUE(bench.actions.calls.empty()) << "drawing is no action of the user";
+}
+
+TEST(DeviceTable, DrawsNothingAnewWithoutAChange) {
+  WindowBench bench(samples::running());
+  const QSignalSpy resets(bench.table().model(), &QAbstractItemModel::modelReset);
+  QSignalSpy changes(bench.table().model(), &QAbstractItemModel::dataChanged);
+  bench.window.draw(samples::running());
+  EXPECT_TRUE(changes.isEmpty());
+  auto further = samples::running();
+  further.rows[2].statusText = "Rebooting...";
+  bench.window.draw(further);
+  ASSERT_EQ(changes.size(), 1);
+  EXPECT_EQ(changes.front().at(0).toModelIndex().row(), 2);
+  EXPECT_TRUE(resets.isEmpty());
+}
+
+TEST(DeviceTable, TheBarFollowsTheLoadAndLeavesTheTextAlone) {
+  WindowBench bench(samples::running());
+  const auto cell = bench.table().model()->index(2, static_cast<int>(Column::status));
+  EXPECT_DOUBLE_EQ(cell.data(DeviceTableModel::progressRole).toDouble(), 228.0 / 392.0);
+  bench.progress = {.blocksSent = 392, .blocksToSend = 392};
+  EXPECT_TRUE(QTest::qWaitFor([&] { return cell.data(DeviceTableModel::progressRole).toDouble() == 1.0; }));
+  EXPECT_EQ(cell.data().toString(), "Programming...");
+  bench.progress = {};
+  EXPECT_TRUE(QTest::qWaitFor([&] { return cell.data(DeviceTableModel::progressRole).toDouble() == 0.0; }));
+  for (const int row : {0, 1, 3, 4}) {
+    EXPECT_FALSE(cell.siblingAtRow(row).data(DeviceTableModel::progressRole).isValid());
+  }
+}
+
+TEST(DeviceTable, NamesCantBreakTheirLineOrActAsMarkup) {
+  auto snapshot = samples::idle();
+  snapshot.rows[0].device = "1 - two\nlines\x1b[31m \xE2\x80\xAEright to left";
+  snapshot.rows[1].firmwareName = "<img src='file:///etc/hostname'>";
+  WindowBench bench(snapshot);
+  const auto text = textAt(bench.table(), 0, Column::device);
+  EXPECT_TRUE(std::ranges::none_of(text, [](QChar c) { return !c.isPrint(); })) << text.toStdString();
+  const auto tip =
+      bench.table().model()->index(1, static_cast<int>(Column::firmwareName)).data(Qt::ToolTipRole);
+  EXPECT_EQ(tip.toString(), "<span>&lt;img src='file:///etc/hostname'&gt;</span>");
+}
+
+TEST(DeviceTable, HasALookForAnEmptyList) {
+  WindowBench bench(Snapshot{.canAct = true});
+  EXPECT_EQ(bench.table().model()->rowCount(), 0);
+  QTest::keyClick(&bench.table(), Qt::Key_Down);
+  EXPECT_TRUE(bench.actions.calls.empty());
+}
+
+}  // namespace
+}  // namespace karvex::ui::qt

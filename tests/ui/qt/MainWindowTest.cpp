@@ -1,0 +1,251 @@
+#include <gmock/gmock.h>
+
+#include <QLabel>
+#include <string>
+
+#include "tests/ui/qt/WindowBench.hpp"
+#include "ui/Texts.hpp"
+#include "ui/qt/AlertBox.hpp"
+#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/SyncSheet.hpp"
+
+namespace karvex::ui::qt {
+namespace {
+
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The one dialog of its kind that is on the screen, or null.
+template <typename Dialog>
+Dialog* shown(WindowBench& bench) {
+  Dialog* found = nullptr;
+  for (auto* dialog : bench.window.findChildren<Dialog*>()) {
+    if (dialog->isVisible()) {
+      EXPECT_EQ(found, nullptr) << "two at once";
+      found = dialog;
+    }
+  }
+  return found;
+}
+
+std::string textOf(const AlertBox& box, const char* label) {
+  const auto* found = box.findChild<QLabel*>(QLatin1String(label));
+  EXPECT_EQ(found->textFormat(), Qt::PlainText);
+  return found->text().toStdString();
+}
+
+TEST(MainWindow, TellsOnceThatItIsOnTheScreen) {
+  RecordingActions actions;
+  MainWindow window({actions, [] { return upgrade::LoadProgress(); }, [] {}});
+  EXPECT_THAT(actions.calls, IsEmpty());
+  window.show();
+  window.hide();
+  window.show();
+  EXPECT_THAT(actions.calls, ElementsAre("appear"));
+}
+
+struct ButtonCase {
+  const char* name;
+  std::string_view text;
+  std::string_view help;
+  bool Snapshot::* isFree;
+  Qt::Key key;
+  Qt::KeyboardModifiers modifiers;
+};
+
+const std::vector<ButtonCase> buttons{
+    {"upload", texts::uploadButton, texts::uploadHelp, &Snapshot::canUpload, Qt::Key_U, Qt::ControlModifier},
+    {"refresh", "", texts::refreshHelp, &Snapshot::canAct, Qt::Key_F5, Qt::NoModifier},
+    {"sync", "", texts::syncHelp, &Snapshot::canAct, Qt::Key_E, Qt::ControlModifier}};
+
+TEST(MainWindow, EachButtonHasItsTextsAndWorksByMouseEnterSpaceAndShortcut) {
+  for (const auto& one : buttons) {
+    SCOPED_TRACE(one.name);
+    WindowBench bench(samples::selected());
+    auto& button = bench.button(one.name);
+    EXPECT_EQ(button.text().toStdString(), one.text);
+    EXPECT_EQ(button.toolTip().toStdString(), one.help);
+    EXPECT_FALSE(button.accessibleName().isEmpty());
+    EXPECT_FALSE(button.icon().isNull());
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QTest::keyClick(&button, Qt::Key_Return);
+    QTest::keyClick(&button, Qt::Key_Space);
+    QTest::keyClick(&bench.table(), one.key, one.modifiers);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bench.actions.calls.size() == 4; }));
+    EXPECT_THAT(bench.actions.calls, Each(std::string(one.name)));
+  }
+}
+
+TEST(MainWindow, ADisabledButtonDoesNothing) {
+  for (const auto& one : buttons) {
+    SCOPED_TRACE(one.name);
+    auto snapshot = samples::selected();
+    snapshot.*one.isFree = false;
+    WindowBench bench(snapshot);
+    auto& button = bench.button(one.name);
+    EXPECT_FALSE(button.isEnabled());
+    QTest::mouseClick(&button, Qt::LeftButton);
+    QTest::keyClick(&button, Qt::Key_Return);
+    QTest::keyClick(&bench.table(), one.key, one.modifiers);
+    QTest::qWait(0);
+    EXPECT_THAT(bench.actions.calls, IsEmpty());
+  }
+}
+
+TEST(MainWindow, ShowsTheInstructionWithItsEmphasis) {
+  WindowBench bench(samples::idle());
+  const auto labels = bench.window.findChildren<QLabel*>();
+  EXPECT_TRUE(std::ranges::any_of(labels, [](const QLabel* label) {
+    return label->text() ==
+               "Click on the first item of the list, then click on &#39;Upload firmware&#39; button.<br>"
+               "<b>DO NOT</b> power-down or disconnect your equipment until the upgrade procedure "
+               "completes!" ||
+           label->text() ==
+               "Click on the first item of the list, then click on 'Upload firmware' button.<br>"
+               "<b>DO NOT</b> power-down or disconnect your equipment until the upgrade procedure completes!";
+  }));
+}
+
+class EachAlert : public testing::TestWithParam<upgrade::Alert> {};
+INSTANTIATE_TEST_SUITE_P(MainWindow, EachAlert, testing::ValuesIn(upgrade::alertsInOrder));
+
+TEST_P(EachAlert, ShowsItsTextsAndStaysUntilTheSnapshotHasItNoMore) {
+  WindowBench bench(samples::idle());
+  const auto snapshot = samples::withAlert(GetParam());
+  bench.window.draw(snapshot);
+  auto* box = shown<AlertBox>(bench);
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(box->windowModality(), Qt::WindowModal);
+  EXPECT_EQ(textOf(*box, "title"), snapshot.alert->title);
+  EXPECT_EQ(textOf(*box, "message"), snapshot.alert->message);
+  const auto buttonsOfBox = box->findChildren<QPushButton*>();
+  ASSERT_EQ(buttonsOfBox.size(), 1);
+  EXPECT_EQ(buttonsOfBox.front()->text(), "OK");
+
+  QTest::mouseClick(buttonsOfBox.front(), Qt::LeftButton);
+  EXPECT_THAT(bench.actions.confirmed, ElementsAre(GetParam()));
+  EXPECT_TRUE(box->isVisible()) << "the main queue may be blocked: the alert is still up";
+  bench.window.draw(samples::idle());
+  EXPECT_EQ(shown<AlertBox>(bench), nullptr);
+}
+
+TEST_P(EachAlert, IsConfirmedByEnterEscapeAndItsWindowsCloseButton) {
+  WindowBench bench(samples::withAlert(GetParam()));
+  auto* box = shown<AlertBox>(bench);
+  ASSERT_NE(box, nullptr);
+  QTest::keyClick(box, Qt::Key_Return);
+  QTest::keyClick(box, Qt::Key_Escape);
+  box->close();
+  EXPECT_THAT(bench.actions.confirmed, ElementsAre(GetParam(), GetParam(), GetParam()));
+  EXPECT_TRUE(box->isVisible());
+}
+
+TEST(MainWindow, OneAlertGivesWayToTheNext) {
+  WindowBench bench(samples::withAlert(upgrade::Alert::portBusy));
+  bench.window.draw(samples::withAlert(upgrade::Alert::uploadError));
+  auto* box = shown<AlertBox>(bench);
+  ASSERT_NE(box, nullptr);
+  EXPECT_EQ(textOf(*box, "title"), upgrade::titleOf(upgrade::Alert::uploadError));
+}
+
+TEST(MainWindow, AnAlertKeepsTheMouseAndTheShortcutsFromTheWindow) {
+  WindowBench bench(samples::selected());
+  auto snapshot = samples::selected();
+  snapshot.alert = samples::withAlert(upgrade::Alert::portBusy).alert;
+  bench.window.draw(snapshot);
+  ASSERT_NE(shown<AlertBox>(bench), nullptr);
+  // As the display server sends it: to the window, not to the widget.
+  const auto place = bench.button("upload").mapTo(&bench.window, bench.button("upload").rect().center());
+  QTest::mouseClick(bench.window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+  QTest::keyClick(bench.window.windowHandle(), Qt::Key_U, Qt::ControlModifier);
+  QTest::qWait(0);
+  EXPECT_THAT(bench.actions.calls, IsEmpty());
+}
+
+TEST(SyncSheet, SendsAndClosesWhenTheSnapshotSaysSo) {
+  WindowBench bench(samples::withSheet(false));
+  auto* sheet = shown<SyncSheet>(bench);
+  ASSERT_NE(sheet, nullptr);
+  EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
+  auto* busy = sheet->findChild<QProgressBar*>();
+  EXPECT_FALSE(busy->isVisible());
+  auto* send = sheet->findChild<QPushButton*>(QStringLiteral("send"));
+  EXPECT_EQ(send->text(), "Click Me");
+  QTest::mouseClick(send, Qt::LeftButton);
+  QTest::keyClick(sheet, Qt::Key_Return);
+  EXPECT_THAT(bench.actions.calls, ElementsAre("sendReport", "sendReport"));
+
+  bench.window.draw(samples::withSheet(true));
+  EXPECT_TRUE(busy->isVisible());
+  EXPECT_EQ(busy->maximum(), 0) << "its end isn't known";
+  EXPECT_TRUE(send->isEnabled()) << "a second click sends a second report";
+  bench.window.draw(samples::withSheet(false));  // It failed.
+  EXPECT_FALSE(busy->isVisible());
+  EXPECT_TRUE(sheet->isVisible());
+  bench.window.draw(samples::idle());  // It went out.
+  EXPECT_EQ(shown<SyncSheet>(bench), nullptr);
+}
+
+TEST(SyncSheet, CanBeClosedWhileAReportIsUnderWayAndOpenedAnew) {
+  WindowBench bench(samples::withSheet(true));
+  auto* sheet = shown<SyncSheet>(bench);
+  ASSERT_NE(sheet, nullptr);
+  auto* close = sheet->findChild<QPushButton*>(QStringLiteral("close"));
+  QTest::mouseClick(close, Qt::LeftButton);
+  QTest::keyClick(sheet, Qt::Key_Escape);
+  sheet->close();
+  EXPECT_THAT(bench.actions.calls, ElementsAre("closeSheet", "closeSheet", "closeSheet"));
+  bench.window.draw(samples::idle());
+  bench.window.draw(samples::withSheet(false));
+  auto* next = shown<SyncSheet>(bench);
+  ASSERT_NE(next, nullptr);
+  EXPECT_FALSE(next->findChild<QProgressBar*>()->isVisible());
+}
+
+TEST(SyncSheet, ShowsItsLines) {
+  WindowBench bench(samples::withSheet(false));
+  const auto labels = shown<SyncSheet>(bench)->findChildren<QLabel*>();
+  ASSERT_EQ(labels.size(), 1);
+  EXPECT_EQ(labels.front()->text(),
+            "Connect your device to your computer\n"
+            "(Will be easier for the device explorer if your device is the only one connected!)\n"
+            "Make sure you device is connected and powered-up\n"
+            "\n"
+            "Click below when done to synchronize your configuration information.");
+  EXPECT_EQ(labels.front()->alignment(), Qt::AlignCenter);
+}
+
+TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
+  WindowBench bench(samples::idle());
+  bench.window.close();
+  EXPECT_TRUE(bench.window.isVisible());
+  EXPECT_EQ(bench.closeRequests, 1);
+  EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+  bench.window.closeForGood();
+  EXPECT_FALSE(bench.window.isVisible());
+}
+
+TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForAgainBehindIt) {
+  WindowBench bench(samples::running());
+  QTest::keyClick(&bench.table(), Qt::Key_Q, Qt::ControlModifier);
+  EXPECT_EQ(bench.closeRequests, 1);
+  EXPECT_TRUE(bench.window.findChild<CloseNotice*>()->isVisible());
+  bench.window.draw(samples::running());
+  EXPECT_EQ(bench.closeRequests, 1);
+  bench.window.draw(samples::idle());
+  EXPECT_EQ(bench.closeRequests, 2);
+  EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+}
+
+TEST(Closing, HidesNoFailure) {
+  for (const auto alert : upgrade::alertsInOrder) {
+    EXPECT_EQ(mayClose(samples::withAlert(alert)), alert == upgrade::Alert::procedureComplete);
+  }
+  EXPECT_TRUE(mayClose(samples::idle()));
+  EXPECT_FALSE(mayClose(samples::running()));
+  EXPECT_FALSE(mayClose({.isReporting = true}));
+}
+
+}  // namespace
+}  // namespace karvex::ui::qt

@@ -1,0 +1,239 @@
+// The whole application on the rig, used through its window with the mouse and the keyboard.
+
+#include <gmock/gmock.h>
+
+#include <QAbstractItemModel>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "app/WindowProgram.hpp"
+#include "app/rig/RigCore.hpp"
+#include "foundation/Log.hpp"
+#include "ui/qt/AlertBox.hpp"
+#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/DeviceTable.hpp"
+#include "ui/qt/SyncSheet.hpp"
+
+namespace karvex::app {
+namespace {
+
+using ui::qt::AlertBox;
+using ui::qt::SyncSheet;
+
+/// The rig's time runs as fast as the machine can; the window is the real one.
+class RunInWindow : public testing::Test {
+ protected:
+  static constexpr int patience = 20000;  // Milliseconds, for a slow machine.
+  static constexpr int statusColumn = 5;
+
+  void make() {
+    program_ = std::make_unique<WindowProgram>(
+        [this] { return std::make_unique<RigCore>(common_, options, record_); });
+  }
+  void start() {
+    make();
+    window().show();
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    ASSERT_TRUE(
+        eventually([this] { return table().model()->rowCount() == static_cast<int>(options.boards); }));
+  }
+  /// Ends the program. What happened on the rig.
+  const RunRecord& end() {
+    program_.reset();
+    return record_;
+  }
+
+  static bool eventually(const std::function<bool()>& condition) {
+    return QTest::qWaitFor(condition, patience);
+  }
+  WindowProgram& program() { return *program_; }
+  ui::qt::MainWindow& window() { return program_->window(); }
+  ui::qt::DeviceTable& table() { return *window().findChild<ui::qt::DeviceTable*>(); }
+  QPushButton& button(const char* name) { return *window().findChild<QPushButton*>(QLatin1String(name)); }
+  std::string textAt(int row, int column) {
+    return table().model()->index(row, column).data().toString().toStdString();
+  }
+
+  template <typename Dialog>
+  Dialog* shown() {
+    for (auto* dialog : window().findChildren<Dialog*>()) {
+      if (dialog->isVisible()) {
+        return dialog;
+      }
+    }
+    return nullptr;
+  }
+  std::string titleOfAlert() {
+    return shown<AlertBox>()
+               ? shown<AlertBox>()->findChild<QLabel*>(QStringLiteral("title"))->text().toStdString()
+               : "";
+  }
+  void clickRow(int row) {
+    const auto cell = table().visualRect(table().model()->index(row, 0));
+    QTest::mouseClick(table().viewport(), Qt::LeftButton, Qt::NoModifier, cell.center());
+  }
+  /// As the user does; the window goes when the service knows of every upgrade.
+  void close() {
+    window().close();
+    EXPECT_TRUE(window().isVisible()) << "the main queue is asked first";
+    EXPECT_TRUE(eventually([&] { return !window().isVisible(); }));
+  }
+  void click(const char* name) {
+    ASSERT_TRUE(eventually([&] { return button(name).isEnabled(); })) << name;
+    QTest::mouseClick(&button(name), Qt::LeftButton);
+  }
+
+  ApplicationOptions options;
+
+ private:
+  const CommonOptions common_{.realTime = false};
+  RunRecord record_;
+  std::unique_ptr<WindowProgram> program_;
+};
+
+TEST_F(RunInWindow, UpgradesAllBoardsByMouse) {
+  start();
+  EXPECT_FALSE(button("upload").isEnabled());
+  clickRow(0);
+  click("upload");
+  ASSERT_TRUE(eventually([&] { return titleOfAlert() == "Upgrade Procedure Complete"; }));
+  for (int row = 0; row < 3; ++row) {
+    EXPECT_EQ(textAt(row, statusColumn), "Success");
+  }
+  QTest::mouseClick(shown<AlertBox>()->findChild<QPushButton*>(), Qt::LeftButton);
+  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
+  EXPECT_FALSE(button("upload").isEnabled());
+  EXPECT_TRUE(button("refresh").isEnabled());
+  close();
+  for (const auto& board : end().boards) {
+    EXPECT_TRUE(board.bootReport && board.flashMatches && board.isReported) << board.serialNumber;
+  }
+}
+
+TEST_F(RunInWindow, UpgradesAllBoardsByKeyboard) {
+  start();
+  QTest::keyClick(&table(), Qt::Key_Down);
+  ASSERT_TRUE(eventually([&] { return button("upload").isEnabled(); }));
+  QTest::keyClick(&window(), Qt::Key_U, Qt::ControlModifier);
+  ASSERT_TRUE(eventually([&] { return titleOfAlert() == "Upgrade Procedure Complete"; }));
+  QTest::keyClick(shown<AlertBox>(), Qt::Key_Return);
+  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
+  close();
+  for (const auto& board : end().boards) {
+    EXPECT_TRUE(board.bootReport && board.flashMatches && board.isReported) << board.serialNumber;
+  }
+}
+
+struct FailureCase {
+  const char* name;
+  std::function<void(ApplicationOptions&)> arrange;
+  const char* title;
+};
+
+class FailureInWindow : public RunInWindow, public testing::WithParamInterface<FailureCase> {};
+
+TEST_P(FailureInWindow, IsToldAndItsOkBringsTheListBack) {
+  GetParam().arrange(options);
+  start();
+  clickRow(0);
+  click("upload");
+  ASSERT_TRUE(eventually([&] { return titleOfAlert() == GetParam().title; })) << titleOfAlert();
+  QTest::keyClick(shown<AlertBox>(), Qt::Key_Return);
+  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
+  ASSERT_TRUE(eventually([&] { return table().model()->rowCount() == 3 && button("refresh").isEnabled(); }));
+  EXPECT_FALSE(button("upload").isEnabled()) << "until a row is chosen again";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    RunInWindow, FailureInWindow,
+    testing::Values(FailureCase{"PortBusy", [](auto& options) { options.occupied.insert(0); },
+                                "Device Port currently in use! "},
+                    FailureCase{"Upload",
+                                [](auto& options) {
+                                  EXPECT_EQ(rig::addFault("never-enters-halfkay", options.boardFaults[0]),
+                                            std::nullopt);
+                                },
+                                "An error occurred during upload"},
+                    FailureCase{"Download",
+                                [](auto& options) {
+                                  EXPECT_EQ(rig::addServiceFault("cut-off@firmware", options.serviceFaults),
+                                            std::nullopt);
+                                },
+                                "Could not download Firmware file"}),
+    [](const auto& one) { return one.param.name; });
+
+TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
+  start();
+  click("sync");
+  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
+  QTest::mouseClick(shown<SyncSheet>()->findChild<QPushButton*>(QStringLiteral("send")), Qt::LeftButton);
+  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
+  EXPECT_TRUE(std::ranges::any_of(
+      end().requests, [](const auto& request) { return request.path == "/services/deviceExplorer.php"; }));
+}
+
+TEST_F(RunInWindow, TheSheetStaysWhenTheReportDidNotGoOut) {
+  ASSERT_EQ(rig::addServiceFault("cut-off@report", options.serviceFaults), std::nullopt);
+  std::atomic<bool> hasFailed = false;
+  foundation::log::redirectDebug(
+      [&](std::string_view text) { hasFailed = hasFailed || text.starts_with("Error => "); });
+  start();
+  click("sync");
+  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
+  QTest::keyClick(shown<SyncSheet>(), Qt::Key_Return);
+  ASSERT_TRUE(eventually([&] { return hasFailed.load(); }));
+  QTest::qWait(0);
+  ASSERT_NE(shown<SyncSheet>(), nullptr);
+  EXPECT_FALSE(shown<SyncSheet>()->findChild<QProgressBar*>()->isVisible());
+  QTest::keyClick(shown<SyncSheet>(), Qt::Key_Escape);
+  EXPECT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
+  end();
+  foundation::log::redirectDebug(nullptr);
+}
+
+TEST_F(RunInWindow, TheSheetCanBeClosedWhileItsReportIsUnderWay) {
+  ASSERT_EQ(rig::addServiceFault("slow@report=2000", options.serviceFaults), std::nullopt);
+  start();
+  click("sync");
+  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
+  QTest::mouseClick(shown<SyncSheet>()->findChild<QPushButton*>(QStringLiteral("send")), Qt::LeftButton);
+  QTest::mouseClick(shown<SyncSheet>()->findChild<QPushButton*>(QStringLiteral("close")), Qt::LeftButton);
+  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
+  click("sync");
+  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
+  EXPECT_FALSE(shown<SyncSheet>()->findChild<QProgressBar*>()->isVisible()) << "each opening is a new sheet";
+}
+
+TEST_F(RunInWindow, AClosedWindowGoesByItselfBehindTheRun) {
+  start();
+  clickRow(0);
+  click("upload");
+  close();
+  for (const auto& board : end().boards) {
+    EXPECT_TRUE(board.flashMatches && board.isReported) << board.serialNumber;
+  }
+}
+
+TEST_F(RunInWindow, EndsWhenTheCoreStops) {
+  options.upgradeFrom = 1;
+  make();
+  program().run();
+  for (const auto& board : end().boards) {
+    EXPECT_TRUE(board.flashMatches && board.isReported) << board.serialNumber;
+  }
+}
+
+TEST_F(RunInWindow, AnIdleWindowClosesAtOnce) {
+  start();
+  close();
+}
+
+}  // namespace
+}  // namespace karvex::app

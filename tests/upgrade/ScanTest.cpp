@@ -1,0 +1,316 @@
+// What the device table lists: the service's list, the USB bus and the MIDI layer put together.
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/NotificationCenter.hpp"
+#include "loader/load_status.hpp"
+#include "rig/midi/MidiNotifications.hpp"
+#include "rig/midi/MidiOperation.hpp"
+#include "tests/upgrade/UpgradeBench.hpp"
+#include "upgrade/DeviceListView.hpp"
+
+namespace karvex::upgrade {
+namespace {
+
+using namespace std::chrono_literals;
+using midikit::io::MIDIObjectRef;
+using midikit::io::ObservableMIDIManager;
+using midikit::io::PropertyDictionary;
+using records::BootableDevice;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+/// The platform's answer for an object that it doesn't know.
+constexpr midikit::io::OSStatus unknownObject = -10842;
+
+class ScanTest : public testing::Test {
+ protected:
+  ScanTest() { loader::set_load_status(0); }
+  ~ScanTest() override { loader::set_load_status(0); }
+
+  void plugIn(const std::string& serialNumber) {
+    bench.bus.plugIn(std::make_unique<rig::VirtualBoard>(*rig::findBoardKind("TEENSY40"), serialNumber));
+  }
+
+  void enterBootloader(const std::string& serialNumber) {
+    ASSERT_TRUE(bench.bus.setLineSpeed(serialNumber, 134));
+    bench.runFor(3s);
+  }
+
+  std::shared_ptr<ObservableMIDIManager> startedManager() {
+    auto manager = ObservableMIDIManager::create(
+        {.service = bench.midiService, .runtime = bench.runtime, .clientName = "ScanTest"});
+    manager->start();
+    return manager;
+  }
+
+  MIDIObjectRef addMIDIDevice(const std::string& name, const PropertyDictionary& properties) {
+    auto description = rig::simpleDevice(name);
+    description.properties.insert(properties.begin(), properties.end());
+    return bench.midiService->addDevice(description);
+  }
+
+  UpgradeBench bench;
+};
+
+records::ServerDeviceDescriptor listed(const std::string& serialNumber, std::int64_t sequenceNumber = 1) {
+  records::ServerDeviceDescriptor descriptor;
+  descriptor.deviceSerialNumber = serialNumber;
+  descriptor.sequenceNumber = sequenceNumber;
+  descriptor.setupDelay = 7;
+  descriptor.serverURL = "https://a";
+  descriptor.serverDirectory = "/b/";
+  descriptor.serverFile = "c.hex";
+  descriptor.firmwareName = "Pedal";
+  descriptor.firmwareVersion = "2.0";
+  descriptor.currentVersion = "1.0";
+  descriptor.mcu = "TEENSY40";
+  return descriptor;
+}
+
+std::vector<std::string> serialsOf(const BootableDeviceManager& manager) {
+  std::vector<std::string> serials;
+  for (const auto& device : manager.managedDevices.get()) {
+    serials.push_back(device.portSerialNumber);
+  }
+  return serials;
+}
+
+TEST_F(ScanTest, TheRowsFollowTheServiceAndAreNewAtEachScan) {
+  for (const auto* serial : {"10", "20", "30"}) {
+    plugIn(serial);
+  }
+  const auto midi = startedManager();
+  BootableDeviceManager manager(bench.platform());
+  manager.isServerLoaded = true;
+  manager.deviceDescriptors = {listed("30", 9), listed("40", 1), listed("10", 5), listed("30", 2)};
+  manager.deviceDescriptors[2].isValid = false;
+  ASSERT_TRUE(manager.scanDevices(*midi));
+  EXPECT_EQ(manager.errorCode.get(), scanComplete);
+  EXPECT_THAT(serialsOf(manager), ElementsAre("30", "10", "30"));
+  const auto first = manager.managedDevices.get();
+  EXPECT_NE(first[0].id, first[2].id);
+  const BootableDevice expected{.id = first[1].id,
+                                .deviceName = "TEENSY40 MIDI",
+                                .portSerialNumber = "10",
+                                .firmwareServerURL = "https://a",
+                                .firmwareDir = "/b/",
+                                .firmwareFile = "c.hex",
+                                .firmwareName = "Pedal",
+                                .firmwareVersion = "2.0",
+                                .currentVersion = "1.0",
+                                .mcu = "TEENSY40",
+                                .sequenceNumber = 5,
+                                .setupDelay = 7,
+                                .USBVendorId = 5824,
+                                .USBProductId = 0x0489,
+                                .USBBCDDevice = 0x0279};
+  EXPECT_EQ(first[1], expected);
+
+  manager.updateStatus(first[0].id, 7);
+  bench.bus.unplug("10");
+  ASSERT_TRUE(manager.scanDevices(*midi));
+  EXPECT_THAT(serialsOf(manager), ElementsAre("30", "30"));
+  EXPECT_NE(manager.managedDevices.get()[0].id, first[0].id);
+  EXPECT_EQ(manager.managedDevices.get()[0].status, 0U);
+}
+
+TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
+  struct MIDIDevice {
+    const char* name;
+    PropertyDictionary properties;
+    bool isUnreadable = false;
+  };
+  struct Case {
+    const char* what;
+    std::vector<MIDIDevice> devices;
+    std::optional<std::size_t> match;  ///< place among the devices
+    std::optional<bool> offline;
+  };
+  const Case cases[] = {
+      {"no MIDI device", {}, std::nullopt, false},
+      {"another's", {{"A", {{"SerialNumber", "100"}, {"offline", 1}}}}, std::nullopt, false},
+      {"no serial number", {{"10", {{"offline", 1}}}}, std::nullopt, false},
+      {"a number as serial number", {{"A", {{"SerialNumber", 10}, {"offline", 1}}}}, std::nullopt, false},
+      {"offline", {{"A", {{"SerialNumber", "10"}, {"offline", 1}}}}, 0, true},
+      {"online", {{"A", {{"SerialNumber", "10"}, {"offline", 0}}}}, 0, false},
+      {"doesn't say", {{"A", {{"SerialNumber", "10"}}}}, 0, std::nullopt},
+      {"a text as offline", {{"A", {{"SerialNumber", "10"}, {"offline", "1"}}}}, 0, std::nullopt},
+      {"no truth as offline", {{"A", {{"SerialNumber", "10"}, {"offline", 2}}}}, 0, std::nullopt},
+      {"the last of two counts",
+       {{"A", {{"SerialNumber", "10"}, {"offline", 1}}}, {"B", {{"SerialNumber", "10"}}}},
+       1,
+       std::nullopt},
+      {"the last one can't be read",
+       {{"A", {{"SerialNumber", "10"}, {"offline", 1}}}, {"B", {{"SerialNumber", "10"}}, true}},
+       0,
+       true},
+      {"the first one can't be read",
+       {{"A", {{"SerialNumber", "10"}}, true}, {"B", {{"SerialNumber", "10"}, {"offline", 1}}}},
+       1,
+       true},
+  };
+  plugIn("10");
+  BootableDeviceManager manager(bench.platform());
+  manager.isServerLoaded = true;
+  manager.deviceDescriptors = {listed("10")};
+  for (const auto& example : cases) {
+    SCOPED_TRACE(example.what);
+    std::vector<MIDIObjectRef> refs;
+    for (const auto& device : example.devices) {
+      refs.push_back(addMIDIDevice(device.name, device.properties));
+    }
+    const auto midi = startedManager();
+    for (std::size_t i = 0; i < refs.size(); ++i) {
+      if (example.devices[i].isUnreadable) {
+        bench.midiService->calls().failNext(rig::MidiOperation::objectGetProperties, unknownObject, 1,
+                                            refs[i]);
+      }
+    }
+    ASSERT_TRUE(manager.scanDevices(*midi));
+    const auto row = manager.managedDevices.get().at(0);
+    EXPECT_EQ(row.midiRef, example.match ? std::optional(refs[*example.match]) : std::nullopt);
+    EXPECT_EQ(row.deviceName, example.match ? example.devices[*example.match].name : "TEENSY40 MIDI");
+    EXPECT_EQ(row.isOffline, example.offline);
+    for (const auto ref : refs) {
+      bench.midiService->removeDevice(ref);
+    }
+  }
+}
+
+TEST_F(ScanTest, WhatAScanFindsWrong) {
+  plugIn("10");
+  plugIn("20");
+  const auto midi = startedManager();
+  BootableDeviceManager manager(bench.platform());
+  manager.deviceDescriptors = {listed("10"), listed("20")};
+  manager.managedDevices.set({BootableDevice()});
+  EXPECT_FALSE(manager.scanDevices(*midi));
+  EXPECT_EQ(manager.errorCode.get(), serviceNotAsked);
+  EXPECT_THAT(manager.managedDevices.get(), IsEmpty());
+  EXPECT_THAT(manager.deviceExplorer.devices.get(), SizeIs(2)) << "the bus is scanned all the same";
+
+  manager.isServerLoaded = true;
+  enterBootloader("20");
+  EXPECT_FALSE(manager.scanDevices(*midi));
+  EXPECT_EQ(manager.errorCode.get(), halfkayDevicePresent);
+  EXPECT_THAT(serialsOf(manager), ElementsAre("10", "20"));
+  EXPECT_EQ(manager.managedDevices.get()[1].USBProductId, 0x0478);
+
+  manager.deviceDescriptors.clear();
+  EXPECT_FALSE(manager.scanDevices(*midi)) << "a board of nobody's is told of, too";
+  EXPECT_EQ(manager.errorCode.get(), halfkayDevicePresent);
+
+  bench.bus.repair("20");
+  bench.bus.unplug("20");
+  EXPECT_TRUE(manager.scanDevices(*midi));
+  EXPECT_EQ(manager.errorCode.get(), scanComplete);
+}
+
+/// The table with a service that lists the boards 10 and 20, of which 10 is attached.
+class ListedTest : public ScanTest {
+ protected:
+  ListedTest() {
+    bench.service.setDevices(
+        std::vector<rig::ServedDevice>{{.deviceSerialNumber = "10"}, {.deviceSerialNumber = "20"}});
+    plugIn("10");
+    midiDevice = addMIDIDevice("Pedal", {{"SerialNumber", "10"}, {"offline", 0}});
+    view.emplace(bench.platform(), notificationManager, startedManager(), model);
+  }
+
+  void appear() {
+    bench.runtime.mainQueue().post([this] { view->appear(); });
+    bench.runFor(1s);
+  }
+
+  std::vector<BootableDevice> rows() const { return view->deviceManager.managedDevices.get(); }
+
+  MIDIObjectRef midiDevice = 0;
+  NotificationManager notificationManager;
+  SharedDeviceListModel model;
+  std::optional<DeviceListView> view;
+};
+
+TEST_F(ListedTest, AChangeOfTheMIDISetupRereadsTheMarkAndNothingElse) {
+  appear();
+  ASSERT_THAT(rows(), SizeIs(1));
+  view->deviceManager.updateStatus(rows()[0].id, 6);
+  auto expected = rows();
+  const auto expectMark = [&](std::optional<bool> offline, const char* what) {
+    bench.runFor(1s);
+    expected[0].isOffline = offline;
+    EXPECT_EQ(rows(), expected) << what;
+  };
+  bench.midiService->setProperty(midiDevice, "name", std::string("Another name"));
+  bench.midiService->setProperty(midiDevice, "offline", 1);
+  bench.midiService->notify(rig::thruConnectionChangedMessage());
+  expectMark(false, "changes of properties and of connections are not looked at");
+  bench.midiService->notify(rig::setupChangedMessage());
+  expectMark(true, "offline");
+  bench.midiService->removeProperty(midiDevice, "offline");
+  bench.midiService->notify(rig::setupChangedMessage());
+  expectMark(std::nullopt, "the device doesn't say any more");
+  bench.midiService->setProperty(midiDevice, "offline", 0);
+  bench.midiService->notify(rig::setupChangedMessage());
+  expectMark(false, "online");
+  bench.midiService->setProperty(midiDevice, "offline", 1);
+  bench.midiService->removeDevice(midiDevice);
+  expectMark(false, "an object that has gone keeps the mark as it was");
+  EXPECT_THAT(bench.service.requests(), SizeIs(1));
+}
+
+TEST_F(ListedTest, AChangeWithAnEmptyListScansWithoutAskingTheService) {
+  bench.bus.unplug("10");
+  appear();
+  ASSERT_THAT(rows(), IsEmpty());
+  plugIn("20");
+  bench.runFor(1s);
+  EXPECT_THAT(rows(), IsEmpty());
+  bench.midiService->notify(rig::setupChangedMessage());
+  bench.runFor(1s);
+  EXPECT_THAT(serialsOf(view->deviceManager), ElementsAre("20"));
+  EXPECT_THAT(bench.service.requests(), SizeIs(1));
+}
+
+TEST_F(ListedTest, AChangeBeforeTheListHasComeIsNotLookedAt) {
+  bench.misbehave("slow=5000");
+  appear();
+  bench.midiService->notify(rig::setupChangedMessage());
+  bench.runFor(1s);
+  EXPECT_EQ(view->deviceManager.errorCode.get(), scanComplete) << "a scan would find the service not asked";
+  EXPECT_THAT(rows(), IsEmpty());
+  bench.runFor(4s);
+  EXPECT_THAT(rows(), SizeIs(1));
+}
+
+TEST_F(ListedTest, WithABoardInItsBootloaderTheChangesAreNotFollowed) {
+  for (const bool isDenied : {false, true}) {
+    SCOPED_TRACE(isDenied);
+    view.emplace(bench.platform(), notificationManager, startedManager(), model);
+    if (!isDenied) {
+      enterBootloader("10");
+    }
+    loader::set_load_status(isDenied ? loader::LOAD_STATUS_ERROR_PERMISSION : loader::LOAD_STATUS_IDLE);
+    appear();
+    ASSERT_THAT(rows(), SizeIs(1));
+    EXPECT_EQ(view->isUp(Alert::halfkayModeDetected), !isDenied);
+    bench.midiService->setProperty(midiDevice, "offline", isDenied ? 0 : 1);
+    const auto mark = rows()[0].isOffline;
+    bench.midiService->notify(rig::setupChangedMessage());
+    bench.runFor(1s);
+    EXPECT_EQ(rows()[0].isOffline, mark);
+  }
+  bench.runtime.mainQueue().post(
+      [] { foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification); });
+  bench.runFor(1s);
+  EXPECT_TRUE(view->isUp(Alert::halfkayModeDetected)) << "a refresh tells of it whatever the load status is";
+}
+
+}  // namespace
+}  // namespace karvex::upgrade

@@ -1,0 +1,82 @@
+#include "ui/qt/ActionRow.hpp"
+
+#include <QHBoxLayout>
+#include <QLabel>
+
+#include "ui/Texts.hpp"
+#include "ui/qt/SymbolIcon.hpp"
+#include "ui/qt/Text.hpp"
+
+namespace karvex::ui::qt {
+namespace {
+
+constexpr int padding = 10;
+constexpr int leadingPadding = 20;
+constexpr int iconSize = 20;
+constexpr int buttonHeight = 36;
+
+/// The instruction as rich text, with the words that stand out in bold.
+QString instructionText() {
+  const auto emphasised = qtText(texts::emphasisedInstruction).toHtmlEscaped();
+  auto second = qtText(texts::instruction[1]).toHtmlEscaped();
+  second.replace(0, emphasised.size(), QStringLiteral("<b>") + emphasised + QStringLiteral("</b>"));
+  return qtText(texts::instruction[0]).toHtmlEscaped() + QStringLiteral("<br>") + second;
+}
+
+QLabel* makeInstruction(QWidget* parent) {
+  auto* label = new QLabel(instructionText(), parent);
+  label->setTextFormat(Qt::RichText);
+  label->setWordWrap(true);
+  label->setContentsMargins(leadingPadding, padding, 0, 0);
+  return label;
+}
+
+QPushButton* makeButton(Symbol symbol, std::string_view help, const QKeySequence& shortcut, QWidget* parent) {
+  auto* button = new QPushButton(symbolIcon(symbol), QString(), parent);
+  button->setIconSize({iconSize, iconSize});
+  button->setFixedHeight(buttonHeight);
+  button->setMinimumWidth(buttonHeight + leadingPadding / 2);
+  button->setToolTip(qtText(help));
+  button->setAccessibleName(qtText(help));
+  button->setAccessibleDescription(qtText(help));
+  button->setShortcut(shortcut);
+  button->setAutoDefault(true);  // Enter presses the button that has the keyboard.
+  button->setEnabled(false);
+  return button;
+}
+
+}  // namespace
+
+ActionRow::ActionRow(UserActions& actions, QWidget* parent)
+    : QWidget(parent),
+      upload_(makeButton(Symbol::upload, texts::uploadHelp, Qt::CTRL | Qt::Key_U, this)),
+      refresh_(makeButton(Symbol::refresh, texts::refreshHelp, Qt::Key_F5, this)),
+      sync_(makeButton(Symbol::sync, texts::syncHelp, Qt::CTRL | Qt::Key_E, this)) {
+  const auto shortcut = upload_->shortcut();
+  upload_->setText(qtText(texts::uploadButton));
+  upload_->setShortcut(shortcut);  // A new text takes the shortcut away.
+  upload_->setMinimumWidth(upload_->sizeHint().width() + leadingPadding);
+  upload_->setAccessibleName(qtText(texts::uploadButton));
+  upload_->setObjectName(QStringLiteral("upload"));
+  refresh_->setObjectName(QStringLiteral("refresh"));
+  sync_->setObjectName(QStringLiteral("sync"));
+  connect(upload_, &QPushButton::clicked, this, [&actions] { actions.upload(); });
+  connect(refresh_, &QPushButton::clicked, this, [&actions] { actions.refresh(); });
+  connect(sync_, &QPushButton::clicked, this, [&actions] { actions.sync(); });
+
+  auto* layout = new QHBoxLayout(this);
+  layout->setContentsMargins(0, padding, padding, 0);
+  layout->addWidget(makeInstruction(this), 1);
+  layout->addSpacing(padding);
+  for (auto* button : {upload_, refresh_, sync_}) {
+    layout->addWidget(button);
+  }
+}
+
+void ActionRow::draw(const Snapshot& snapshot) {
+  upload_->setEnabled(snapshot.canUpload);
+  refresh_->setEnabled(snapshot.canAct);
+  sync_->setEnabled(snapshot.canAct);
+}
+
+}  // namespace karvex::ui::qt

@@ -1,0 +1,120 @@
+#include "ui/qt/CellDelegate.hpp"
+
+#include <QPainter>
+#include <algorithm>
+
+#include "ui/qt/DeviceTableModel.hpp"
+#include "ui/qt/Shades.hpp"
+
+namespace karvex::ui::qt {
+namespace {
+
+constexpr double selectionShare = 0.24;
+constexpr double unfocusedSelectionShare = 0.14;
+constexpr qreal barWidth = 140;
+constexpr qreal barHeight = 4;
+/// Between the lower edges of the bar and the cell.
+constexpr qreal barBottom = 5;
+constexpr qreal ringWidth = 3;
+/// What a long text asks for; it gets more where the column is wider.
+constexpr int mostTextWidth = 190;
+
+/// A disc for a device that is there and a ring for one that isn't, so that the colour doesn't carry it
+/// alone.
+void paintMark(QPainter& painter, const QRectF& square, Tone tone, const QColor& ground) {
+  const auto shade = shadeOf(tone, ground, markContrast);
+  if (tone == Tone::green) {
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(shade);
+    painter.drawEllipse(square);
+  } else {
+    painter.setPen(QPen(shade, ringWidth));
+    painter.setBrush(Qt::NoBrush);
+    constexpr qreal inset = ringWidth / 2;
+    painter.drawEllipse(square.adjusted(inset, inset, -inset, -inset));
+  }
+}
+
+void paintBar(QPainter& painter, const QRectF& groove, double share, const QColor& ground,
+              const QPalette& palette) {
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(mix(ground, palette.color(QPalette::Text), 0.22));
+  painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
+  auto filled = groove;
+  filled.setWidth(groove.width() * share);
+  painter.setClipRect(filled);
+  painter.setBrush(palette.color(QPalette::Active, QPalette::Highlight));
+  painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
+  painter.setClipping(false);
+}
+
+}  // namespace
+
+int leftPaddingOf(int column) {
+  return column == 0 ? firstCellPadding : cellPadding;
+}
+
+QColor CellDelegate::groundOf(const QStyleOptionViewItem& option) {
+  const auto base = option.palette.color(QPalette::Base);
+  if ((option.state & QStyle::State_Selected) == 0) {
+    return base;
+  }
+  const bool hasFocus = option.widget != nullptr && option.widget->hasFocus();
+  return mix(base, option.palette.color(QPalette::Active, QPalette::Highlight),
+             hasFocus ? selectionShare : unfocusedSelectionShare);
+}
+
+QColor CellDelegate::textColourOf(const QStyleOptionViewItem& option, const QModelIndex& index) {
+  const auto tone = index.data(DeviceTableModel::toneRole);
+  return tone.isValid() ? shadeOf(static_cast<Tone>(tone.toInt()), groundOf(option))
+                        : option.palette.color(QPalette::Text);
+}
+
+void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                         const QModelIndex& index) const {
+  auto cell = option;
+  initStyleOption(&cell, index);
+  const auto room = cell.rect.adjusted(leftPaddingOf(index.column()), 0, -cellPadding, 0);
+  painter->save();
+  painter->fillRect(cell.rect, groundOf(option));
+  painter->setFont(cell.font);
+  painter->setPen(textColourOf(option, index));
+  painter->drawText(room, Qt::AlignVCenter | Qt::AlignLeft | Qt::TextSingleLine,
+                    cell.fontMetrics.elidedText(cell.text, Qt::ElideRight, room.width()));
+  painter->restore();
+}
+
+QSize CellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
+  auto cell = option;
+  initStyleOption(&cell, index);
+  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), mostTextWidth) +
+              leftPaddingOf(index.column()) + cellPadding + 1,
+          cell.fontMetrics.height()};
+}
+
+void StatusDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                           const QModelIndex& index) const {
+  auto cell = option;
+  initStyleOption(&cell, index);
+  const auto ground = groundOf(option);
+  const auto progress = index.data(DeviceTableModel::progressRole);
+  const QRectF area = cell.rect;
+  const QRectF mark(area.left(), area.center().y() - markSize / 2.0, markSize, markSize);
+  const QRectF text(area.left() + statusTextLeft, area.top(), statusTextWidth, area.height());
+
+  painter->save();
+  painter->setRenderHint(QPainter::Antialiasing);
+  painter->fillRect(area, ground);
+  paintMark(*painter, mark, static_cast<Tone>(index.data(DeviceTableModel::markRole).toInt()), ground);
+  if (progress.isValid()) {
+    const QRectF groove(text.center().x() - barWidth / 2, text.bottom() - barBottom - barHeight, barWidth,
+                        barHeight);
+    paintBar(*painter, groove, progress.toDouble(), ground, option.palette);
+  }
+  painter->setFont(cell.font);
+  painter->setPen(textColourOf(option, index));
+  painter->drawText(text, Qt::AlignCenter | Qt::TextWordWrap, cell.text);
+  painter->restore();
+}
+
+}  // namespace karvex::ui::qt

@@ -1,0 +1,100 @@
+#include "ui/qt/DeviceTable.hpp"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <algorithm>
+
+#include "ui/qt/CellDelegate.hpp"
+#include "ui/qt/DeviceTableModel.hpp"
+#include "ui/qt/RoundedFrame.hpp"
+#include "ui/qt/ShownSelection.hpp"
+#include "ui/qt/TableHeader.hpp"
+
+namespace karvex::ui::qt {
+namespace {
+
+constexpr int leastRowHeight = 44;
+/// Room above and below two lines of status text.
+constexpr int rowPadding = 10;
+
+}  // namespace
+
+DeviceTable::DeviceTable(std::function<void(std::optional<foundation::Uuid>)> select, QWidget* parent)
+    : QTableView(parent), model_(new DeviceTableModel(this)) {
+  setModel(model_);
+  selection_ = new ShownSelection(*model_, [this, select = std::move(select)](const QModelIndex& index) {
+    select(model_->deviceAt(index));
+  });
+  setSelectionModel(selection_);
+  setSelectionMode(SingleSelection);
+  setSelectionBehavior(SelectRows);
+  setEditTriggers(NoEditTriggers);
+  setTabKeyNavigation(false);
+  setShowGrid(false);
+  setWordWrap(false);
+  setCornerButtonEnabled(false);
+  setFrameShape(NoFrame);
+  setHorizontalScrollMode(ScrollPerPixel);
+  setVerticalScrollMode(ScrollPerPixel);
+  setItemDelegate(new CellDelegate(this));
+  setItemDelegateForColumn(static_cast<int>(Column::status), new StatusDelegate(this));
+  setAccessibleName(tr("Devices"));
+  setAccessibleDescription(tr("The devices that can be upgraded. Choose one with the arrow keys."));
+  layOutColumns();
+  setRowHeight();
+  for (const auto end :
+       {Qt::AlignTop, Qt::AlignBottom}) {  // Keeps the scroll bar clear of the rounded corners.
+    auto* spacer = new QWidget(this);
+    spacer->setFixedHeight(tableRadius);
+    addScrollBarWidget(spacer, end);
+  }
+}
+
+void DeviceTable::layOutColumns() {
+  auto* titles = new TableHeader(this);
+  setHorizontalHeader(titles);
+  verticalHeader()->hide();
+  titles->setSectionResizeMode(QHeaderView::ResizeToContents);
+  titles->setSectionResizeMode(static_cast<int>(Column::device), QHeaderView::Stretch);
+  titles->setSectionResizeMode(static_cast<int>(Column::status), QHeaderView::Fixed);
+  titles->resizeSection(static_cast<int>(Column::status), statusColumnWidth);
+}
+
+void DeviceTable::setRowHeight() {
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->setDefaultSectionSize(
+      std::max(leastRowHeight, 2 * fontMetrics().lineSpacing() + rowPadding));
+}
+
+void DeviceTable::draw(const Snapshot& snapshot) {
+  const auto wasSelected = selection_->currentIndex();
+  model_->setRows(snapshot.rows);
+  const auto selected = model_->indexOf(snapshot.selected);
+  selection_->showSelected(selected);
+  if (selected.isValid() && selected != wasSelected) {
+    scrollTo(selected);
+  }
+}
+
+void DeviceTable::drawProgress(const upgrade::LoadProgress& progress) {
+  model_->setProgress(progress);
+}
+
+bool DeviceTable::showsProgress() const {
+  return model_->showsProgress();
+}
+
+/// Home and End go to the ends of the list, not of the row.
+QModelIndex DeviceTable::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+  const bool isToTheEnd = action == MoveHome || action == MoveEnd;
+  return QTableView::moveCursor(action, isToTheEnd ? modifiers | Qt::ControlModifier : modifiers);
+}
+
+void DeviceTable::changeEvent(QEvent* event) {
+  QTableView::changeEvent(event);
+  if (event->type() == QEvent::FontChange) {
+    setRowHeight();
+  }
+}
+
+}  // namespace karvex::ui::qt

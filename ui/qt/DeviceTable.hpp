@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QTableView>
+#include <functional>
+#include <optional>
+
+#include "ui/Snapshot.hpp"
+#include "upgrade/LoadProgress.hpp"
+
+namespace karvex::ui::qt {
+
+class DeviceTableModel;
+class ShownSelection;
+
+/// The table of devices. One row at most is selected: that of the snapshot.
+class DeviceTable final : public QTableView {
+  Q_OBJECT
+
+ public:
+  /// `select` is called when the user chooses a row, or none.
+  DeviceTable(std::function<void(std::optional<foundation::Uuid>)> select, QWidget* parent);
+
+  void draw(const Snapshot& snapshot);
+  void drawProgress(const upgrade::LoadProgress& progress);
+  /// A device is being programmed, so its progress is worth drawing.
+  bool showsProgress() const;
+
+ protected:
+  QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+  void changeEvent(QEvent* event) override;
+
+ private:
+  void layOutColumns();
+  void setRowHeight();
+
+  DeviceTableModel* model_;
+  ShownSelection* selection_;
+};
+
+}  // namespace karvex::ui::qt

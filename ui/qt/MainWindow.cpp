@@ -1,0 +1,145 @@
+#include "ui/qt/MainWindow.hpp"
+
+#include <QCloseEvent>
+#include <QShortcut>
+#include <QVBoxLayout>
+#include <chrono>
+#include <utility>
+
+#include "ui/qt/ActionRow.hpp"
+#include "ui/qt/AlertBox.hpp"
+#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/DeviceTable.hpp"
+#include "ui/qt/RoundedFrame.hpp"
+#include "ui/qt/SymbolIcon.hpp"
+#include "ui/qt/SyncSheet.hpp"
+
+namespace karvex::ui::qt {
+namespace {
+
+constexpr QSize usualSize{1080, 620};
+constexpr QSize leastSize{960, 420};
+constexpr int windowPadding = 16;
+
+/// How often the bar of a load is drawn anew while it moves.
+constexpr std::chrono::milliseconds progressInterval{80};
+
+/// An upgrade, up to the service's word that it knows of it.
+bool isBusy(const Snapshot& snapshot) {
+  return snapshot.isRunning || snapshot.isReporting;
+}
+
+}  // namespace
+
+bool mayClose(const Snapshot& snapshot) {
+  const bool tellsOfFailure = snapshot.alert && snapshot.alert->alert != upgrade::Alert::procedureComplete;
+  return !isBusy(snapshot) && !tellsOfFailure;
+}
+
+MainWindow::MainWindow(WindowLinks links)
+    : links_(std::move(links)),
+      row_(new ActionRow(links_.actions, this)),
+      closeNotice_(new CloseNotice(this)),
+      table_(new DeviceTable([this](const auto& device) { links_.actions.select(device); }, this)) {
+  setWindowTitle(QStringLiteral("Karvex"));
+  setWindowIcon(programIcon());
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(windowPadding, windowPadding, windowPadding, windowPadding);
+  layout->addWidget(row_);
+  layout->addWidget(closeNotice_);
+  layout->addWidget(new RoundedFrame(table_, this), 1);
+  setMinimumSize(leastSize);
+  resize(usualSize);
+  table_->setFocus();
+  connect(new QShortcut(Qt::CTRL | Qt::Key_Q, this), &QShortcut::activated, this, &QWidget::close);
+  progressTimer_.setInterval(progressInterval);
+  connect(&progressTimer_, &QTimer::timeout, this, &MainWindow::drawProgress);
+}
+
+void MainWindow::draw(const Snapshot& snapshot) {
+  snapshot_ = snapshot;
+  row_->draw(snapshot_);
+  table_->draw(snapshot_);
+  drawProgress();
+  drawSheet();
+  drawAlert();
+  drawCloseNotice();
+  if (wantsToClose_ && mayClose(snapshot_)) {
+    links_.askToClose();
+  }
+}
+
+void MainWindow::drawProgress() {
+  if (!table_->showsProgress()) {
+    progressTimer_.stop();
+    return;
+  }
+  table_->drawProgress(links_.progress());
+  if (!progressTimer_.isActive()) {
+    progressTimer_.start();
+  }
+}
+
+void MainWindow::drawAlert() {
+  if (alert_ && !(snapshot_.alert && alert_->shows(*snapshot_.alert))) {
+    alert_->dismiss();
+    alert_ = nullptr;
+  }
+  if (!alert_ && snapshot_.alert) {
+    alert_ = new AlertBox(*snapshot_.alert, links_.actions, sheet_ ? static_cast<QWidget*>(sheet_) : this);
+    alert_->open();
+  }
+}
+
+void MainWindow::drawSheet() {
+  if (sheet_ && !snapshot_.showsDeviceExplorer) {
+    sheet_->dismiss();
+    sheet_ = nullptr;
+  } else if (!sheet_ && snapshot_.showsDeviceExplorer) {
+    sheet_ = new SyncSheet(links_.actions, this);
+    sheet_->open();
+  }
+  if (sheet_) {
+    sheet_->draw(snapshot_);
+  }
+}
+
+void MainWindow::drawCloseNotice() {
+  const bool isHeldBack = wantsToClose_ && isBusy(snapshot_);
+  if (isHeldBack == closeNotice_->isVisibleTo(this)) {
+    return;
+  }
+  closeNotice_->setVisible(isHeldBack);
+}
+
+void MainWindow::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (!std::exchange(hasAppeared_, true)) {
+    links_.actions.appear();
+  }
+}
+
+/// Only the main queue knows for sure whether a run is going: a click on Upload may be on its way there.
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (closesForGood_) {
+    return QWidget::closeEvent(event);
+  }
+  event->ignore();
+  wantsToClose_ = true;
+  drawCloseNotice();
+  links_.askToClose();
+}
+
+void MainWindow::closeForGood() {
+  closesForGood_ = true;
+  close();
+}
+
+void MainWindow::bringToFront() {
+  setWindowState((windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+  show();
+  raise();
+  activateWindow();
+}
+
+}  // namespace karvex::ui::qt

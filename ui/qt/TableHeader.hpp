@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QHeaderView>
+
+namespace karvex::ui::qt {
+
+/// The titles of the table's columns, flat, in line with the cells below them.
+class TableHeader final : public QHeaderView {
+  Q_OBJECT
+
+ public:
+  explicit TableHeader(QWidget* parent);
+
+  QSize sizeHint() const override;
+
+ protected:
+  void paintSection(QPainter* painter, const QRect& rect, int section) const override;
+  void paintEvent(QPaintEvent* event) override;
+  QSize sectionSizeFromContents(int section) const override;
+
+ private:
+  QFont titleFont() const;
+  QColor ground() const;
+};
+
+}  // namespace karvex::ui::qt

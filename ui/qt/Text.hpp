@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+#include <string_view>
+
+/// Texts of the core, which are UTF-8, as the toolkit's.
+namespace karvex::ui::qt {
+
+/// The text as it stands.
+QString qtText(std::string_view utf8);
+
+/// Text for one line of the table: what a device or the service is called must not break its line, so control
+/// characters and those that turn the direction of reading are replaced (U+FFFD).
+QString lineText(std::string_view utf8);
+
+/// A tooltip with the text as it stands: by itself, a text that looks like markup would be read as such.
+QString plainToolTip(const QString& text);
+
+}  // namespace karvex::ui::qt
