@@ -62,6 +62,7 @@ QLabel* makeIcon(const AlertText& alert, QWidget* parent) {
 /// No button of a button box: that looks through the desktop's icons first, which takes milliseconds.
 QPushButton* makeOkButton(QWidget* parent) {
   auto* ok = new QPushButton(qtText(texts::okButton), parent);
+  ok->setObjectName(QStringLiteral("ok"));
   ok->setMinimumWidth(okWidth);
   ok->setDefault(true);
   return ok;

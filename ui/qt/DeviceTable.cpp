@@ -46,6 +46,8 @@ DeviceTable::DeviceTable(std::function<void(std::optional<foundation::Uuid>)> se
        {Qt::AlignTop, Qt::AlignBottom}) {  // Keeps the scroll bar clear of the rounded corners.
     auto* spacer = new QWidget(this);
     spacer->setFixedHeight(tableRadius);
+    spacer->setBackgroundRole(QPalette::Base);
+    spacer->setAutoFillBackground(true);
     addScrollBarWidget(spacer, end);
   }
 }

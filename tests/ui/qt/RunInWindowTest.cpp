@@ -85,6 +85,11 @@ class RunInWindow : public testing::Test {
     EXPECT_TRUE(window().isVisible()) << "the main queue is asked first";
     EXPECT_TRUE(eventually([&] { return !window().isVisible(); }));
   }
+  /// A display server doesn't send the mouse to a dialog that it hasn't shown yet.
+  static void clickIn(QDialog& dialog, const char* name) {
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog, patience));
+    QTest::mouseClick(dialog.findChild<QPushButton*>(QLatin1String(name)), Qt::LeftButton);
+  }
   void click(const char* name) {
     ASSERT_TRUE(eventually([&] { return button(name).isEnabled(); })) << name;
     QTest::mouseClick(&button(name), Qt::LeftButton);
@@ -107,7 +112,7 @@ TEST_F(RunInWindow, UpgradesAllBoardsByMouse) {
   for (int row = 0; row < 3; ++row) {
     EXPECT_EQ(textAt(row, statusColumn), "Success");
   }
-  QTest::mouseClick(shown<AlertBox>()->findChild<QPushButton*>(), Qt::LeftButton);
+  clickIn(*shown<AlertBox>(), "ok");
   ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
   EXPECT_FALSE(button("upload").isEnabled());
   EXPECT_TRUE(button("refresh").isEnabled());
@@ -173,7 +178,7 @@ TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
   start();
   click("sync");
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
-  QTest::mouseClick(shown<SyncSheet>()->findChild<QPushButton*>(QStringLiteral("send")), Qt::LeftButton);
+  clickIn(*shown<SyncSheet>(), "send");
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
   EXPECT_TRUE(std::ranges::any_of(
       end().requests, [](const auto& request) { return request.path == "/services/deviceExplorer.php"; }));
@@ -203,8 +208,8 @@ TEST_F(RunInWindow, TheSheetCanBeClosedWhileItsReportIsUnderWay) {
   start();
   click("sync");
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
-  QTest::mouseClick(shown<SyncSheet>()->findChild<QPushButton*>(QStringLiteral("send")), Qt::LeftButton);
-  QTest::mouseClick(shown<SyncSheet>()->findChild<QPushButton*>(QStringLiteral("close")), Qt::LeftButton);
+  clickIn(*shown<SyncSheet>(), "send");
+  clickIn(*shown<SyncSheet>(), "close");
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
   click("sync");
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
