@@ -173,7 +173,7 @@ TEST(RunTest, OnlyAnAttachedDeviceWakesTheUploadButton) {
 /// The three flags are always one of the four triples, and a run is going just when they say so.
 TEST(RunTest, TheControlsAreInOneOfTheirStatesWhateverHappens) {
   std::mt19937 random(7);
-  for (int walk = 0; walk < 20; ++walk) {
+  for (int walk = 0; walk < 8; ++walk) {
     SCOPED_TRACE(walk);
     RunBench bench(3);
     bench.appear();
@@ -221,8 +221,8 @@ TEST(RunTest, TimeBeyondTheToldPausesGrowsWithTheNumberOfBoards) {
   };
   // Six kinds of boards take turns, so that runs of a multiple of six are alike.
   const auto few = timeOf(6);
-  const auto some = timeOf(54);
-  const auto many = timeOf(102);
+  const auto some = timeOf(12);
+  const auto many = timeOf(18);
   EXPECT_NEAR((many - some) / (some - few), 1.0, 0.01) << few << " s, " << some << " s, " << many << " s";
 }
 
