@@ -40,13 +40,13 @@ constexpr std::uint8_t dataBytesOf(std::uint8_t status) {
   return status == timecodeStatus || status == songSelectStatus ? 1 : 0;
 }
 
-/// What the parsers do with an event, or with the record of one: put it behind what a list holds.
+/// What the parsers do with the record of an event: put it behind what a list holds.
 struct AppendEvent {
   std::vector<MIDIEvent>& into;
 
-  template <typename Event>
-  void operator()(Event&& event) const {
-    into.emplace_back(std::forward<Event>(event));
+  template <typename Record>
+  void operator()(Record&& record) const {
+    into.emplace_back(std::forward<Record>(record));
   }
 };
 

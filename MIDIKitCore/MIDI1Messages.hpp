@@ -1,9 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "MIDIKitCore/ChanVoiceEvents.hpp"
 #include "MIDIKitCore/ParameterNumberEvents.hpp"
@@ -107,33 +107,20 @@ constexpr std::size_t midi1MessageSize(unsigned status) {
   return status < 0xF0 ? byOpcode[status >> 4 & 7] : bySystemStatus[status & 15];
 }
 
-/// A handful of messages.
-struct MIDI1Messages {
-  constexpr void add(std::uint32_t message) { messages[size++] = message; }
-
-  std::array<std::uint32_t, 4> messages{};
-  std::size_t size = 0;
-};
-
-/// The control changes that carry a parameter number and its data entry. Whether the change is relative isn't
-/// told.
-template <MIDIParameterNumberEvent Event>
-constexpr MIDI1Messages midi1Messages(const Event& event) {
+/// Calls `put` with each of the control changes that carry a parameter number and its data entry, and with
+/// whether it's one of the event at all: an entry may lack either half, and the next message takes its place.
+/// Whether the change is relative isn't told.
+template <MIDIParameterNumberEvent Event, class Put>
+constexpr void putMIDI1Messages(const Event& event, const Put& put) {
   const unsigned status = 0xB0U | event.channel.value();
-  MIDI1Messages run;
-  const auto add = [&](Controller controller, UInt7 value) {
-    run.add(message(status, controller.number().value(), value.value()));
+  const auto putChange = [&](Controller controller, std::optional<UInt7> value) {
+    put(message(status, controller.number().value(), value.value_or(UInt7()).value()), value.has_value());
   };
   const UInt7Pair number = event.parameter.parameterNumber();
-  add(Event::parameterMSBController, number.msb);
-  add(Event::parameterLSBController, number.lsb);
-  if (const auto msb = event.parameter.dataEntryMSB()) {
-    add(Controller::dataEntry, *msb);
-  }
-  if (const auto lsb = event.parameter.dataEntryLSB()) {
-    add(Controller::lsb(Controller::LSB::dataEntry), *lsb);
-  }
-  return run;
+  putChange(Event::parameterMSBController, number.msb);
+  putChange(Event::parameterLSBController, number.lsb);
+  putChange(Controller::dataEntry, event.parameter.dataEntryMSB());
+  putChange(Controller::lsb(Controller::LSB::dataEntry), event.parameter.dataEntryLSB());
 }
 
 }  // namespace midikit::core::detail

@@ -145,24 +145,22 @@ class Walk {
   const std::uint8_t* readSysEx(const std::uint8_t* start) {
     const auto* stop = findStatus(start + 1, end_);
     if (stop == end_ || *stop < firstRealTimeStatus) {
-      emitSysEx({start, stop});
+      appendSysEx7({start, stop}, reader_.group, emit_.into);
       return stop;
     }
-    std::vector<std::uint8_t> message(start, stop);
+    const auto* const end = std::find_if(
+        stop, end_, [](std::uint8_t byte) { return byte >= firstStatus && byte < firstRealTimeStatus; });
+    std::vector<std::uint8_t> message;
+    message.reserve(static_cast<std::size_t>(end - start));
+    message.assign(start, stop);
     while (stop != end_ && *stop >= firstRealTimeStatus) {
       reader_.readRealTime(*stop, emit_);
       const auto* const next = findStatus(stop + 1, end_);
       message.insert(message.end(), stop + 1, next);
       stop = next;
     }
-    emitSysEx(message);
+    appendSysEx7(message, reader_.group, emit_.into);
     return stop;
-  }
-
-  void emitSysEx(Bytes message) {
-    if (auto event = parseSysEx7(message, reader_.group)) {
-      emit_(*std::move(event));
-    }
   }
 
   MIDI1MessageReader reader_;

@@ -44,8 +44,9 @@ class MIDI1Parser {
   static std::optional<MIDIEvent> parsedEvent(std::span<const std::uint8_t> message,
                                               bool translateNoteOnZeroVelocityToNoteOff, UInt4 group = {});
 
-  /// Puts the events of a packet behind what `into` holds. Allocates where `into` has to grow, and once for
-  /// the body of a system exclusive message (twice if real-time messages interrupt it).
+  /// Puts the events of a packet behind what `into` holds. Allocates where `into` has to grow, once for the
+  /// body of a system exclusive message of more than 15 bytes, and once more for any message that real-time
+  /// messages interrupt.
   void parse(std::span<const std::uint8_t> bytes, UInt4 group, std::vector<MIDIEvent>& into);
 
   /// The last channel voice status, unless a system common or system exclusive one came behind it.

@@ -1,7 +1,6 @@
 #include "MIDIKitCore/MIDI2Parser.hpp"
 
 #include <concepts>
-#include <utility>
 
 #include "MIDIKitCore/MIDI1MessageReader.hpp"
 #include "MIDIKitCore/MIDIUMPFields.hpp"
@@ -199,12 +198,6 @@ bool parseUtility(Bytes packet, AppendEvent emit) {
   return false;
 }
 
-void append(SysExResult result, AppendEvent emit) {
-  if (result) {
-    emit(*std::move(result));
-  }
-}
-
 }  // namespace
 
 std::vector<MIDIEvent> MIDI2Parser::parsedEvents(Bytes packet) {
@@ -253,7 +246,7 @@ void MIDI2Parser::parseData64(std::span<const std::uint8_t, 8> packet, std::vect
   auto& buffer = sysEx7MultiPartUMPBuffer_;
   switch (*status) {
     case MIDIUMPSysExStatusField::complete:
-      append(parseSysEx7Body(payload, group), {into});
+      appendSysEx7Body(payload, group, into);
       return;
     case MIDIUMPSysExStatusField::start:
       buffer.clear();
@@ -268,7 +261,7 @@ void MIDI2Parser::parseData64(std::span<const std::uint8_t, 8> packet, std::vect
   }
   buffer.append(payload, sysExLimit_);
   if (*status == MIDIUMPSysExStatusField::end) {
-    append(parseSysEx7Body(buffer.bytes(), group), {into});
+    appendSysEx7Body(buffer.bytes(), group, into);
     buffer.clear();
   }
 }
@@ -285,7 +278,7 @@ void MIDI2Parser::parseData128(std::span<const std::uint8_t, 16> packet, std::ve
   const auto streamID = packet[2];
   const auto payload = Bytes(packet).subspan(2, count);
   if (*status == MIDIUMPSysExStatusField::complete) {
-    append(parseSysEx8(payload, group), {into});
+    appendSysEx8(payload, group, into);
     return;
   }
   if (*status == MIDIUMPSysExStatusField::start) {
@@ -301,7 +294,7 @@ void MIDI2Parser::parseData128(std::span<const std::uint8_t, 16> packet, std::ve
   auto& buffer = found->second;
   buffer.append(payload.subspan(1), sysExLimit_);
   if (*status == MIDIUMPSysExStatusField::end) {
-    append(parseSysEx8(buffer.bytes(), group), {into});
+    appendSysEx8(buffer.bytes(), group, into);
     buffer.clear();
   }
 }

@@ -42,7 +42,7 @@ class MIDI2Parser {
   }
 
   /// Puts the events of one packet behind what `into` holds. Allocates where `into` or a buffer has to grow,
-  /// and for the body of a system exclusive message.
+  /// and once for the body of a system exclusive message of more than 15 bytes.
   void parse(std::span<const std::uint8_t> packet, std::vector<MIDIEvent>& into);
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -29,8 +30,8 @@ namespace detail {
 class VoiceImage;
 }
 
-/// A MIDI message of either protocol: a sum type with a record for each of its cases. A value of 32 bytes
-/// that copies as memory, but for the system exclusive ones, whose copies share their bytes; copying never
+/// A MIDI message of either protocol: a sum type with a record for each of its cases. A value of 28 bytes
+/// that copies as memory; copies of a long system exclusive event share its bytes, and copying never
 /// allocates. Different events may be used on different threads, copies of one included.
 ///
 /// Make one with the factory of the case, which takes the arguments of the record's constructor, or from a
@@ -139,12 +140,18 @@ class MIDIEvent {
 
   template <class Record>
     requires isRecord<std::remove_cvref_t<Record>>
-  constexpr MIDIEvent(Record&& record) noexcept : kind_(kindOf<std::remove_cvref_t<Record>>) {
-    if (sizeof(record) == 1 && !std::is_constant_evaluated()) {
+  constexpr MIDIEvent(Record&& record) noexcept
+      : MIDIEvent(std::in_place_type<std::remove_cvref_t<Record>>, std::forward<Record>(record)) {}
+
+  /// Makes the record in its place, of what its constructor takes.
+  template <class Record, class... Fields>
+    requires isRecord<Record> && std::constructible_from<Record, Fields...>
+  constexpr explicit MIDIEvent(std::in_place_type_t<Record>, Fields&&... fields) : kind_(kindOf<Record>) {
+    if (sizeof(Record) < sizeof(ChanVoiceBits) && !std::is_constant_evaluated()) {
       // So that what encodes events of several kinds at once finds something to look at.
       std::memset(static_cast<void*>(&storage_), 0, sizeof storage_);
     }
-    storage_.template construct<std::remove_cvref_t<Record>>(std::forward<Record>(record));
+    storage_.template construct<Record>(std::forward<Fields>(fields)...);
   }
 
   constexpr MIDIEvent(const MIDIEvent& other) noexcept;
@@ -265,6 +272,9 @@ class MIDIEvent {
   constexpr void replaceBy(Other&& other) noexcept;
   constexpr bool equals(const MIDIEvent& other) const;
 
+  // The one part of a system exclusive event that isn't plain memory.
+  SysExData& body() { return *reinterpret_cast<SysExData*>(&storage_); }
+
   template <class Event, class Record>
   using Payload = std::conditional_t<std::is_const_v<Event>, const Record&, Record&>;
   template <class Event, class Visitor>
@@ -359,21 +369,23 @@ constexpr MIDIEvent::Outcome<Event, Visitor> MIDIEvent::dispatch(Event& event, V
   __builtin_unreachable();
 }
 
-// Any record but a system exclusive one copies as memory; the constant evaluator wants to know which.
+// Every record copies as memory, if the owners of a shared body are counted afterwards; the constant
+// evaluator wants to know which record it is.
 template <class Other>
 constexpr void MIDIEvent::constructFrom(Other&& other) noexcept {
-  if (!std::is_constant_evaluated() && !other.isSysEx()) [[likely]] {
-    std::memcpy(static_cast<void*>(&storage_), static_cast<const void*>(&other.storage_), sizeof(Storage));
+  if (std::is_constant_evaluated()) {
+    dispatch(other,
+             [this]<class Record>(const Record& record) { storage_.template construct<Record>(record); });
     return;
   }
-  dispatch(other, [this]<class Record>(Record& record) {
-    using Plain = std::remove_const_t<Record>;
+  std::memcpy(static_cast<void*>(&storage_), static_cast<const void*>(&other.storage_), sizeof(Storage));
+  if (isSysEx()) [[unlikely]] {
     if constexpr (std::is_lvalue_reference_v<Other>) {
-      storage_.template construct<Plain>(record);
+      body().copiedAsMemory();
     } else {
-      storage_.template construct<Plain>(std::move(record));
+      other.body().movedAsMemory();
     }
-  });
+  }
 }
 
 template <class Other>
@@ -402,7 +414,7 @@ constexpr MIDIEvent& MIDIEvent::operator=(MIDIEvent&& other) noexcept {
 
 constexpr MIDIEvent::~MIDIEvent() {
   if (isSysEx()) [[unlikely]] {
-    dispatch(*this, [](auto& record) { std::destroy_at(&record); });
+    std::destroy_at(&body());
   }
 }
 
@@ -421,11 +433,11 @@ constexpr bool MIDIEvent::equals(const MIDIEvent& other) const {
 void appendMIDI1Bytes(std::span<const MIDIEvent> events, std::vector<std::uint8_t>& into);
 
 /// Puts the words of all the events' packets behind what `into` holds, quicker than one by one. Allocates
-/// only where `into` has to grow, and for a system exclusive event.
+/// only where `into` has to grow.
 void appendUMPWords(std::span<const MIDIEvent> events, MIDIProtocolVersion protocol,
                     std::vector<std::uint32_t>& into);
 
-static_assert(sizeof(MIDIEvent) == 32);
+static_assert(sizeof(MIDIEvent) == 28);
 static_assert(MIDIEvent::kindOf<MIDIEvent::JRTimestamp> == MIDIEvent::Kind::jrTimestamp);
 static_assert(MIDIEvent::kindOf<MIDIEvent::SysEx7> == MIDIEvent::Kind::sysEx7);
 

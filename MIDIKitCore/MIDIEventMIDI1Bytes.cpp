@@ -3,6 +3,7 @@
 #include <concepts>
 #include <cstring>
 
+#include "MIDIKitCore/EncodedList.hpp"
 #include "MIDIKitCore/MIDI1Messages.hpp"
 #include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/SysExBytes.hpp"
@@ -12,9 +13,9 @@ namespace midikit::core {
 namespace {
 
 // A message is written with one byte too many, which is quicker than to choose.
-constexpr std::size_t shortRoom = MIDIEvent::maximumShortBytes + 1;
+constexpr std::size_t spill = 1;
 
-/// Writes the bytes of a short event to `shortRoom` bytes and gives where they end.
+/// Writes the bytes of a short event and gives where they end.
 class ShortWriter {
  public:
   explicit ShortWriter(std::uint8_t* into) : into_(into) {}
@@ -37,11 +38,9 @@ class ShortWriter {
 
   template <MIDIParameterNumberEvent Event>
   std::uint8_t* operator()(const Event& event) const {
-    const detail::MIDI1Messages run = detail::midi1Messages(event);
     std::uint8_t* end = into_;
-    for (std::size_t i = 0; i < run.size; ++i) {
-      end = write(end, 3, run.messages[i]);
-    }
+    detail::putMIDI1Messages(
+        event, [&end](std::uint32_t message, bool isSent) { end = write(end, isSent ? 3 : 0, message); });
     return end;
   }
 
@@ -62,15 +61,22 @@ class ShortWriter {
   std::uint8_t* into_;
 };
 
-// For an event that isn't a system exclusive one. Inline, so that a list is encoded without a call for each
-// event.
-[[gnu::always_inline]] inline std::uint8_t* write(const MIDIEvent& event, std::uint8_t* into) {
-  std::uint32_t word = 0;
-  const detail::VoiceRow* const row = detail::voiceRowOf(event);
-  if (row != nullptr && detail::encodeVoice1(*row, detail::VoiceImage(event), word)) [[likely]] {
-    return ShortWriter::write(into, row->size, word);
+// What isn't encoded by a row. Not inline, so that what is keeps the registers.
+[[gnu::noinline]] std::uint8_t* writeRare(const MIDIEvent& event, std::uint8_t* into) {
+  if (event.isSysEx()) {
+    return nullptr;
   }
   return event.visit(ShortWriter(into));
+}
+
+// Null for a system exclusive event. Inline, so that a list is encoded without a call for most events.
+[[gnu::always_inline]] inline std::uint8_t* write(const MIDIEvent& event, std::uint8_t* into) {
+  std::uint32_t word = 0;
+  const detail::VoiceRow& row = detail::voiceRowOf(event);
+  if (detail::encodeVoice1(row, detail::VoiceImage(event), word)) [[likely]] {
+    return ShortWriter::write(into, row.size, word);
+  }
+  return writeRare(event, into);
 }
 
 /// Whether the record is a system exclusive one that MIDI 1.0 can express.
@@ -111,7 +117,7 @@ std::size_t MIDIEvent::writeMIDI1Bytes(std::span<std::uint8_t> into) const {
     return visit([into]<SysEx7Record Record>(const Record& record) { return writeSysEx(record, into); },
                  [](const auto&) { return std::size_t{0}; });
   }
-  std::array<std::uint8_t, shortRoom> bytes;
+  std::array<std::uint8_t, maximumShortBytes + spill> bytes;
   const auto size = static_cast<std::size_t>(write(*this, bytes.data()) - bytes.data());
   if (size <= into.size()) {
     std::copy_n(bytes.begin(), size, into.begin());
@@ -120,22 +126,7 @@ std::size_t MIDIEvent::writeMIDI1Bytes(std::span<std::uint8_t> into) const {
 }
 
 void appendMIDI1Bytes(std::span<const MIDIEvent> events, std::vector<std::uint8_t>& into) {
-  // By way of a small buffer, since a vector of bytes is slow to grow byte by byte.
-  constexpr std::size_t atOnce = 64;
-  std::array<std::uint8_t, atOnce * MIDIEvent::maximumShortBytes + 1> bytes;
-  while (!events.empty()) {
-    std::uint8_t* end = bytes.data();
-    std::size_t count = 0;
-    for (; count < std::min(atOnce, events.size()) && !events[count].isSysEx(); ++count) {
-      end = write(events[count], end);
-    }
-    into.insert(into.end(), bytes.data(), end);
-    events = events.subspan(count);
-    if (!events.empty() && events.front().isSysEx()) {
-      appendSysEx(events.front(), into);
-      events = events.subspan(1);
-    }
-  }
+  detail::appendEncoded<MIDIEvent::maximumShortBytes, spill>(events, into, write, appendSysEx);
 }
 
 }  // namespace midikit::core

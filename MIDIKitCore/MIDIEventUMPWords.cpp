@@ -2,6 +2,7 @@
 #include <array>
 #include <concepts>
 
+#include "MIDIKitCore/EncodedList.hpp"
 #include "MIDIKitCore/MIDI1Messages.hpp"
 #include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/MIDIUMPFields.hpp"
@@ -99,16 +100,26 @@ class CommonWriter : public ShortWriter {
   }
 };
 
+// What isn't encoded by a row, null for a system exclusive event. Not inline, so that what is keeps the
+// registers.
+template <class Writer>
+[[gnu::noinline]] std::uint32_t* writeRare(const MIDIEvent& event, std::uint32_t* into) {
+  if (event.isSysEx()) {
+    return nullptr;
+  }
+  return event.visit(Writer(into));
+}
+
 class MIDI1Writer : public CommonWriter {
  public:
   static std::uint32_t* write(const MIDIEvent& event, std::uint32_t* into) {
     std::uint32_t word = 0;
-    const detail::VoiceRow* const row = detail::voiceRowOf(event);
-    if (row != nullptr && detail::encodeVoice1(*row, detail::VoiceImage(event), word)) [[likely]] {
+    const detail::VoiceRow& row = detail::voiceRowOf(event);
+    if (detail::encodeVoice1(row, detail::VoiceImage(event), word)) [[likely]] {
       *into = word;
       return into + 1;
     }
-    return event.visit(MIDI1Writer(into));
+    return writeRare<MIDI1Writer>(event, into);
   }
 
   using CommonWriter::CommonWriter;
@@ -125,11 +136,12 @@ class MIDI1Writer : public CommonWriter {
 
   template <MIDIParameterNumberEvent Event>
   std::uint32_t* operator()(const Event& event) const {
-    const detail::MIDI1Messages run = detail::midi1Messages(event);
+    const std::uint32_t head = opening(MIDIUMPMessageType::midi1ChannelVoice, event.group);
     std::uint32_t* end = into_;
-    for (std::size_t i = 0; i < run.size; ++i) {
-      *end++ = opening(MIDIUMPMessageType::midi1ChannelVoice, event.group) | run.messages[i];
-    }
+    detail::putMIDI1Messages(event, [&end, head](std::uint32_t message, bool isSent) {
+      *end = head | message;
+      end += isSent ? 1 : 0;
+    });
     return end;
   }
 };
@@ -137,11 +149,11 @@ class MIDI1Writer : public CommonWriter {
 class MIDI2Writer : public CommonWriter {
  public:
   static std::uint32_t* write(const MIDIEvent& event, std::uint32_t* into) {
-    const detail::VoiceRow* const row = detail::voiceRowOf(event);
-    if (row != nullptr && detail::encodeVoice2(*row, detail::VoiceImage(event), into)) [[likely]] {
-      return into + row->words;
+    const detail::VoiceRow& row = detail::voiceRowOf(event);
+    if (detail::encodeVoice2(row, detail::VoiceImage(event), into)) [[likely]] {
+      return into + row.words;
     }
-    return event.visit(MIDI2Writer(into));
+    return writeRare<MIDI2Writer>(event, into);
   }
 
   using CommonWriter::CommonWriter;
@@ -214,24 +226,10 @@ std::size_t wordCount(std::uint32_t firstWord) {
   return byMessageType[firstWord >> 28];
 }
 
-/// By way of a small buffer, since a vector is slow to grow word by word.
 template <class Writer>
 void appendWords(std::span<const MIDIEvent> events, std::vector<std::uint32_t>& into) {
-  constexpr std::size_t atOnce = 64;
-  std::array<std::uint32_t, atOnce * MIDIEvent::maximumShortWords> words;
-  while (!events.empty()) {
-    std::uint32_t* end = words.data();
-    std::size_t count = 0;
-    for (; count < std::min(atOnce, events.size()) && !events[count].isSysEx(); ++count) {
-      end = Writer::write(events[count], end);
-    }
-    into.insert(into.end(), words.data(), end);
-    events = events.subspan(count);
-    if (!events.empty() && events.front().isSysEx()) {
-      appendSysEx(events.front(), into);
-      events = events.subspan(1);
-    }
-  }
+  const auto write = [](const MIDIEvent& event, std::uint32_t* end) { return Writer::write(event, end); };
+  detail::appendEncoded<MIDIEvent::maximumShortWords, 0>(events, into, write, appendSysEx);
 }
 
 }  // namespace

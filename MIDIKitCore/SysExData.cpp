@@ -1,11 +1,21 @@
 #include "MIDIKitCore/SysExData.hpp"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <bit>
 #include <cstring>
+#include <memory>
 #include <new>
-#include <numeric>
 
 namespace midikit::core {
+namespace {
+
+/// The address of a block.
+using Address = std::array<std::uint8_t, sizeof(void*)>;
+static_assert(sizeof(Address) <= SysExData::longestInside);
+
+}  // namespace
 
 /// Stands ahead of the bytes, in the same allocation.
 struct SysExData::Block {
@@ -15,42 +25,35 @@ struct SysExData::Block {
   std::uint8_t* bytes() { return reinterpret_cast<std::uint8_t*>(this + 1); }
 };
 
-SysExData::SysExData(std::span<const std::uint8_t> bytes) {
-  if (bytes.empty()) {
-    return;
-  }
+void SysExData::share(std::span<const std::uint8_t> bytes) {
   void* const memory = ::operator new(sizeof(Block) + bytes.size());
-  block_ = new (memory) Block{.owners = 1, .size = bytes.size()};
-  std::memcpy(block_->bytes(), bytes.data(), bytes.size());
+  auto* const block = new (memory) Block{.owners = 1, .size = bytes.size()};
+  std::memcpy(block->bytes(), bytes.data(), bytes.size());
+  std::ranges::copy(std::bit_cast<Address>(block), inside_.begin());
+  size_ = shared;
 }
 
-const std::uint8_t* SysExData::data() const noexcept {
-  return block_ != nullptr ? block_->bytes() : nullptr;
+SysExData::Block& SysExData::block() const noexcept {
+  Address address;
+  std::copy_n(inside_.begin(), address.size(), address.begin());
+  return *std::bit_cast<Block*>(address);
 }
 
-std::size_t SysExData::size() const noexcept {
-  return block_ != nullptr ? block_->size : 0;
+std::span<const std::uint8_t> SysExData::sharedBytes() const noexcept {
+  return {block().bytes(), block().size};
 }
 
 void SysExData::retain() const noexcept {
-  if (block_ != nullptr) {
-    block_->owners.fetch_add(1, std::memory_order_relaxed);
-  }
+  block().owners.fetch_add(1, std::memory_order_relaxed);
 }
 
 void SysExData::release() noexcept {
+  Block* const block = &this->block();
   // Whoever lets go last must see what the others did before they let go.
-  if (block_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    std::destroy_at(block_);
-    ::operator delete(block_);
+  if (block->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    std::destroy_at(block);
+    ::operator delete(block);
   }
-}
-
-std::optional<SysEx7Data> SysEx7Data::exactly(std::span<const std::uint8_t> bytes) {
-  const auto allBits =
-      std::accumulate(bytes.begin(), bytes.end(), std::uint8_t{0},
-                      [](std::uint8_t bits, std::uint8_t byte) -> std::uint8_t { return bits | byte; });
-  return allBits < 0x80 ? std::optional(SysEx7Data(bytes)) : std::nullopt;
 }
 
 }  // namespace midikit::core

@@ -32,28 +32,86 @@ std::optional<UniversalHeader> universalHeader(std::span<const std::uint8_t> byt
   return header;
 }
 
-SysExResult universal7(UniversalSysExType type, std::span<const std::uint8_t> bytes, UInt4 group) {
+using Bytes = std::span<const std::uint8_t>;
+
+// Whoever reads a message hands `emit` the type of the record and what its constructor takes, so that the
+// event is made in its place. Nothing is handed on if the message is malformed.
+
+template <typename Emit>
+void readUniversal7(UniversalSysExType type, Bytes bytes, UInt4 group, const Emit& emit) {
   const auto header = universalHeader(bytes);
-  if (!header) {
-    return ParseError::malformed;
+  const auto data = header ? SysEx7Bytes::exactly(bytes.subspan(header->size())) : std::nullopt;
+  if (data) {
+    const auto [deviceID, subID1, subID2] = *header;
+    emit(std::in_place_type<UniversalSysEx7>, type, deviceID, subID1, subID2, *data, group);
   }
-  auto data = SysEx7Data::exactly(bytes.subspan(header->size()));
-  if (!data) {
-    return ParseError::malformed;
-  }
-  const auto [deviceID, subID1, subID2] = *header;
-  return MIDIEvent(UniversalSysEx7(type, deviceID, subID1, subID2, *std::move(data), group));
 }
 
-SysExResult universal8(UniversalSysExType type, std::span<const std::uint8_t> bytes, std::uint8_t streamID,
-                       UInt4 group) {
-  const auto header = universalHeader(bytes);
-  if (!header) {
-    return ParseError::malformed;
+template <typename Emit>
+void readUniversal8(UniversalSysExType type, Bytes bytes, std::uint8_t streamID, UInt4 group,
+                    const Emit& emit) {
+  if (const auto header = universalHeader(bytes)) {
+    const auto [deviceID, subID1, subID2] = *header;
+    emit(std::in_place_type<UniversalSysEx8>, type, deviceID, subID1, subID2, bytes.subspan(header->size()),
+         streamID, group);
   }
-  const auto [deviceID, subID1, subID2] = *header;
-  return MIDIEvent(UniversalSysEx8(type, deviceID, subID1, subID2, SysExData(bytes.subspan(header->size())),
-                                   streamID, group));
+}
+
+template <typename Emit>
+void read7Body(Bytes body, UInt4 group, const Emit& emit) {
+  if (body.empty()) {
+    return;
+  }
+  if (const auto type = universalSysExType(body[0])) {
+    return readUniversal7(*type, body.subspan(1), group, emit);
+  }
+  const auto idSize = std::min<std::size_t>(body[0] == 0 ? 3 : 1, body.size());
+  const auto manufacturer = SysExManufacturer::fromBytes7(body.first(idSize));
+  const auto data = manufacturer ? SysEx7Bytes::exactly(body.subspan(idSize)) : std::nullopt;
+  if (data) {
+    emit(std::in_place_type<SysEx7>, *manufacturer, *data, group);
+  }
+}
+
+template <typename Emit>
+void read7(Bytes rawBytes, UInt4 group, const Emit& emit) {
+  if (rawBytes.empty() || rawBytes[0] != sysExStart) {
+    return;
+  }
+  const auto body = rawBytes.subspan(1);
+  if (!body.empty() && body.back() == sysExEnd) {
+    return read7Body(body.first(body.size() - 1), group, emit);
+  }
+  // A universal message that ends with its header is one only if its end is there to be seen.
+  constexpr std::size_t universalHeaderSize = 4;
+  if (body.size() != universalHeaderSize || !universalSysExType(body[0])) {
+    read7Body(body, group, emit);
+  }
+}
+
+template <typename Emit>
+void read8(Bytes body, UInt4 group, const Emit& emit) {
+  constexpr std::size_t shortest = 3;
+  if (body.size() < shortest) {
+    return;
+  }
+  const auto streamID = body[0];
+  const auto behindID = body.subspan(shortest);
+  const auto type = body[1] == 0 ? universalSysExType(body[2]) : std::nullopt;
+  if (type) {
+    return readUniversal8(*type, behindID, streamID, group, emit);
+  }
+  if (const auto manufacturer = SysExManufacturer::fromBytes8(body[1], body[2])) {
+    emit(std::in_place_type<SysEx8>, *manufacturer, behindID, streamID, group);
+  }
+}
+
+/// Keeps the event that is read, or why there's none.
+template <typename Read>
+SysExResult resultOf(Bytes bytes, UInt4 group, Read read) {
+  SysExResult result = bytes.empty() ? ParseError::rawBytesEmpty : ParseError::malformed;
+  read(bytes, group, [&result](auto type, const auto&... fields) { result = MIDIEvent(type, fields...); });
+  return result;
 }
 
 /// The white space of Unicode beyond ASCII, in UTF-8: text that was copied from a document is full of it.
@@ -87,42 +145,8 @@ std::string withoutWhiteSpace(std::string_view text) {
 
 }  // namespace
 
-SysExResult parseSysEx7Body(std::span<const std::uint8_t> body, UInt4 group) {
-  if (body.empty()) {
-    return ParseError::malformed;
-  }
-  if (const auto type = universalSysExType(body[0])) {
-    return universal7(*type, body.subspan(1), group);
-  }
-  const auto idSize = std::min<std::size_t>(body[0] == 0 ? 3 : 1, body.size());
-  const auto manufacturer = SysExManufacturer::fromBytes7(body.first(idSize));
-  if (!manufacturer) {
-    return ParseError::malformed;
-  }
-  auto data = SysEx7Data::exactly(body.subspan(idSize));
-  if (!data) {
-    return ParseError::malformed;
-  }
-  return MIDIEvent(SysEx7(*manufacturer, *std::move(data), group));
-}
-
-SysExResult parseSysEx7(std::span<const std::uint8_t> rawBytes, UInt4 group) {
-  if (rawBytes.empty()) {
-    return ParseError::rawBytesEmpty;
-  }
-  if (rawBytes[0] != sysExStart) {
-    return ParseError::malformed;
-  }
-  const auto body = rawBytes.subspan(1);
-  if (!body.empty() && body.back() == sysExEnd) {
-    return parseSysEx7Body(body.first(body.size() - 1), group);
-  }
-  // A universal message that ends with its header is one only if its end is there to be seen.
-  constexpr std::size_t universalHeaderSize = 4;
-  if (body.size() == universalHeaderSize && universalSysExType(body[0])) {
-    return ParseError::malformed;
-  }
-  return parseSysEx7Body(body, group);
+SysExResult parseSysEx7(Bytes rawBytes, UInt4 group) {
+  return resultOf(rawBytes, group, [](auto... all) { read7(all...); });
 }
 
 SysExResult parseSysEx7Hex(std::string_view text, UInt4 group) {
@@ -141,25 +165,20 @@ SysExResult parseSysEx7Hex(std::string_view text, UInt4 group) {
   return parseSysEx7(bytes, group);
 }
 
-SysExResult parseSysEx8(std::span<const std::uint8_t> body, UInt4 group) {
-  if (body.empty()) {
-    return ParseError::rawBytesEmpty;
-  }
-  constexpr std::size_t shortest = 3;
-  if (body.size() < shortest) {
-    return ParseError::malformed;
-  }
-  const auto streamID = body[0];
-  const auto behindID = body.subspan(shortest);
-  const auto type = body[1] == 0 ? universalSysExType(body[2]) : std::nullopt;
-  if (type) {
-    return universal8(*type, behindID, streamID, group);
-  }
-  const auto manufacturer = SysExManufacturer::fromBytes8(body[1], body[2]);
-  if (!manufacturer) {
-    return ParseError::malformed;
-  }
-  return MIDIEvent(SysEx8(*manufacturer, SysExData(behindID), streamID, group));
+SysExResult parseSysEx8(Bytes body, UInt4 group) {
+  return resultOf(body, group, [](auto... all) { read8(all...); });
+}
+
+void appendSysEx7(Bytes rawBytes, UInt4 group, std::vector<MIDIEvent>& into) {
+  read7(rawBytes, group, [&into](auto... made) { into.emplace_back(made...); });
+}
+
+void appendSysEx7Body(Bytes body, UInt4 group, std::vector<MIDIEvent>& into) {
+  read7Body(body, group, [&into](auto... made) { into.emplace_back(made...); });
+}
+
+void appendSysEx8(Bytes body, UInt4 group, std::vector<MIDIEvent>& into) {
+  read8(body, group, [&into](auto... made) { into.emplace_back(made...); });
 }
 
 }  // namespace midikit::core

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/ParseError.hpp"
@@ -24,10 +25,14 @@ SysExResult parseSysEx7(std::span<const std::uint8_t> rawBytes, UInt4 group = {}
 /// anywhere.
 SysExResult parseSysEx7Hex(std::string_view text, UInt4 group = {});
 
-/// `body` is what stands between 0xF0 and 0xF7: all that a message of Universal MIDI Packets sends.
-SysExResult parseSysEx7Body(std::span<const std::uint8_t> body, UInt4 group = {});
-
 /// `body` is the stream ID and behind it the message as Universal MIDI Packets send it.
 SysExResult parseSysEx8(std::span<const std::uint8_t> body, UInt4 group = {});
+
+// For whoever doesn't ask why there's no event: it's made behind what `into` holds, where it stays.
+
+void appendSysEx7(std::span<const std::uint8_t> rawBytes, UInt4 group, std::vector<MIDIEvent>& into);
+/// `body` is what stands between 0xF0 and 0xF7: all that a message of Universal MIDI Packets sends.
+void appendSysEx7Body(std::span<const std::uint8_t> body, UInt4 group, std::vector<MIDIEvent>& into);
+void appendSysEx8(std::span<const std::uint8_t> body, UInt4 group, std::vector<MIDIEvent>& into);
 
 }  // namespace midikit::core

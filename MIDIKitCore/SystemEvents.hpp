@@ -26,13 +26,13 @@ struct TimecodeQuarterFrame {
 /// Where in the song playing goes on. A MIDI beat is six timing clocks.
 struct SongPositionPointer {
   constexpr explicit SongPositionPointer(UInt14 midiBeat_, UInt4 group_ = {})
-      : midiBeat(midiBeat_), group(group_) {}
+      : group(group_), midiBeat(midiBeat_) {}
 
   friend constexpr bool operator==(const SongPositionPointer&, const SongPositionPointer&) = default;
   constexpr auto fields() const { return std::tie(midiBeat, group); }
 
-  UInt14 midiBeat;
   UInt4 group;
+  UInt14 midiBeat;
 };
 
 /// Which song is to be played.

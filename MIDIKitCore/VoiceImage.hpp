@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -29,7 +30,7 @@ struct VoiceLayout {
 };
 
 /// The bytes of a word the other way round, where the processor has the lowest first.
-inline std::uint32_t highestFirst(std::uint32_t word) {
+constexpr std::uint32_t highestFirst(std::uint32_t word) {
   return std::endian::native == std::endian::little ? __builtin_bswap32(word) : word;
 }
 
@@ -44,8 +45,8 @@ class VoiceImage {
   /// Group, channel and number where the first word of a packet has them, and something in its lowest byte.
   /// `offset` is where the payload has its group.
   std::uint32_t address(std::size_t offset) const { return highestFirst(at<std::uint32_t>(offset)); }
-  unsigned attributeType() const { return at<std::uint8_t>(offsetof(VoiceLayout, attributeType)); }
-  unsigned attributeData() const { return at<std::uint16_t>(offsetof(VoiceLayout, attributeData)); }
+  /// The attribute of a note and the byte behind it.
+  std::uint32_t attribute() const { return at<std::uint32_t>(offsetof(VoiceLayout, attributeData)); }
 
  private:
   template <class T>
@@ -83,28 +84,28 @@ struct VoiceScaling {
   std::uint32_t repetition;
 };
 
-/// How one kind of events is encoded.
+/// How one kind of events is encoded. A kind that isn't has no form that isn't rare.
 struct alignas(64) VoiceRow {
   static constexpr std::uint8_t noForm = 0xFF;
 
-  std::uint32_t head1 = 0;  ///< message type and status of the packet in MIDI 1.0; 0 if there's no row
+  std::uint32_t head1 = 0;  ///< message type and status of the packet in MIDI 1.0
   std::uint32_t head2 = 0;  ///< the same in MIDI 2.0
   std::uint8_t groupOffset = offsetof(VoiceLayout, group);
   std::uint32_t addressMask = 0;  ///< what of VoiceImage::address() is sent
 
   /// Bits to drop for MIDI 1.0, by form; `noForm` for a form that is rare.
-  std::array<std::uint8_t, 4> drop = {noForm, noForm, 0, 0};
+  std::array<std::uint8_t, 4> drop = {noForm, noForm, noForm, noForm};
   std::uint8_t leastValue = 0;   ///< a smaller one has rules of its own in MIDI 1.0
   std::uint8_t valueShift = 0;   ///< to the place of the value's low seven bits in MIDI 1.0
   std::uint16_t valueMask1 = 0;  ///< the data bytes of MIDI 1.0 that are of the value
   std::uint8_t size = 3;         ///< in bytes, in MIDI 1.0
 
   std::array<VoiceScaling, 2> scaling{};  ///< from the integer of MIDI 1.0, and from that of MIDI 2.0
-  std::uint8_t leastForm = 2;             ///< a form below it is rare
+  /// A form up to it is rare: the largest signed byte if all are, whatever an event of the kind has there.
+  std::int8_t lastRareForm = 0x7F;
   std::uint32_t valueMask2 = 0xFFFFFFFF;
-  std::uint16_t attributeDataMask = 0;
-  std::uint8_t attributeTypeMask = 0;
-  std::uint8_t words = 2;  ///< in MIDI 2.0
+  std::uint32_t attributeMask = 0;  ///< what of VoiceImage::attribute() is none in all but rare notes
+  std::uint8_t words = 2;           ///< in MIDI 2.0
 };
 
 /// `width1` and `width2` are those of the value in MIDI 1.0 and in MIDI 2.0.
@@ -118,7 +119,9 @@ consteval VoiceRow voiceRow(std::uint32_t status, unsigned width1, unsigned widt
   row.head2 = 0x40000000 | status << 16;
   row.addressMask = 0x0F0F7F00;
   row.valueMask1 = 0x007F;
+  row.drop[2] = 0;
   row.drop[3] = static_cast<std::uint8_t>(width2 - width1);
+  row.lastRareForm = 1;
   row.scaling = {{{.shift = 32 - width1, .repetition = repetition}, {.shift = 32 - width2, .repetition = 0}}};
   return row;
 }
@@ -127,8 +130,7 @@ consteval VoiceRow noteRow(std::uint32_t status, std::uint8_t leastVelocity) {
   VoiceRow row = voiceRow(status, 7, 16);
   row.leastValue = leastVelocity;
   row.valueMask2 = 0xFFFF0000;
-  row.attributeTypeMask = 0xFF;
-  row.attributeDataMask = 0xFFFF;
+  row.attributeMask = highestFirst(0xFFFFFF00);
   return row;
 }
 
@@ -142,18 +144,35 @@ consteval VoiceRow channelRow(std::uint32_t status, unsigned width1, std::uint8_
   return row;
 }
 
-/// Of a system message without data: nothing but a group.
-consteval VoiceRow groupRow(std::uint32_t status) {
+/// Of a system message: it has neither a channel nor a form, so that any will do.
+consteval VoiceRow systemRow(std::uint32_t status, std::size_t groupOffset) {
   VoiceRow row;
   row.head1 = row.head2 = 0x10000000 | status << 16;
-  row.groupOffset = offsetof(TimingClock, group);
+  row.groupOffset = static_cast<std::uint8_t>(groupOffset);
   row.addressMask = 0x0F000000;
   row.drop = {};
+  return row;
+}
+
+/// Of one that has nothing but a group.
+consteval VoiceRow groupRow(std::uint32_t status) {
+  VoiceRow row = systemRow(status, offsetof(TimingClock, group));
   row.size = 1;
-  row.leastForm = 0;
+  row.lastRareForm = -1;
   row.words = 1;
   return row;
 }
+
+/// In packets of MIDI 2.0 it's rare, whose other messages have no value in the first word.
+consteval VoiceRow songPositionRow() {
+  VoiceRow row = systemRow(0xF2, offsetof(SongPositionPointer, group));
+  // The beat is behind the group in VoiceImage::integer().
+  row.drop.fill(std::endian::native == std::endian::little ? 16 : 0);
+  row.valueShift = 8;
+  row.valueMask1 = 0x7F7F;
+  return row;
+}
+static_assert(offsetof(SongPositionPointer, midiBeat) == 2);
 
 inline constexpr std::array<VoiceRow, MIDIEvent::kindCount> voiceRows = [] {
   using Kind = MIDIEvent::Kind;
@@ -165,6 +184,7 @@ inline constexpr std::array<VoiceRow, MIDIEvent::kindCount> voiceRows = [] {
   rowOf(Kind::cc) = voiceRow(0xB0, 7, 32);
   rowOf(Kind::pressure) = channelRow(0xD0, 7, 2);
   rowOf(Kind::pitchBend) = channelRow(0xE0, 14, 3);
+  rowOf(Kind::songPositionPointer) = songPositionRow();
   rowOf(Kind::tuneRequest) = groupRow(0xF6);
   rowOf(Kind::timingClock) = groupRow(0xF8);
   rowOf(Kind::start) = groupRow(0xFA);
@@ -175,10 +195,8 @@ inline constexpr std::array<VoiceRow, MIDIEvent::kindCount> voiceRows = [] {
   return rows;
 }();
 
-/// The row of the kind if it has one, else null.
-inline const VoiceRow* voiceRowOf(const MIDIEvent& event) {
-  const VoiceRow& row = voiceRows[static_cast<std::size_t>(event.kind())];
-  return row.head1 != 0 ? &row : nullptr;
+inline const VoiceRow& voiceRowOf(const MIDIEvent& event) {
+  return voiceRows[static_cast<std::size_t>(event.kind())];
 }
 
 /// The packet in MIDI 1.0; its lower 24 bits are the message, as in MIDI1Messages.hpp. False if the value has
@@ -197,13 +215,13 @@ inline bool encodeVoice2(const VoiceRow& row, const VoiceImage& image, std::uint
   const VoiceScaling& scaling = row.scaling[image.form() & 1];
   const std::uint32_t aligned = image.integer() << scaling.shift;
   // Min-Center-Max, as scaledUp() has it: above the centre the bits below the highest one are repeated.
-  const std::uint32_t below = aligned >= 0x80000000 ? aligned & 0x7FFFFFFF : 0;
+  const std::uint32_t below = std::max(aligned, 0x80000000U) - 0x80000000U;
   const std::uint32_t value =
       aligned | static_cast<std::uint32_t>(std::uint64_t{below} * scaling.repetition >> 32);
-  words[0] = row.head2 | (image.address(row.groupOffset) & row.addressMask) |
-             (image.attributeType() & row.attributeTypeMask);
-  words[1] = (value & row.valueMask2) | (image.attributeData() & row.attributeDataMask);
-  return image.form() >= row.leastForm;
+  words[0] = row.head2 | (image.address(row.groupOffset) & row.addressMask);
+  words[1] = value & row.valueMask2;
+  return static_cast<std::int8_t>(image.form()) > row.lastRareForm &&
+         (image.attribute() & row.attributeMask) == 0;
 }
 
 static_assert(static_cast<int>(ChanVoiceValueForm::midi1) == 2 &&

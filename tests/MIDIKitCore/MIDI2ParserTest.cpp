@@ -185,7 +185,7 @@ struct SysExStep {
 
 TEST(MIDI2ParserTest, PutsSevenBitSysExTogether) {
   const auto seven = [](const std::string& body, UInt4 group) {
-    return *parseSysEx7Body(bytesOf(body), group);
+    return *parseSysEx7(bytesOf("F0 " + body + " F7"), group);
   };
   const SysExStep steps[] = {
       {"30 26 41 01 02 03 04 05", {}},  // continue without a start

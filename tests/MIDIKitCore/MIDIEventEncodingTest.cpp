@@ -339,6 +339,32 @@ TEST(MIDIEventEncodingTest, EveryBendOfFourteenBitsGoesOutAsItIs) {
   }
 }
 
+TEST(MIDIEventEncodingTest, EverySongPositionGoesOutAsItIs) {
+  for (unsigned beat = 0; beat <= 0x3FFF; ++beat) {
+    const UInt4 group(beat % 16);
+    const MIDIEvent event = MIDIEvent::songPositionPointer(UInt14(beat), group);
+    const Bytes bytes = {0xF2, static_cast<std::uint8_t>(beat % 128), static_cast<std::uint8_t>(beat / 128)};
+    const std::uint32_t word = umpWord(0x10 | group.value(), bytes[0], bytes[1], bytes[2]);
+    ASSERT_EQ(event.midi1Bytes(), bytes);
+    ASSERT_EQ(flat(event.umpWords(midi1_0)), Words{word});
+    ASSERT_EQ(flat(event.umpWords(midi2_0)), Words{word});
+  }
+}
+
+// The body may look like any other payload to whoever doesn't ask for the case first.
+TEST(MIDIEventEncodingTest, ABodyIsTakenForNothingElse) {
+  const auto manufacturer = SysExManufacturer::oneByte(0x41_u7);
+  for (unsigned byte = 0; byte <= 0xFF; ++byte) {
+    const Bytes body(11, static_cast<std::uint8_t>(byte));
+    const MIDIEvent event = SysEx8(manufacturer, SysExData(body), 7);
+    const std::uint32_t four = byte * 0x01010101U;
+    const Words words = {0x500E0700, 0x41000000U | (four & 0xFFFFFF), four, four};
+    EXPECT_EQ(flat(event.umpWords(midi1_0)), words);
+    EXPECT_EQ(flat(event.umpWords(midi2_0)), words);
+    EXPECT_TRUE(event.midi1Bytes().empty());
+  }
+}
+
 TEST(MIDIEventEncodingTest, WiderValuesGoOutWithoutTheirLowBits) {
   for (std::uint32_t upper = 0; upper <= 0xFFFF; upper += 7) {
     const std::uint32_t word = upper << 16 | (~upper & 0xFFFF);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,8 +25,37 @@ struct Row {
   bool isCanonical = true;
 };
 
-const std::vector<Row>& rows() {
-  static const std::vector<Row> rows = {
+/// The parameters of three-dimensional sound, in the order of their numbers, which begin with 61, 0.
+struct ThreeDimensional {
+  Registered (*make)(UInt7 dataEntryMSB, UInt7 dataEntryLSB);
+  std::string name;
+};
+
+std::vector<Row> threeDimensionalRows() {
+  const ThreeDimensional parameters[] = {
+      {Registered::threeDimensionalAzimuthAngle, "threeDimensionalAzimuthAngle"},
+      {Registered::threeDimensionalElevationAngle, "threeDimensionalElevationAngle"},
+      {Registered::threeDimensionalGain, "threeDimensionalGain"},
+      {Registered::threeDimensionalDistanceRatio, "threeDimensionalDistanceRatio"},
+      {Registered::threeDimensionalMaximumDistance, "threeDimensionalMaximumDistance"},
+      {Registered::threeDimensionalGainAtMaximumDistance, "threeDimensionalGainAtMaximumDistance"},
+      {Registered::threeDimensionalReferenceDistanceRatio, "threeDimensionalReferenceDistanceRatio"},
+      {Registered::threeDimensionalPanSpreadAngle, "threeDimensionalPanSpreadAngle"},
+      {Registered::threeDimensionalRollAngle, "threeDimensionalRollAngle"},
+  };
+  std::vector<Row> rows;
+  for (const auto& [make, name] : parameters) {
+    rows.push_back({.parameter = make(1_u7, 2_u7),
+                    .number = {61_u7, UInt7(rows.size())},
+                    .msb = 1_u7,
+                    .lsb = 2_u7,
+                    .text = name + "(dataMSB: 1, dataLSB: 2)"});
+  }
+  return rows;
+}
+
+std::vector<Row> plainRows() {
+  return {
       {Registered::pitchBendSensitivity(2_u7, 50_u7),
        {0_u7, 0_u7},
        2_u7,
@@ -55,53 +86,16 @@ const std::vector<Row>& rows() {
        2_u7,
        "raw(param: [msb: 0x00, lsb: 0x00], dataMSB: 1, dataLSB: 2)",
        false},
-      {Registered::threeDimensionalAzimuthAngle(1_u7, 2_u7),
-       {61_u7, 0_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalAzimuthAngle(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalElevationAngle(1_u7, 2_u7),
-       {61_u7, 1_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalElevationAngle(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalGain(1_u7, 2_u7),
-       {61_u7, 2_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalGain(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalDistanceRatio(1_u7, 2_u7),
-       {61_u7, 3_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalDistanceRatio(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalMaximumDistance(1_u7, 2_u7),
-       {61_u7, 4_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalMaximumDistance(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalGainAtMaximumDistance(1_u7, 2_u7),
-       {61_u7, 5_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalGainAtMaximumDistance(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalReferenceDistanceRatio(1_u7, 2_u7),
-       {61_u7, 6_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalReferenceDistanceRatio(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalPanSpreadAngle(1_u7, 2_u7),
-       {61_u7, 7_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalPanSpreadAngle(dataMSB: 1, dataLSB: 2)"},
-      {Registered::threeDimensionalRollAngle(1_u7, 2_u7),
-       {61_u7, 8_u7},
-       1_u7,
-       2_u7,
-       "threeDimensionalRollAngle(dataMSB: 1, dataLSB: 2)"},
       {Registered::null(), {127_u7, 127_u7}, {}, {}, "null"},
   };
+}
+
+const std::vector<Row>& rows() {
+  static const std::vector<Row> rows = [] {
+    std::vector<Row> all = plainRows();
+    std::ranges::copy(threeDimensionalRows(), std::back_inserter(all));
+    return all;
+  }();
   return rows;
 }
 
@@ -133,16 +127,29 @@ TEST(RegisteredControllerTest, EveryParameterNumberHasItsCase) {
   EXPECT_EQ(Registered::fromWire({61_u7, 9_u7}, {}, 2_u7), Registered::raw({61_u7, 9_u7}, {}, 2_u7));
 }
 
+struct WireCase {
+  std::string description;
+  UInt7Pair number;
+  std::optional<UInt7> msb;
+  std::optional<UInt7> lsb;
+  Registered read;
+};
+
 TEST(RegisteredControllerTest, TakesFromADataEntryWhatTheCaseHasRoomFor) {
-  EXPECT_EQ(Registered::fromWire({0_u7, 0_u7}, {}, {}), Registered::pitchBendSensitivity(0_u7, 0_u7));
-  EXPECT_EQ(Registered::fromWire({0_u7, 1_u7}, 1_u7, {}), Registered::channelFineTuning(128_u14));
-  EXPECT_EQ(Registered::fromWire({0_u7, 1_u7}, {}, 1_u7), Registered::channelFineTuning(1_u14));
-  EXPECT_EQ(Registered::fromWire({0_u7, 2_u7}, {}, 5_u7), Registered::channelCoarseTuning(0_u7));
-  EXPECT_EQ(Registered::fromWire({0_u7, 3_u7}, 5_u7, 5_u7), Registered::tuningProgramChange(5_u7));
-  EXPECT_EQ(Registered::fromWire({0_u7, 4_u7}, 5_u7, 5_u7), Registered::tuningBankSelect(5_u7));
-  EXPECT_EQ(Registered::fromWire({0_u7, 5_u7}, {}, {}), Registered::modulationDepthRange({}, {}));
-  EXPECT_EQ(Registered::fromWire({61_u7, 8_u7}, {}, {}), Registered::threeDimensionalRollAngle(0_u7, 0_u7));
-  EXPECT_EQ(Registered::fromWire({127_u7, 127_u7}, 1_u7, 2_u7), Registered::null());
+  const WireCase cases[] = {
+      {"both bytes count as 0", {0_u7, 0_u7}, {}, {}, Registered::pitchBendSensitivity(0_u7, 0_u7)},
+      {"the lower half counts as 0", {0_u7, 1_u7}, 1_u7, {}, Registered::channelFineTuning(128_u14)},
+      {"the upper half counts as 0", {0_u7, 1_u7}, {}, 1_u7, Registered::channelFineTuning(1_u14)},
+      {"the only byte counts as 0", {0_u7, 2_u7}, {}, 5_u7, Registered::channelCoarseTuning(0_u7)},
+      {"a second byte is left out", {0_u7, 3_u7}, 5_u7, 6_u7, Registered::tuningProgramChange(5_u7)},
+      {"the same of a bank", {0_u7, 4_u7}, 5_u7, 6_u7, Registered::tuningBankSelect(5_u7)},
+      {"absent bytes stay absent", {0_u7, 5_u7}, {}, {}, Registered::modulationDepthRange({}, {})},
+      {"both count as 0", {61_u7, 8_u7}, {}, {}, Registered::threeDimensionalRollAngle(0_u7, 0_u7)},
+      {"there's no entry", {127_u7, 127_u7}, 1_u7, 2_u7, Registered::null()},
+  };
+  for (const auto& [description, number, msb, lsb, read] : cases) {
+    EXPECT_EQ(Registered::fromWire(number, msb, lsb), read) << read.description() << ": " << description;
+  }
 }
 
 TEST(AssignableControllerTest, IsNullForOneNumberOnly) {
@@ -186,19 +193,26 @@ TEST(ParameterNumberEventsTest, TellsTheChangeInMIDI2Only) {
   const Registered registered = Registered::pitchBendSensitivity(2_u7, 0_u7);
   const AssignableController assignable = AssignableController::raw({1_u7, 2_u7}, 127_u7, 127_u7);
   const auto relative = MIDI2ParameterNumberChange::relative;
-  const auto words = [](const MIDIEvent& event) {
-    return event.umpWords(MIDIProtocolVersion::midi2_0).front();
+  struct Case {
+    MIDIEvent event;
+    std::string bytes;
+    UMPPacket packet;
   };
-  EXPECT_EQ(words(MIDIEvent::rpn(registered, 1_u4)), (UMPPacket{0x40210000, 0x04000000}));
-  EXPECT_EQ(words(MIDIEvent::rpn(registered, relative, 1_u4)), (UMPPacket{0x40410000, 0x04000000}));
-  EXPECT_EQ(words(MIDIEvent::nrpn(assignable, 1_u4)), (UMPPacket{0x40310102, 0xFFFFFFFF}));
-  EXPECT_EQ(words(MIDIEvent::nrpn(assignable, relative, 1_u4)), (UMPPacket{0x40510102, 0xFFFFFFFF}));
-  EXPECT_EQ(words(MIDIEvent::nrpn(AssignableController::null(), 0_u4)), (UMPPacket{0x40307F7F, 0}));
-  EXPECT_EQ(MIDIEvent::rpn(registered, relative, 1_u4).midi1Bytes(),
-            MIDIEvent::rpn(registered, 1_u4).midi1Bytes());
-  EXPECT_EQ(MIDIEvent::nrpn(assignable, relative, 1_u4).midi1Bytes(),
-            bytesOf("B1 63 01 B1 62 02 B1 06 7F B1 26 7F"));
-  EXPECT_EQ(MIDIEvent::nrpn(AssignableController::null(), 0_u4).midi1Bytes(), bytesOf("B0 63 7F B0 62 7F"));
+  const Case cases[] = {
+      {MIDIEvent::rpn(registered, 1_u4), "B1 65 00 B1 64 00 B1 06 02 B1 26 00", {0x40210000, 0x04000000}},
+      {MIDIEvent::rpn(registered, relative, 1_u4),
+       "B1 65 00 B1 64 00 B1 06 02 B1 26 00",
+       {0x40410000, 0x04000000}},
+      {MIDIEvent::nrpn(assignable, 1_u4), "B1 63 01 B1 62 02 B1 06 7F B1 26 7F", {0x40310102, 0xFFFFFFFF}},
+      {MIDIEvent::nrpn(assignable, relative, 1_u4),
+       "B1 63 01 B1 62 02 B1 06 7F B1 26 7F",
+       {0x40510102, 0xFFFFFFFF}},
+      {MIDIEvent::nrpn(AssignableController::null(), 0_u4), "B0 63 7F B0 62 7F", {0x40307F7F, 0}},
+  };
+  for (const auto& [event, bytes, packet] : cases) {
+    EXPECT_EQ(event.midi1Bytes(), bytesOf(bytes)) << event.debugDescription();
+    EXPECT_EQ(event.umpWords(MIDIProtocolVersion::midi2_0), std::vector{packet}) << event.debugDescription();
+  }
 }
 
 TEST(ParameterNumberEventsTest, HaveTexts) {
