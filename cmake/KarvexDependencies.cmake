@@ -1,6 +1,7 @@
 # Everything comes from the distribution's own packages; tools/packages lists their names.
 
 # What the MIDI layer and its part of foundation/ need.
+find_package(ALSA REQUIRED)
 find_package(Threads REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(fmt REQUIRED)

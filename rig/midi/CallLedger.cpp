@@ -8,7 +8,7 @@ namespace karvex::rig {
 using midikit::io::MIDIObjectRef;
 using midikit::io::OSStatus;
 
-std::uint64_t CallLedger::count(MidiOperation operation) const {
+std::uint64_t CallLedger::count(MIDIOperation operation) const {
   const std::lock_guard lock(mutex_);
   return counts_.at(static_cast<std::size_t>(operation));
 }
@@ -23,7 +23,7 @@ void CallLedger::resetCounts() {
   counts_.fill(0);
 }
 
-void CallLedger::failNext(MidiOperation operation, OSStatus status, std::uint64_t times,
+void CallLedger::failNext(MIDIOperation operation, OSStatus status, std::uint64_t times,
                           std::optional<MIDIObjectRef> object) {
   const std::lock_guard lock(mutex_);
   if (times > 0) {
@@ -36,7 +36,7 @@ void CallLedger::clearFailures() {
   failures_.clear();
 }
 
-std::optional<OSStatus> CallLedger::begin(MidiOperation operation, MIDIObjectRef object) {
+std::optional<OSStatus> CallLedger::begin(MIDIOperation operation, MIDIObjectRef object) {
   const std::lock_guard lock(mutex_);
   ++counts_.at(static_cast<std::size_t>(operation));
   const auto failure = std::find_if(failures_.begin(), failures_.end(), [&](const Failure& candidate) {

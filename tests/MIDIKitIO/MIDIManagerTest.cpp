@@ -15,7 +15,7 @@ namespace {
 using core::MIDIIOError;
 using core::MIDIOSStatus;
 using core::MIDIProtocolVersion;
-using karvex::rig::MidiOperation;
+using karvex::rig::MIDIOperation;
 using karvex::rig::simpleDevice;
 using testing::Each;
 using testing::ElementsAre;
@@ -50,7 +50,7 @@ class MIDIManagerTest : public MIDITestBench {
     settleMain();
     return std::exchange(told_, {});
   }
-  std::uint64_t refreshes() const { return service->calls().count(MidiOperation::getNumberOfDevices); }
+  std::uint64_t refreshes() const { return service->calls().count(MIDIOperation::getNumberOfDevices); }
   static std::vector<std::string> namesOf(const std::vector<MIDIDevice>& devices) {
     std::vector<std::string> names;
     for (const auto& device : devices) {
@@ -106,7 +106,7 @@ TEST_F(MIDIManagerTest, StartCostsOneClientAndOneRefreshHoweverOftenItIsCalled) 
     EXPECT_EQ(manager->endpoints().inputs.size() + manager->endpoints().outputs.size(), 2U);
   }
   EXPECT_NE(manager->coreMIDIClientRef(), 0U);
-  EXPECT_EQ(service->calls().count(MidiOperation::clientCreateWithBlock), 1U);
+  EXPECT_EQ(service->calls().count(MIDIOperation::clientCreateWithBlock), 1U);
   EXPECT_EQ(refreshes(), 1U);
   EXPECT_EQ(service->calls().total(), 1U + 3U + 3U + 2U * 4U);
 }
@@ -114,7 +114,7 @@ TEST_F(MIDIManagerTest, StartCostsOneClientAndOneRefreshHoweverOftenItIsCalled) 
 TEST_F(MIDIManagerTest, AStartThatFailsLeavesEverythingAndCanBeTriedAgain) {
   service->addDevice(simpleDevice("device"));
   const auto manager = MIDIManager::create(settings());
-  service->calls().failNext(MidiOperation::clientCreateWithBlock, -10839);
+  service->calls().failNext(MIDIOperation::clientCreateWithBlock, -10839);
   EXPECT_EQ(errorOf([&] { manager->start(); }), MIDIIOError::osStatus(MIDIOSStatus::serverStartErr));
   EXPECT_EQ(manager->coreMIDIClientRef(), 0U);
   EXPECT_THAT(manager->devices().devices, IsEmpty());
@@ -193,7 +193,7 @@ TEST_F(MIDIManagerTest, ObserversAreToldOfEachRefreshBeforeTheHandler) {
 TEST_F(MIDIManagerTest, TheObservableListsHaveAWalkOfTheirOwn) {
   startedObservable();
   EXPECT_EQ(refreshes(), 2U);
-  EXPECT_EQ(service->calls().count(MidiOperation::getNumberOfSources), 2U);
+  EXPECT_EQ(service->calls().count(MIDIOperation::getNumberOfSources), 2U);
 }
 
 TEST_F(MIDIManagerTest, AttachingAndTakingAwayADeviceIsToldObjectByObject) {
@@ -240,7 +240,7 @@ TEST_F(MIDIManagerTest, RemovalsInARowAreLookedUpInTheSameCache) {
     return MIDINotification{3, MIDINotification::Child{.child = device, .childType = 0}};
   };
   // Both are gone from the lists when the first message comes.
-  service->calls().failNext(MidiOperation::getNumberOfDevices, noErr, 2);
+  service->calls().failNext(MIDIOperation::getNumberOfDevices, noErr, 2);
   service->notify(removal(first));
   service->notify(removal(second));
   settle();
@@ -279,7 +279,7 @@ TEST_F(MIDIManagerTest, EachKindOfMessageDoesItsOwnToListsAndCache) {
     SCOPED_TRACE(row);
     const auto& [message, refreshesLists, replacesCache, isTold] = rows[row];
     const auto manager = MIDIManager::create(settings(), writer());
-    service->calls().failNext(MidiOperation::getNumberOfDevices, noErr);
+    service->calls().failNext(MIDIOperation::getNumberOfDevices, noErr);
     manager->start();
     service->notify(message);
     settle();

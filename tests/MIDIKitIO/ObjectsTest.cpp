@@ -17,7 +17,7 @@ namespace {
 using core::MIDIIOError;
 using core::MIDIOSStatus;
 using karvex::rig::DeviceDescription;
-using karvex::rig::MidiOperation;
+using karvex::rig::MIDIOperation;
 using karvex::rig::simpleDevice;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -74,7 +74,7 @@ TEST_F(ObjectsTest, AnEndpointsDisplayNameDoesntStandInForItsNameNorTheOtherWayR
 TEST_F(ObjectsTest, WhatLeavesTheListDuringAWalkIsLeftOut) {
   service->addDevice(simpleDevice("leaves"));
   service->addDevice(simpleDevice("stays"));
-  service->calls().failNext(MidiOperation::getDevice, noErr);
+  service->calls().failNext(MIDIOperation::getDevice, noErr);
   EXPECT_THAT(namesOf(systemDevices(*service)), ElementsAre("stays"));
 }
 
@@ -104,10 +104,10 @@ TEST_F(ObjectsTest, AnEntityWithoutADeviceDoesntExistButIsNoFailure) {
   service->addDevice(mixer());
   const auto entity = systemDevices(*service).at(0).entities(*service).at(0);
   EXPECT_TRUE(entity.exists(*service));
-  service->calls().failNext(MidiOperation::entityGetDevice, noErr, 2);
+  service->calls().failNext(MIDIOperation::entityGetDevice, noErr, 2);
   EXPECT_EQ(entity.device(*service), std::nullopt);
   EXPECT_FALSE(entity.exists(*service));
-  service->calls().failNext(MidiOperation::entityGetDevice, -10845, 2);
+  service->calls().failNext(MIDIOperation::entityGetDevice, -10845, 2);
   EXPECT_EQ(errorOf([&] { entity.device(*service); }), MIDIIOError::osStatus(MIDIOSStatus::unknownError));
   EXPECT_FALSE(entity.exists(*service));
 }
@@ -162,7 +162,7 @@ TEST_F(ObjectsTest, EndpointsAreFoundByUniqueIDAndTheWalkStopsThere) {
   service->addDevice(simpleDevice("behind"));
   service->calls().resetCounts();
   EXPECT_EQ(findSource(*service, 200), service->MIDIGetSource(2));
-  EXPECT_EQ(service->calls().count(MidiOperation::getSource), 3U + 1U);
+  EXPECT_EQ(service->calls().count(MIDIOperation::getSource), 3U + 1U);
   EXPECT_EQ(findDestination(*service, 300), service->MIDIGetDestination(0));
   EXPECT_EQ(findDestination(*service, 200), std::nullopt) << "that is a source's";
 }

@@ -17,7 +17,7 @@ namespace {
 
 using core::MIDIIOError;
 using core::MIDIOSStatus;
-using karvex::rig::MidiOperation;
+using karvex::rig::MIDIOperation;
 
 /// One value of a property and the text that it has to have.
 struct Expectation {
@@ -139,7 +139,7 @@ TEST_F(PropertyTest, EachPropertyOfEachKindOfObjectHasATextForWhateverItHolds) {
       }
       if (property == MIDIIOProperty::uniqueID) {
         // The service keeps one of another kind from being set.
-        service->calls().failNext(MidiOperation::objectGetIntegerProperty,
+        service->calls().failNext(MIDIOperation::objectGetIntegerProperty,
                                   MIDIOSStatus(MIDIOSStatus::wrongPropertyType).number());
         EXPECT_EQ(propertyText(*service, object, property), row.form.wrongKind.text);
       } else {
@@ -231,10 +231,10 @@ TEST_F(PropertyTest, WhyASinglePropertyCantBeReadReachesTheCaller) {
             MIDIIOError::readError("Got nil while reading MIDIEndpointRef property list."));
   EXPECT_EQ(propertyText(*service, device, MIDIIOProperty::image), "-");
 
-  service->calls().failNext(MidiOperation::objectGetStringProperty, -50);
+  service->calls().failNext(MIDIOperation::objectGetStringProperty, -50);
   EXPECT_EQ(textError("name"), MIDIIOError::osStatus(MIDIOSStatus::internalError));
   EXPECT_EQ(textProperty(*service, device, "name"), "a device");
-  service->calls().failNext(MidiOperation::objectGetIntegerProperty, -50);
+  service->calls().failNext(MIDIOperation::objectGetIntegerProperty, -50);
   EXPECT_EQ(integerProperty(*service, device, "uniqueID"), 0) << "a status is not looked at";
 }
 

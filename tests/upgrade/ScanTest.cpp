@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
+#include "MIDIKitIO/platform/engine/MIDIOperation.hpp"
 #include "foundation/NotificationCenter.hpp"
 #include "loader/load_status.hpp"
-#include "rig/midi/MidiNotifications.hpp"
-#include "rig/midi/MidiOperation.hpp"
 #include "tests/upgrade/UpgradeBench.hpp"
 #include "upgrade/DeviceListView.hpp"
 
@@ -169,7 +169,7 @@ TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
     const auto midi = startedManager();
     for (std::size_t i = 0; i < refs.size(); ++i) {
       if (example.devices[i].isUnreadable) {
-        bench.midiService->calls().failNext(rig::MidiOperation::objectGetProperties, unknownObject, 1,
+        bench.midiService->calls().failNext(rig::MIDIOperation::objectGetProperties, unknownObject, 1,
                                             refs[i]);
       }
     }
@@ -249,15 +249,15 @@ TEST_F(ListedTest, AChangeOfTheMIDISetupRereadsTheMarkAndNothingElse) {
   };
   bench.midiService->setProperty(midiDevice, "name", std::string("Another name"));
   bench.midiService->setProperty(midiDevice, "offline", 1);
-  bench.midiService->notify(rig::thruConnectionChangedMessage());
+  bench.midiService->notify(midikit::io::engine::thruConnectionChangedMessage());
   expectMark(false, "changes of properties and of connections are not looked at");
-  bench.midiService->notify(rig::setupChangedMessage());
+  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
   expectMark(true, "offline");
   bench.midiService->removeProperty(midiDevice, "offline");
-  bench.midiService->notify(rig::setupChangedMessage());
+  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
   expectMark(std::nullopt, "the device doesn't say any more");
   bench.midiService->setProperty(midiDevice, "offline", 0);
-  bench.midiService->notify(rig::setupChangedMessage());
+  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
   expectMark(false, "online");
   bench.midiService->setProperty(midiDevice, "offline", 1);
   bench.midiService->removeDevice(midiDevice);
@@ -272,7 +272,7 @@ TEST_F(ListedTest, AChangeWithAnEmptyListScansWithoutAskingTheService) {
   plugIn("20");
   bench.runFor(1s);
   EXPECT_THAT(rows(), IsEmpty());
-  bench.midiService->notify(rig::setupChangedMessage());
+  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
   bench.runFor(1s);
   EXPECT_THAT(serialsOf(view->deviceManager), ElementsAre("20"));
   EXPECT_THAT(bench.service.requests(), SizeIs(1));
@@ -281,7 +281,7 @@ TEST_F(ListedTest, AChangeWithAnEmptyListScansWithoutAskingTheService) {
 TEST_F(ListedTest, AChangeBeforeTheListHasComeIsNotLookedAt) {
   bench.misbehave("slow=5000");
   appear();
-  bench.midiService->notify(rig::setupChangedMessage());
+  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
   bench.runFor(1s);
   EXPECT_EQ(view->deviceManager.errorCode.get(), scanComplete) << "a scan would find the service not asked";
   EXPECT_THAT(rows(), IsEmpty());
@@ -302,7 +302,7 @@ TEST_F(ListedTest, WithABoardInItsBootloaderTheChangesAreNotFollowed) {
     EXPECT_EQ(view->isUp(Alert::halfkayModeDetected), !isDenied);
     bench.midiService->setProperty(midiDevice, "offline", isDenied ? 0 : 1);
     const auto mark = rows()[0].isOffline;
-    bench.midiService->notify(rig::setupChangedMessage());
+    bench.midiService->notify(midikit::io::engine::setupChangedMessage());
     bench.runFor(1s);
     EXPECT_EQ(rows()[0].isOffline, mark);
   }

@@ -9,6 +9,7 @@ namespace karvex::rig {
 namespace {
 
 using namespace midikit::io;
+using namespace midikit::io::engine;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;

@@ -1,4 +1,4 @@
-#include "rig/midi/ListConversion.hpp"
+#include "MIDIKitIO/platform/engine/ListConversion.hpp"
 
 #include "MidiTestBench.hpp"
 
@@ -6,6 +6,7 @@ namespace karvex::rig {
 namespace {
 
 using namespace midikit::io;
+using namespace midikit::io::engine;
 using testing::ElementsAre;
 
 constexpr auto midi1 = MIDIProtocolID::midi1_0;

@@ -1,13 +1,14 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "MidiTestBench.hpp"
-#include "rig/midi/MidiStatus.hpp"
 
 namespace karvex::rig {
 namespace {
 
 using namespace midikit::io;
+using namespace midikit::io::engine;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;

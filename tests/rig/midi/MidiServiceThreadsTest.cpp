@@ -12,6 +12,7 @@ namespace karvex::rig {
 namespace {
 
 using namespace midikit::io;
+using namespace midikit::io::engine;
 
 /// Reads all there is, as a program that lists the setup does.
 void walk(const VirtualMidiService& service) {

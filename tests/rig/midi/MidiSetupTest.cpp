@@ -1,13 +1,14 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "MidiTestBench.hpp"
-#include "rig/midi/MidiStatus.hpp"
 
 namespace karvex::rig {
 namespace {
 
 using namespace midikit::io;
+using namespace midikit::io::engine;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -189,25 +190,25 @@ TEST_F(MidiSetupTest, CallsAreCountedAndFailWhenTheyAreTold) {
   auto& calls = service.calls();
   calls.resetCounts();
   const Ref second = service.MIDIGetDevice(1);
-  calls.failNext(MidiOperation::objectGetStringProperty, -1, 2, second);
+  calls.failNext(MIDIOperation::objectGetStringProperty, -1, 2, second);
   EXPECT_EQ(text(service.MIDIGetDevice(0), kMIDIPropertyName), "Desk");
   EXPECT_EQ(text(second, kMIDIPropertyName), "no success");
   EXPECT_EQ(text(second, kMIDIPropertyName), "no success");
   EXPECT_EQ(text(second, kMIDIPropertyName), "Other");
-  calls.failNext(MidiOperation::getNumberOfDevices, -1);
+  calls.failNext(MIDIOperation::getNumberOfDevices, -1);
   EXPECT_EQ(service.MIDIGetNumberOfDevices(), 0U);
   EXPECT_EQ(service.MIDIGetNumberOfDevices(), 2U);
-  EXPECT_EQ(calls.count(MidiOperation::getDevice), 2U);
-  EXPECT_EQ(calls.count(MidiOperation::objectGetStringProperty), 4U);
+  EXPECT_EQ(calls.count(MIDIOperation::getDevice), 2U);
+  EXPECT_EQ(calls.count(MIDIOperation::objectGetStringProperty), 4U);
   EXPECT_EQ(calls.total(), 8U);
 
-  calls.failNext(MidiOperation::clientCreateWithBlock, -10839);
-  calls.failNext(MidiOperation::clientCreateWithBlock, -50);
+  calls.failNext(MIDIOperation::clientCreateWithBlock, -10839);
+  calls.failNext(MIDIOperation::clientCreateWithBlock, -50);
   Ref made = 77;
   EXPECT_EQ(service.MIDIClientCreateWithBlock("c", made, nullptr), -10839);
   EXPECT_EQ(service.MIDIClientCreateWithBlock("c", made, nullptr), -50);
   EXPECT_EQ(made, 77U);
-  calls.failNext(MidiOperation::clientCreateWithBlock, -50);
+  calls.failNext(MIDIOperation::clientCreateWithBlock, -50);
   calls.clearFailures();
   EXPECT_EQ(service.MIDIClientCreateWithBlock("c", made, nullptr), noErr);
   EXPECT_THAT(service.clientNames(), ElementsAre("client", "c"));

@@ -8,6 +8,7 @@
 namespace karvex::rig {
 
 using namespace midikit::io;
+using namespace midikit::io::engine;
 
 std::string lineOf(const MIDINotification& message) {
   if (const auto* child = std::get_if<MIDINotification::Child>(&message.payload)) {

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "foundation/Gate.hpp"
+#include "foundation/Runtime.hpp"
+
+namespace midikit::io::engine {
+
+/// Lets the calls of one client's block through until it is closed, and makes sure that none is under way
+/// behind that. All operations may be called on any thread; the calls themselves come one at a time.
+class BlockGate {
+ public:
+  /// The runtime must outlive the use of the gate.
+  explicit BlockGate(karvex::foundation::Runtime& runtime) : runtime_(runtime) {}
+
+  /// Makes the call, on this thread, unless the gate is closed.
+  void pass(const std::function<void()>& call);
+
+  /// No call begins any more, and when this returns none is under way, unless this thread is inside one.
+  void close();
+
+ private:
+  void leave();
+
+  karvex::foundation::Runtime& runtime_;
+  std::mutex mutex_;
+  bool isClosed_ = false;
+  std::thread::id occupant_;  ///< the thread inside a call
+  std::vector<std::shared_ptr<karvex::foundation::Gate>>
+      awaited_;  ///< of those who wait for the end of the call
+};
+
+}  // namespace midikit::io::engine

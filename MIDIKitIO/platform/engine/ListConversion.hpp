@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <span>
+#include <vector>
+
+#include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
+#include "MIDIKitIO/platform/engine/ByteSplitter.hpp"
+#include "MIDIKitIO/platform/engine/MIDIList.hpp"
+
+namespace midikit::io::engine {
+
+/// Brings the lists of one stream into the form that a reader wants. A list that has the wanted form already
+/// stays as it is, whatever is in it. Byte readers always get system exclusive messages whole, in a packet of
+/// their own, with the time stamp of their end; so do word readers from bytes. Not locked.
+class ListConverter {
+ public:
+  MIDIEventList toWords(const MIDIList& list, MIDIProtocolID protocol);
+  MIDIPacketList toBytes(const MIDIList& list);
+
+  /// Nothing is kept for the next list.
+  bool isIdle() const { return splitter_.isIdle() && sysEx7_.empty(); }
+
+ private:
+  std::vector<TimedMessage> messagesIn(const MIDIPacketList& list);
+  void takeMessage(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
+                   std::vector<TimedMessage>& out);
+  void takeSysEx7(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
+                  std::vector<TimedMessage>& out);
+
+  ByteSplitter splitter_;
+  /// By group, the beginnings of system exclusive messages that come in words, from F0 on.
+  std::map<std::uint32_t, std::vector<std::uint8_t>> sysEx7_;
+};
+
+}  // namespace midikit::io::engine

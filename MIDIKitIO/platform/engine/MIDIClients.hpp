@@ -1,0 +1,49 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
+#include "foundation/Runtime.hpp"
+#include "foundation/SerialQueue.hpp"
+
+namespace midikit::io::engine {
+
+/// The clients of a service, each with two serial queues on the runtime's threads: one for its notifications
+/// and one for what its ports and virtual endpoints receive, so that neither holds the other up. Not locked;
+/// notifying only queues, so it may be done under a lock.
+class MIDIClients {
+ public:
+  /// The runtime must outlive the clients.
+  explicit MIDIClients(karvex::foundation::Runtime& runtime) : runtime_(runtime) {}
+  void add(MIDIObjectRef client, const std::string& name, MIDINotifyBlock block);
+  bool has(MIDIObjectRef client) const { return clients_.contains(client); }
+  /// In the order in which they were made.
+  std::vector<std::string> names() const;
+
+  /// Where what this client receives is handed to it; null for no client.
+  karvex::foundation::Queue* receiveQueue(MIDIObjectRef client);
+
+  /// Every client gets all the messages, in this order, in the order of the clients.
+  void notify(const std::vector<MIDINotification>& messages);
+
+  /// No notify block runs behind this, unless this thread is inside one; those that wait are dropped. Not to
+  /// be called under a lock that a block may need.
+  void close();
+
+ private:
+  struct Listener;
+  struct Client {
+    std::string name;
+    std::shared_ptr<Listener> listener;
+    karvex::foundation::SerialQueue notifications;
+    karvex::foundation::SerialQueue lists;
+  };
+
+  karvex::foundation::Runtime& runtime_;
+  std::map<MIDIObjectRef, Client> clients_;
+};
+
+}  // namespace midikit::io::engine

@@ -1,0 +1,46 @@
+#include "MIDIKitIO/platform/engine/MIDIReceiver.hpp"
+
+#include <utility>
+
+namespace midikit::io::engine {
+
+MIDIReceiver::MIDIReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue,
+                           MIDIReader reader)
+    : queue_(queue), reader_(std::move(reader)), gate_(runtime) {}
+
+void MIDIReceiver::deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> connection) {
+  queue_.post([self = shared_from_this(), list = std::move(list), connection = std::move(connection)] {
+    if (connection->stands) {
+      self->gate_.pass([&] { self->handOver(*list, connection->converter, connection->token); });
+    }
+  });
+}
+
+void MIDIReceiver::deliver(SharedMIDIList list, MIDIObjectRef sender) {
+  queue_.post([self = shared_from_this(), list = std::move(list), sender] {
+    self->gate_.pass([&] {
+      ListConverter& converter = self->converters_[sender];
+      self->handOver(*list, converter, nullptr);
+      if (converter.isIdle()) {
+        self->converters_.erase(sender);
+      }
+    });
+  });
+}
+
+void MIDIReceiver::handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token) {
+  if (const auto* words = std::get_if<WordReader>(&reader_)) {
+    const MIDIEventList converted = converter.toWords(list, words->protocol);
+    if (!converted.packets.empty() && words->block) {
+      words->block(converted, token);
+    }
+  } else {
+    const MIDIPacketList converted = converter.toBytes(list);
+    const auto& block = std::get<MIDIReadBlock>(reader_);
+    if (converted.packetCount() > 0 && block) {
+      block(converted, token);
+    }
+  }
+}
+
+}  // namespace midikit::io::engine

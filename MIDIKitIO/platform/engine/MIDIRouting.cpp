@@ -1,0 +1,107 @@
+#include "MIDIKitIO/platform/engine/MIDIRouting.hpp"
+
+#include <utility>
+
+#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
+
+namespace midikit::io::engine {
+
+void MIDIRouting::addPort(Ref port, Receiver receiver) {
+  ports_.emplace(port, Port{.receiver = std::move(receiver)});
+}
+
+OSStatus MIDIRouting::removePort(Ref port, Receiver& removed) {
+  auto node = ports_.extract(port);
+  if (node.empty()) {
+    return status::invalidPort;
+  }
+  for (const auto& [source, connection] : node.mapped().connections) {
+    connection->stands = false;
+  }
+  removed = std::move(node.mapped().receiver);
+  return noErr;
+}
+
+bool MIDIRouting::isOutputPort(Ref port) const {
+  const auto found = ports_.find(port);
+  return found != ports_.end() && found->second.receiver == nullptr;
+}
+
+OSStatus MIDIRouting::connect(Ref port, Ref source, ConnectionToken token) {
+  const auto found = ports_.find(port);
+  if (found == ports_.end() || found->second.receiver == nullptr) {
+    return status::invalidPort;
+  }
+  auto& connection = found->second.connections[source];
+  if (connection != nullptr) {
+    connection->stands = false;
+  }
+  connection = std::make_shared<MIDIConnection>(token);
+  return noErr;
+}
+
+OSStatus MIDIRouting::disconnect(Ref port, Ref source) {
+  const auto found = ports_.find(port);
+  if (found == ports_.end() || found->second.receiver == nullptr) {
+    return status::invalidPort;
+  }
+  const auto connection = found->second.connections.extract(source);
+  if (connection.empty()) {
+    return status::noConnection;
+  }
+  connection.mapped()->stands = false;
+  return noErr;
+}
+
+MIDIRouting::Receiver MIDIRouting::setReader(Ref destination, Receiver reader) {
+  return std::exchange(readers_[destination], std::move(reader));
+}
+
+MIDIRouting::Receiver MIDIRouting::removeEndpoint(Ref endpoint) {
+  for (auto& [ref, port] : ports_) {
+    if (const auto connection = port.connections.extract(endpoint); !connection.empty()) {
+      connection.mapped()->stands = false;
+    }
+  }
+  auto reader = readers_.extract(endpoint);
+  return reader.empty() ? nullptr : std::move(reader.mapped());
+}
+
+void MIDIRouting::deliverFrom(Ref source, const SharedMIDIList& list) const {
+  for (const auto& [ref, port] : ports_) {
+    if (const auto found = port.connections.find(source); found != port.connections.end()) {
+      port.receiver->deliver(list, found->second);
+    }
+  }
+}
+
+void MIDIRouting::deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list) const {
+  if (const auto found = readers_.find(endpoint); found != readers_.end() && found->second != nullptr) {
+    found->second->deliver(list, sender);
+  }
+}
+
+std::set<MIDIObjectRef> MIDIRouting::connectedSources() const {
+  std::set<Ref> all;
+  for (const auto& [ref, port] : ports_) {
+    for (const auto& [source, connection] : port.connections) {
+      all.insert(source);
+    }
+  }
+  return all;
+}
+
+std::vector<MIDIRouting::Receiver> MIDIRouting::receivers() const {
+  std::vector<Receiver> all;
+  all.reserve(ports_.size() + readers_.size());
+  for (const auto& [ref, port] : ports_) {
+    all.push_back(port.receiver);
+  }
+  for (const auto& [ref, reader] : readers_) {
+    all.push_back(reader);
+  }
+  std::erase(all, nullptr);
+  return all;
+}
+
+}  // namespace midikit::io::engine

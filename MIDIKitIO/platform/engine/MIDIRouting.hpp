@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
+#include "MIDIKitIO/platform/engine/MIDIList.hpp"
+#include "MIDIKitIO/platform/engine/MIDIReceiver.hpp"
+
+namespace midikit::io::engine {
+
+/// The ports with their connections, and who reads at the destinations. What is taken out is handed back, so
+/// that the caller can close it behind the lock. Delivering only queues. Not locked.
+class MIDIRouting {
+ public:
+  using Ref = MIDIObjectRef;
+  using Receiver = std::shared_ptr<MIDIReceiver>;
+
+  /// An output port has no receiver.
+  void addPort(Ref port, Receiver receiver);
+  /// Gives the receiver of an input port through `removed`.
+  OSStatus removePort(Ref port, Receiver& removed);
+  bool isOutputPort(Ref port) const;
+
+  /// Connecting once more replaces the token.
+  OSStatus connect(Ref port, Ref source, ConnectionToken token);
+  OSStatus disconnect(Ref port, Ref source);
+
+  /// What comes to the destination is read by this from now on. Gives the receiver that did so before.
+  Receiver setReader(Ref destination, Receiver reader);
+  /// What the source sends is read by this too, from now on. Gives the receiver that did so before.
+  Receiver setListener(Ref source, Receiver listener) { return setReader(source, std::move(listener)); }
+  /// Forgets an endpoint that goes. Gives the receiver that it had.
+  Receiver removeEndpoint(Ref endpoint);
+
+  /// Hands a list to the ports that are connected to the source.
+  void deliverFrom(Ref source, const SharedMIDIList& list) const;
+  /// The sources that ports are connected to.
+  std::set<Ref> connectedSources() const;
+
+  /// Hands a list to the reader of the destination, or the listener of the source.
+  void deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list) const;
+
+  /// All receivers there are.
+  std::vector<Receiver> receivers() const;
+
+ private:
+  struct Port {
+    Receiver receiver;
+    std::map<Ref, std::shared_ptr<MIDIConnection>> connections;  ///< by source
+  };
+
+  std::map<Ref, Port> ports_;
+  std::map<Ref, Receiver> readers_;  ///< by endpoint
+};
+
+}  // namespace midikit::io::engine

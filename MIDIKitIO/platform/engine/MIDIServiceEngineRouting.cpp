@@ -1,0 +1,339 @@
+#include <cstring>
+#include <utility>
+
+#include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
+#include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
+#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
+#include "MIDIKitIO/platform/engine/ThruParameters.hpp"
+
+// The portion of MIDIServiceEngine that has to do with lists: ports, virtual endpoints, delivery and thru
+// connections.
+
+namespace midikit::io::engine {
+
+namespace {
+
+bool isProtocol(MIDIProtocolID protocol) {
+  return protocol == MIDIProtocolID::midi1_0 || protocol == MIDIProtocolID::midi2_0;
+}
+
+SharedMIDIList share(MIDIList list) {
+  return std::make_shared<const MIDIList>(std::move(list));
+}
+
+void close(const std::shared_ptr<MIDIReceiver>& receiver) {
+  if (receiver != nullptr) {
+    receiver->close();
+  }
+}
+
+}  // namespace
+
+/// Whether the operations with protocols may be used, and with this one.
+OSStatus MIDIServiceEngine::checkProtocol(MIDIProtocolID protocol) const {
+  if (!hasProtocols()) {
+    return status::unknownError;
+  }
+  return isProtocol(protocol) ? noErr : status::parameterError;
+}
+
+OSStatus MIDIServiceEngine::checkEndpoint(Ref endpoint, MIDIObjectKind kind) const {
+  const auto* found = setup_.find(endpoint);
+  if (found == nullptr || !found->isEndpoint()) {
+    return status::unknownEndpoint;
+  }
+  return found->kind == kind ? noErr : status::wrongEndpointType;
+}
+
+/// Lists that a program passes off as a source's can only come from its own, the virtual ones.
+OSStatus MIDIServiceEngine::checkSource(Ref source, bool wantsOwn) const {
+  if (const OSStatus failure = checkEndpoint(source, MIDIObjectKind::source); failure != noErr) {
+    return failure;
+  }
+  return setup_.find(source)->isOwn == wantsOwn ? noErr : status::notPermitted;
+}
+
+OSStatus MIDIServiceEngine::addPort(Ref client, std::optional<MIDIReader> reader, Ref& out) {
+  auto* queue = clients_.receiveQueue(client);
+  if (queue == nullptr) {
+    return status::invalidClient;
+  }
+  out = references_.next();
+  routing_.addPort(out,
+                   reader ? std::make_shared<MIDIReceiver>(runtime_, *queue, std::move(*reader)) : nullptr);
+  return noErr;
+}
+
+OSStatus MIDIServiceEngine::MIDIInputPortCreateWithProtocol(Ref client, const std::string&,
+                                                            MIDIProtocolID protocol, Ref& outPort,
+                                                            MIDIReceiveBlock block) {
+  return perform(MIDIOperation::inputPortCreateWithProtocol, client, [&] {
+    const OSStatus failure = checkProtocol(protocol);
+    return failure != noErr ? failure : addPort(client, WordReader{protocol, std::move(block)}, outPort);
+  });
+}
+
+OSStatus MIDIServiceEngine::MIDIInputPortCreateWithBlock(Ref client, const std::string&, Ref& outPort,
+                                                         MIDIReadBlock block) {
+  return perform(MIDIOperation::inputPortCreateWithBlock, client,
+                 [&] { return addPort(client, std::move(block), outPort); });
+}
+
+OSStatus MIDIServiceEngine::MIDIOutputPortCreate(Ref client, const std::string&, Ref& outPort) {
+  return perform(MIDIOperation::outputPortCreate, client,
+                 [&] { return addPort(client, std::nullopt, outPort); });
+}
+
+OSStatus MIDIServiceEngine::MIDIPortDispose(Ref port) {
+  MIDIRouting::Receiver receiver;
+  const OSStatus result =
+      perform(MIDIOperation::portDispose, port, [&] { return routing_.removePort(port, receiver); });
+  engine::close(receiver);
+  return tellRoutes(result);
+}
+
+OSStatus MIDIServiceEngine::MIDIPortConnectSource(Ref port, Ref source, ConnectionToken token) {
+  return tellRoutes(perform(MIDIOperation::portConnectSource, port, [&] {
+    const OSStatus failure = checkEndpoint(source, MIDIObjectKind::source);
+    return failure != noErr ? failure : routing_.connect(port, source, token);
+  }));
+}
+
+OSStatus MIDIServiceEngine::MIDIPortDisconnectSource(Ref port, Ref source) {
+  return tellRoutes(
+      perform(MIDIOperation::portDisconnectSource, port, [&] { return routing_.disconnect(port, source); }));
+}
+
+OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
+                                               std::optional<MIDIReader> reader, Ref& out) {
+  auto* queue = clients_.receiveQueue(client);
+  if (queue == nullptr) {
+    return status::invalidClient;
+  }
+  out = setup_.addVirtualEndpoint(description.kind, description.name, description.protocol);
+  if (reader) {
+    routing_.setReader(out, std::make_shared<MIDIReceiver>(runtime_, *queue, std::move(*reader)));
+  }
+  auto messages = addedMessages(setup_, out);
+  messages.push_back(setupChangedMessage());
+  clients_.notify(messages);
+  return noErr;
+}
+
+OSStatus MIDIServiceEngine::MIDIDestinationCreateWithProtocol(Ref client, const std::string& name,
+                                                              MIDIProtocolID protocol, Ref& outEndpoint,
+                                                              MIDIReceiveBlock block) {
+  const OSStatus result = perform(MIDIOperation::destinationCreateWithProtocol, client, [&] {
+    const OSStatus failure = checkProtocol(protocol);
+    return failure != noErr ? failure
+                            : addVirtualEndpoint(client, {MIDIObjectKind::destination, name, protocol},
+                                                 WordReader{protocol, std::move(block)}, outEndpoint);
+  });
+  return tellAdded(result, outEndpoint);
+}
+
+OSStatus MIDIServiceEngine::MIDIDestinationCreateWithBlock(Ref client, const std::string& name,
+                                                           Ref& outEndpoint, MIDIReadBlock block) {
+  const OSStatus result = perform(MIDIOperation::destinationCreateWithBlock, client, [&] {
+    return addVirtualEndpoint(client, {MIDIObjectKind::destination, name, MIDIProtocolID::midi1_0},
+                              std::move(block), outEndpoint);
+  });
+  return tellAdded(result, outEndpoint);
+}
+
+OSStatus MIDIServiceEngine::MIDISourceCreateWithProtocol(Ref client, const std::string& name,
+                                                         MIDIProtocolID protocol, Ref& outEndpoint) {
+  const OSStatus result = perform(MIDIOperation::sourceCreateWithProtocol, client, [&] {
+    const OSStatus failure = checkProtocol(protocol);
+    return failure != noErr ? failure
+                            : addVirtualEndpoint(client, {MIDIObjectKind::source, name, protocol},
+                                                 std::nullopt, outEndpoint);
+  });
+  return tellAdded(result, outEndpoint);
+}
+
+OSStatus MIDIServiceEngine::MIDISourceCreate(Ref client, const std::string& name, Ref& outEndpoint) {
+  const OSStatus result = perform(MIDIOperation::sourceCreate, client, [&] {
+    return addVirtualEndpoint(client, {MIDIObjectKind::source, name, MIDIProtocolID::midi1_0}, std::nullopt,
+                              outEndpoint);
+  });
+  return tellAdded(result, outEndpoint);
+}
+
+OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
+  MIDIRouting::Receiver receiver;
+  const OSStatus result = perform(MIDIOperation::endpointDispose, endpoint, [&] {
+    const auto* found = setup_.find(endpoint);
+    if (found == nullptr || !found->isEndpoint()) {
+      return status::unknownEndpoint;
+    }
+    if (!found->isOwn) {
+      return status::notPermitted;
+    }
+    auto messages = removedMessages(setup_, endpoint);
+    messages.push_back(setupChangedMessage());
+    setup_.remove(endpoint);
+    receiver = routing_.removeEndpoint(endpoint);
+    clients_.notify(messages);
+    return noErr;
+  });
+  engine::close(receiver);
+  if (result == noErr) {
+    ownEndpointRemoved(endpoint);
+    routesChanged();
+  }
+  return result;
+}
+
+OSStatus MIDIServiceEngine::send(Ref port, Ref destination, const SharedMIDIList& list) {
+  if (!routing_.isOutputPort(port)) {
+    return status::invalidPort;
+  }
+  const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
+  if (failure == noErr) {
+    routing_.deliverTo(destination, port, list);
+  }
+  return failure;
+}
+
+OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool isOwn) {
+  const OSStatus failure = checkSource(source, isOwn);
+  if (failure == noErr) {
+    routing_.deliverFrom(source, list);
+    routing_.deliverTo(source, source, list);
+    thru_.forward(source, list, [this](Ref connection, Ref destination, const SharedMIDIList& left) {
+      routing_.deliverTo(destination, connection, left);
+    });
+  }
+  return failure;
+}
+
+OSStatus MIDIServiceEngine::MIDISend(Ref port, Ref destination, const MIDIPacketList& list) {
+  return perform(MIDIOperation::send, port, [&] { return send(port, destination, share(list)); });
+}
+
+OSStatus MIDIServiceEngine::MIDISendEventList(Ref port, Ref destination, const MIDIEventList& list) {
+  return perform(MIDIOperation::sendEventList, port, [&] {
+    const OSStatus failure = checkProtocol(list.protocol);
+    return failure != noErr ? failure : send(port, destination, share(list));
+  });
+}
+
+OSStatus MIDIServiceEngine::MIDIReceived(Ref source, const MIDIPacketList& list) {
+  return perform(MIDIOperation::received, source, [&] { return receive(source, share(list), true); });
+}
+
+OSStatus MIDIServiceEngine::MIDIReceivedEventList(Ref source, const MIDIEventList& list) {
+  return perform(MIDIOperation::receivedEventList, source, [&] {
+    const OSStatus failure = checkProtocol(list.protocol);
+    return failure != noErr ? failure : receive(source, share(list), true);
+  });
+}
+
+OSStatus MIDIServiceEngine::sendFromEquipment(Ref source, const MIDIList& list) {
+  const std::lock_guard lock(mutex_);
+  return receive(source, share(list), false);
+}
+
+OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const MIDIList& list) {
+  const std::lock_guard lock(mutex_);
+  const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
+  if (failure != noErr || !setup_.find(destination)->isOwn) {
+    return failure != noErr ? failure : status::notPermitted;
+  }
+  routing_.deliverTo(destination, sender, share(list));
+  return noErr;
+}
+
+OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation::Queue& queue,
+                                            MIDIReader reader) {
+  MIDIRouting::Receiver former;
+  {
+    const std::lock_guard lock(mutex_);
+    const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
+    if (failure != noErr || setup_.find(destination)->isOwn) {
+      return failure != noErr ? failure : status::notPermitted;
+    }
+    former =
+        routing_.setReader(destination, std::make_shared<MIDIReceiver>(runtime_, queue, std::move(reader)));
+  }
+  engine::close(former);
+  return noErr;
+}
+
+OSStatus MIDIServiceEngine::listenAsEquipment(Ref source, karvex::foundation::Queue& queue,
+                                              MIDIReader reader) {
+  MIDIRouting::Receiver former;
+  {
+    const std::lock_guard lock(mutex_);
+    if (const OSStatus failure = checkSource(source, true); failure != noErr) {
+      return failure;
+    }
+    former = routing_.setListener(source, std::make_shared<MIDIReceiver>(runtime_, queue, std::move(reader)));
+  }
+  engine::close(former);
+  return noErr;
+}
+
+std::set<MIDIObjectRef> MIDIServiceEngine::heardSources() const {
+  const std::lock_guard lock(mutex_);
+  auto heard = routing_.connectedSources();
+  heard.merge(thru_.sources());
+  return heard;
+}
+
+OSStatus MIDIServiceEngine::tellAdded(OSStatus result, Ref endpoint) {
+  if (result == noErr) {
+    ownEndpointAdded(endpoint);
+    routesChanged();  // A persistent thru connection may have waited for it.
+  }
+  return result;
+}
+
+OSStatus MIDIServiceEngine::tellRoutes(OSStatus result) {
+  if (result == noErr) {
+    routesChanged();
+  }
+  return result;
+}
+
+void MIDIServiceEngine::MIDIThruConnectionParamsInitialize(MIDIThruConnectionParams& out) const {
+  begin(MIDIOperation::thruConnectionParamsInitialize, 0);
+  out = usualThruParameters();
+}
+
+OSStatus MIDIServiceEngine::MIDIThruConnectionCreate(const std::optional<std::string>& ownerID,
+                                                     std::span<const std::uint8_t> parameters,
+                                                     Ref& outConnection) {
+  return tellRoutes(perform(MIDIOperation::thruConnectionCreate, 0, [&] {
+    const OSStatus result = thru_.create(ownerID, parameters, outConnection);
+    if (result == noErr) {
+      clients_.notify({thruConnectionChangedMessage()});
+    }
+    return result;
+  }));
+}
+
+OSStatus MIDIServiceEngine::MIDIThruConnectionDispose(Ref connection) {
+  return tellRoutes(perform(MIDIOperation::thruConnectionDispose, connection, [&] {
+    const OSStatus result = thru_.dispose(connection);
+    if (result == noErr) {
+      clients_.notify({thruConnectionChangedMessage()});
+    }
+    return result;
+  }));
+}
+
+OSStatus MIDIServiceEngine::MIDIThruConnectionFind(const std::string& ownerID,
+                                                   std::vector<std::uint8_t>& outReferences) const {
+  return perform(MIDIOperation::thruConnectionFind, 0, [&] {
+    const auto owned = thru_.ownedBy(ownerID);
+    outReferences.resize(owned.size() * sizeof(Ref));
+    if (!owned.empty()) {
+      std::memcpy(outReferences.data(), owned.data(), outReferences.size());
+    }
+    return noErr;
+  });
+}
+
+}  // namespace midikit::io::engine

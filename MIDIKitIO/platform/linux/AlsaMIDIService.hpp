@@ -1,0 +1,15 @@
+#pragma once
+
+#include <memory>
+
+#include "MIDIKitIO/platform/MIDIService.hpp"
+#include "foundation/Runtime.hpp"
+
+namespace midikit::io {
+
+/// The MIDI service of a Linux machine, on ALSA's sequencer. Where there is no sequencer, or it may not be
+/// opened, one log line says why, and the service knows no equipment for as long as it lives; everything
+/// inside of the program works. The runtime must outlive the service.
+std::shared_ptr<MIDIService> makeAlsaMIDIService(karvex::foundation::Runtime& runtime);
+
+}  // namespace midikit::io

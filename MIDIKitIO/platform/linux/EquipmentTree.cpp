@@ -1,0 +1,216 @@
+#include "MIDIKitIO/platform/linux/EquipmentTree.hpp"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "foundation/Utf8.hpp"
+
+namespace midikit::io::alsa {
+
+using engine::MIDIObjectKind;
+
+namespace {
+
+constexpr int systemClient = 0;
+constexpr std::size_t longestText = 126;
+/// The rate of a MIDI 1.0 cable in bytes a second, which every device keeps up with.
+constexpr std::int32_t usualSysExSpeed = 3125;
+constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";  // U+FFFD
+
+/// How many bytes the first character takes; 0 if the text begins with something else.
+std::size_t firstCharacter(std::string_view text) {
+  for (std::size_t length = 1; length <= std::min<std::size_t>(4, text.size()); ++length) {
+    if (karvex::foundation::isUtf8(text.substr(0, length))) {
+      return length;
+    }
+  }
+  return 0;
+}
+
+bool isControl(std::string_view character) {
+  const auto byteAt = [character](std::size_t index) { return static_cast<unsigned char>(character[index]); };
+  return character.size() == 1 ? byteAt(0) < 0x20 || byteAt(0) == 0x7F
+                               : character.size() == 2 && byteAt(0) == 0xC2 && byteAt(1) < 0xA0;
+}
+
+/// Names for what can't tell itself apart: the second of a name is "name#2".
+class Distinct {
+ public:
+  std::string make(const std::string& wanted) {
+    std::string name = wanted;
+    for (int number = 2; !taken_.insert(name).second; ++number) {
+      name = wanted + '#' + std::to_string(number);
+    }
+    return name;
+  }
+
+ private:
+  std::set<std::string> taken_;
+};
+
+/// Unique IDs that no two of the objects share.
+class DistinctIds {
+ public:
+  std::int32_t make(std::string identity) {
+    while (!taken_.insert(uniqueIdOf(identity)).second) {
+      identity += '\'';
+    }
+    return uniqueIdOf(identity);
+  }
+
+ private:
+  std::set<std::int32_t> taken_;
+};
+
+/// A board is the same one at whatever plug and with whatever product ID, which goes with its firmware; one
+/// without a serial number is told by its plug.
+std::string identityOf(const SequencerClient& client, const CardFacts* card) {
+  if (card == nullptr) {
+    return "client:" + client.name;
+  }
+  if (!card->usb) {
+    return "card:" + card->id + ':' + client.name;
+  }
+  const auto& usb = *card->usb;
+  const auto serialNumber = usb.serialNumber ? usableSerialNumber(*usb.serialNumber) : std::nullopt;
+  return serialNumber ? "usb:" + usb.vendorId + ':' + *serialNumber
+                      : "usb:" + usb.vendorId + ':' + usb.productId + '@' + usb.path;
+}
+
+engine::DeviceDescription withoutEntities(const SequencerClient& client, const CardFacts* card) {
+  engine::DeviceDescription device{.name = readableText(client.name)};
+  auto& shared = device.sharedProperties;
+  shared.emplace(kMIDIPropertyOffline, 0);
+  shared.emplace(kMIDIPropertyDriverOwner, "ALSA");
+  shared.emplace(kMIDIPropertyMaxSysExSpeed, usualSysExSpeed);
+  if (card != nullptr && card->usb) {
+    const auto& usb = *card->usb;
+    if (usb.manufacturer) {
+      shared.emplace(kMIDIPropertyManufacturer, readableText(*usb.manufacturer));
+    }
+    shared.emplace(kMIDIPropertyModel, readableText(usb.product.value_or(client.name)));
+    if (auto serialNumber = usb.serialNumber ? usableSerialNumber(*usb.serialNumber) : std::nullopt) {
+      device.properties.emplace(serialNumberPropertyKey, *std::move(serialNumber));
+    }
+  }
+  return device;
+}
+
+DeviceRecord deviceOf(const SequencerClient& client, const CardFacts* card, std::string identity,
+                      DistinctIds& ids) {
+  DeviceRecord record{.client = client.number, .description = withoutEntities(client, card)};
+  auto& device = record.description;
+  device.properties.emplace(kMIDIPropertyUniqueID, ids.make(identity));
+  const auto idFor = [&](const std::string& what) {
+    return PropertyDictionary{{std::string(kMIDIPropertyUniqueID), ids.make(identity + what)}};
+  };
+  for (const auto& port : client.ports) {
+    const auto name = readableText(port.name);
+    const auto place = '/' + std::to_string(port.number);
+    engine::EntityDescription entity{.name = name, .properties = idFor(place)};
+    if (port.isReadable) {
+      entity.sources.push_back({.name = name, .properties = idFor(place + "/source")});
+    }
+    if (port.isWritable) {
+      entity.destinations.push_back({.name = name, .properties = idFor(place + "/destination")});
+    }
+    device.entities.push_back(std::move(entity));
+    record.ports.push_back(port.number);
+  }
+  record.identity = std::move(identity);
+  return record;
+}
+
+void addEndpoints(Equipment& equipment, const SequencerClient& client, Distinct& identities,
+                  DistinctIds& ids) {
+  for (const auto& port : client.ports) {
+    const auto identity =
+        identities.make("port:" + client.name + '/' + std::to_string(port.number) + '/' + port.name);
+    const auto add = [&](MIDIObjectKind kind, const char* direction) {
+      auto name = readableText(port.name);
+      const auto program = readableText(client.name);
+      auto displayName = name.starts_with(program) ? name : program + ' ' + name;
+      equipment.endpoints.push_back(
+          {.address = {client.number, port.number},
+           .kind = kind,
+           .description = {.name = std::move(name),
+                           .properties = {
+                               {std::string(kMIDIPropertyDisplayName), std::move(displayName)},
+                               {std::string(kMIDIPropertyUniqueID), ids.make(identity + direction)},
+                               {std::string(kMIDIPropertyOffline), 0},
+                               {std::string(kMIDIPropertyDriverOwner), "ALSA"},
+                           }}});
+    };
+    if (port.isReadable) {
+      add(MIDIObjectKind::source, "/source");
+    }
+    if (port.isWritable) {
+      add(MIDIObjectKind::destination, "/destination");
+    }
+  }
+}
+
+void keepVisiblePorts(SequencerClient& client) {
+  std::erase_if(client.ports, [](const SequencerPort& port) { return !port.isReadable && !port.isWritable; });
+  std::ranges::sort(client.ports, {}, &SequencerPort::number);
+}
+
+}  // namespace
+
+Equipment equipmentOf(std::vector<SequencerClient> clients, const std::map<int, CardFacts>& cards,
+                      int ownClient) {
+  std::ranges::sort(clients, {}, &SequencerClient::number);
+  Equipment equipment;
+  Distinct identities;
+  DistinctIds ids;
+  for (auto& client : clients) {
+    keepVisiblePorts(client);
+    if (client.number == systemClient || client.number == ownClient || client.ports.empty()) {
+      continue;
+    }
+    if (!client.isKernel || !client.card) {
+      addEndpoints(equipment, client, identities, ids);
+      continue;
+    }
+    const auto card = cards.find(*client.card);
+    const auto* facts = card != cards.end() ? &card->second : nullptr;
+    equipment.devices.push_back(deviceOf(client, facts, identities.make(identityOf(client, facts)), ids));
+  }
+  return equipment;
+}
+
+std::int32_t uniqueIdOf(std::string_view identity) {
+  std::uint32_t hash = 2166136261U;  // FNV-1a, 32 bits
+  for (const char byte : identity) {
+    hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619U;
+  }
+  return hash != 0 ? static_cast<std::int32_t>(hash) : 1;
+}
+
+std::string readableText(std::string_view raw) {
+  std::string text;
+  for (std::size_t count = 0; !raw.empty() && count < longestText; ++count) {
+    const auto length = firstCharacter(raw);
+    const auto character = raw.substr(0, std::max<std::size_t>(length, 1));
+    text += length == 0 || isControl(character) ? replacementCharacter : character;
+    raw.remove_prefix(character.size());
+  }
+  return text;
+}
+
+std::optional<std::string> usableSerialNumber(std::string_view raw) {
+  std::size_t units = 0;
+  for (auto rest = raw; !rest.empty();) {
+    const auto length = firstCharacter(rest);
+    units += length == 4 ? 2 : 1;
+    if (length == 0 || isControl(rest.substr(0, length)) || units > longestText) {
+      return std::nullopt;
+    }
+    rest.remove_prefix(length);
+  }
+  return raw.empty() ? std::nullopt : std::optional(std::string(raw));
+}
+
+}  // namespace midikit::io::alsa

@@ -1,0 +1,249 @@
+#include "MIDIKitIO/platform/linux/Sequencer.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <system_error>
+
+#include "MIDIKitIO/platform/linux/InputRoom.hpp"
+
+namespace midikit::io::alsa {
+
+namespace {
+
+constexpr const char* node = "/dev/snd/seq";
+/// In cells of 28 bytes, the most that the kernel gives a client. A piece of a system exclusive message takes
+/// eleven.
+constexpr std::size_t poolCells = 2000;
+constexpr std::size_t inputBuffer = 65536;
+constexpr int cellsForOthers = 16;
+
+constexpr unsigned readable = SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ;
+constexpr unsigned writable = SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE;
+constexpr unsigned midiPort = SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_APPLICATION;
+
+std::string textOf(int errorNumber) {
+  return std::system_category().message(errorNumber);
+}
+
+SequencerPort portOf(const snd_seq_port_info_t* info) {
+  const unsigned capabilities = snd_seq_port_info_get_capability(info);
+  const bool isHidden = (capabilities & SND_SEQ_PORT_CAP_NO_EXPORT) != 0;
+  return {.number = snd_seq_port_info_get_port(info),
+          .name = snd_seq_port_info_get_name(info),
+          .isReadable = !isHidden && (capabilities & readable) == readable,
+          .isWritable = !isHidden && (capabilities & writable) == writable};
+}
+
+std::vector<SequencerPort> portsOf(snd_seq_t* handle, int client) {
+  std::vector<SequencerPort> ports;
+  snd_seq_port_info_t* info = nullptr;
+  snd_seq_port_info_alloca(&info);
+  snd_seq_port_info_set_client(info, client);
+  snd_seq_port_info_set_port(info, -1);
+  while (snd_seq_query_next_port(handle, info) >= 0) {
+    ports.push_back(portOf(info));
+  }
+  return ports;
+}
+
+/// Everybody at the other end of a port's connections of one kind.
+std::vector<PortAddress> subscribers(snd_seq_t* handle, PortAddress port, snd_seq_query_subs_type_t kind) {
+  std::vector<PortAddress> all;
+  snd_seq_query_subscribe_t* query = nullptr;
+  snd_seq_query_subscribe_alloca(&query);
+  const snd_seq_addr_t root = {.client = static_cast<unsigned char>(port.client),
+                               .port = static_cast<unsigned char>(port.port)};
+  snd_seq_query_subscribe_set_root(query, &root);
+  snd_seq_query_subscribe_set_type(query, kind);
+  for (int index = 0;; ++index) {
+    snd_seq_query_subscribe_set_index(query, index);
+    if (snd_seq_query_port_subscribers(handle, query) < 0) {
+      return all;
+    }
+    const auto* address = snd_seq_query_subscribe_get_addr(query);
+    all.push_back({address->client, address->port});
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<Sequencer> Sequencer::open(std::string& reason) {
+  // The library would tell of a missing node on standard error, and give no reason.
+  const int probe = ::open(node, O_RDWR | O_CLOEXEC | O_NONBLOCK);
+  if (probe < 0) {
+    reason = std::string(node) + ": " + textOf(errno);
+    return nullptr;
+  }
+  ::close(probe);
+  snd_seq_t* handle = nullptr;
+  if (const int failure = snd_seq_open(&handle, "hw", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK); failure < 0) {
+    reason = std::string(node) + ": " + textOf(-failure);
+    return nullptr;
+  }
+  std::unique_ptr<Sequencer> sequencer(new Sequencer(handle));
+  if (!sequencer->setUp()) {
+    reason = std::string(node) + ": no port or queue can be made";
+    return nullptr;
+  }
+  return sequencer;
+}
+
+bool Sequencer::setUp() {
+  client_ = snd_seq_client_id(handle_);
+  snd_seq_set_client_name(handle_, "MIDIKitIO");
+  snd_seq_set_client_pool_input(handle_, poolCells);
+  snd_seq_set_client_pool_output(handle_, poolCells);
+  snd_seq_set_input_buffer_size(handle_, inputBuffer);
+  ear_ = snd_seq_create_simple_port(handle_, "listener", SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_NO_EXPORT,
+                                    midiPort);
+  mouth_ = snd_seq_create_simple_port(handle_, "speaker", SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_NO_EXPORT,
+                                      midiPort);
+  queue_ = snd_seq_alloc_named_queue(handle_, "MIDIKitIO");
+  if (client_ < 0 || ear_ < 0 || mouth_ < 0 || queue_ < 0) {
+    return false;
+  }
+  snd_seq_start_queue(handle_, queue_, nullptr);
+  snd_seq_drain_output(handle_);
+  return listen({SND_SEQ_CLIENT_SYSTEM, SND_SEQ_PORT_SYSTEM_ANNOUNCE}) >= 0;
+}
+
+Sequencer::~Sequencer() {
+  snd_seq_close(handle_);
+}
+
+int Sequencer::descriptor() const {
+  pollfd watched{};
+  snd_seq_poll_descriptors(handle_, &watched, 1, POLLIN);
+  return watched.fd;
+}
+
+std::vector<SequencerClient> Sequencer::clients() const {
+  std::vector<SequencerClient> all;
+  snd_seq_client_info_t* info = nullptr;
+  snd_seq_client_info_alloca(&info);
+  snd_seq_client_info_set_client(info, -1);
+  while (snd_seq_query_next_client(handle_, info) >= 0) {
+    const int number = snd_seq_client_info_get_client(info);
+    const int card = snd_seq_client_info_get_card(info);
+    all.push_back({.number = number,
+                   .name = snd_seq_client_info_get_name(info),
+                   .isKernel = snd_seq_client_info_get_type(info) == SND_SEQ_KERNEL_CLIENT,
+                   .card = card >= 0 ? std::optional(card) : std::nullopt,
+                   .ports = portsOf(handle_, number)});
+  }
+  return all;
+}
+
+void Sequencer::setName(const std::string& name) {
+  snd_seq_set_client_name(handle_, name.c_str());
+}
+
+std::optional<int> Sequencer::addPort(const std::string& name, Direction direction) {
+  const int port =
+      snd_seq_create_simple_port(handle_, name.c_str(), direction == Direction::source ? readable : writable,
+                                 midiPort | SND_SEQ_PORT_TYPE_SOFTWARE);
+  return port >= 0 ? std::optional(port) : std::nullopt;
+}
+
+void Sequencer::renamePort(int port, const std::string& name) {
+  snd_seq_port_info_t* info = nullptr;
+  snd_seq_port_info_alloca(&info);
+  if (snd_seq_get_port_info(handle_, port, info) >= 0) {
+    snd_seq_port_info_set_name(info, name.c_str());
+    snd_seq_set_port_info(handle_, port, info);
+  }
+}
+
+void Sequencer::removePort(int port) {
+  snd_seq_delete_simple_port(handle_, port);
+}
+
+std::vector<PortAddress> Sequencer::listeners(int port) const {
+  return subscribers(handle_, {client_, port}, SND_SEQ_QUERY_SUBS_READ);
+}
+
+std::set<PortAddress> Sequencer::heard() const {
+  std::set<PortAddress> sources;
+  for (const auto source : subscribers(handle_, ear(), SND_SEQ_QUERY_SUBS_WRITE)) {
+    if (source.client != SND_SEQ_CLIENT_SYSTEM) {
+      sources.insert(source);
+    }
+  }
+  return sources;
+}
+
+int Sequencer::listen(PortAddress source) {
+  return snd_seq_connect_from(handle_, ear_, source.client, source.port);
+}
+
+int Sequencer::stopListening(PortAddress source) {
+  return snd_seq_disconnect_from(handle_, ear_, source.client, source.port);
+}
+
+int Sequencer::prepare(PortAddress destination) {
+  const int result = snd_seq_connect_to(handle_, mouth_, destination.client, destination.port);
+  return result == -EBUSY ? 0 : result;
+}
+
+/// A long event must leave room for some short ones; one that is longer than all the room is tried all the
+/// same.
+bool Sequencer::hasRoomFor(const snd_seq_event_t& event, int client) const {
+  if (!snd_seq_ev_is_variable(&event)) {
+    return true;
+  }
+  const auto room = inputRoom(descriptor(), client);
+  const int wanted = static_cast<int>(event.data.ext.len / sizeof(event)) + 2 + cellsForOthers;
+  return !room || room->free >= std::min(wanted, room->all);
+}
+
+int Sequencer::send(snd_seq_event_t& event, PortAddress to, std::optional<int> from,
+                    std::optional<karvex::foundation::Duration> delay) {
+  using std::chrono::duration_cast;
+  using std::chrono::seconds;
+  snd_seq_ev_set_source(&event, static_cast<unsigned char>(from.value_or(mouth_)));
+  snd_seq_ev_set_dest(&event, static_cast<unsigned char>(to.client), static_cast<unsigned char>(to.port));
+  if (delay) {
+    const auto whole = duration_cast<seconds>(*delay);
+    const snd_seq_real_time_t when = {.tv_sec = static_cast<unsigned>(whole.count()),
+                                      .tv_nsec = static_cast<unsigned>((*delay - whole).count())};
+    event.flags = static_cast<unsigned char>((event.flags & SND_SEQ_EVENT_LENGTH_MASK) |
+                                             SND_SEQ_TIME_STAMP_REAL | SND_SEQ_TIME_MODE_REL);
+    event.time.time = when;
+    event.queue = static_cast<unsigned char>(queue_);
+  } else {
+    if (!hasRoomFor(event, to.client)) {
+      return -EAGAIN;
+    }
+    snd_seq_ev_set_direct(&event);
+  }
+  const std::lock_guard lock(mutex_);
+  return snd_seq_event_output_direct(handle_, &event);
+}
+
+bool Sequencer::input(std::size_t most, const std::function<void(const snd_seq_event_t*)>& sink) {
+  for (std::size_t taken = 0; taken < most; ++taken) {
+    snd_seq_event_t* event = nullptr;
+    const int result = snd_seq_event_input(handle_, &event);
+    if (result == -EAGAIN) {
+      return true;
+    }
+    if (result == -ENOSPC) {
+      sink(nullptr);
+      continue;
+    }
+    if (result < 0) {
+      return result != -ENODEV;
+    }
+    if (event != nullptr) {
+      sink(event);
+    }
+  }
+  return true;
+}
+
+}  // namespace midikit::io::alsa

@@ -1,0 +1,172 @@
+#include "MIDIKitIO/platform/linux/ThruConnectionFile.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <span>
+#include <system_error>
+
+#include "MIDIKitIO/platform/engine/ThruParameters.hpp"
+#include "foundation/Log.hpp"
+
+namespace midikit::io::alsa {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view firstLine = "karvex thru connections 1";
+constexpr std::string_view digits = "0123456789abcdef";
+
+/// More than the longest file within the limits.
+constexpr std::size_t longestFile = mostStoredConnections * 2 * (longestOwner + 256);
+
+std::string hexadecimal(std::span<const char> bytes) {
+  std::string text;
+  for (const char byte : bytes) {
+    const auto value = static_cast<unsigned char>(byte);
+    text += digits[value >> 4U];
+    text += digits[value & 0xFU];
+  }
+  return text;
+}
+
+std::optional<std::string> bytesOf(std::string_view text) {
+  std::string bytes;
+  if (text.size() % 2 != 0) {
+    return std::nullopt;
+  }
+  for (std::size_t place = 0; place < text.size(); place += 2) {
+    const auto high = digits.find(text[place]);
+    const auto low = digits.find(text[place + 1]);
+    if (high == std::string_view::npos || low == std::string_view::npos) {
+      return std::nullopt;
+    }
+    bytes += static_cast<char>(high << 4U | low);
+  }
+  return bytes;
+}
+
+std::optional<engine::ThruConnectionStore::Stored> connectionIn(std::string_view line) {
+  const auto space = line.find(' ');
+  if (space > 2 * longestOwner) {  // As is a line without a space.
+    return std::nullopt;
+  }
+  auto owner = bytesOf(line.substr(0, space));
+  const auto record = bytesOf(line.substr(space + 1));
+  if (!owner || !record) {
+    return std::nullopt;
+  }
+  const std::vector<std::uint8_t> bytes(record->begin(), record->end());
+  auto parameters = engine::readThruParameters(bytes);
+  if (!parameters) {
+    return std::nullopt;
+  }
+  return engine::ThruConnectionStore::Stored{*std::move(owner), *parameters};
+}
+
+std::string contentOf(const fs::path& file) {
+  std::error_code failure;
+  if (!fs::is_regular_file(file, failure)) {
+    return {};
+  }
+  std::ifstream stream(file, std::ios::binary);
+  std::string text(longestFile, '\0');
+  stream.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
+  return text;
+}
+
+/// 0, or the number of the error.
+int writeNewFile(const fs::path& file, std::string_view text) {
+  const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
+  if (descriptor < 0) {
+    return errno;
+  }
+  int failure = 0;
+  while (failure == 0 && !text.empty()) {
+    const auto written = ::write(descriptor, text.data(), text.size());
+    if (written >= 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      failure = errno;
+    }
+  }
+  if (failure == 0 && ::fsync(descriptor) != 0) {
+    failure = errno;
+  }
+  ::close(descriptor);
+  return failure;
+}
+
+void replaceFile(const fs::path& file, std::string_view text) {
+  std::error_code failure;
+  fs::create_directories(file.parent_path(), failure);
+  const fs::path fresh = file.string() + '.' + std::to_string(::getpid());
+  if (const int error = writeNewFile(fresh, text); error != 0) {
+    failure = std::error_code(error, std::system_category());
+  } else {
+    fs::rename(fresh, file, failure);
+  }
+  if (failure) {
+    std::error_code ignored;
+    fs::remove(fresh, ignored);
+    karvex::foundation::log::debug("MIDI thru connections are not kept: " + file.string() + ": " +
+                                   failure.message());
+  }
+}
+
+}  // namespace
+
+std::string textOfThruConnections(const StoredThruConnections& connections) {
+  std::string text = std::string(firstLine) + '\n';
+  for (const auto& connection : connections) {
+    std::string bytes(sizeof(connection.parameters), '\0');
+    std::memcpy(bytes.data(), &connection.parameters, bytes.size());
+    text += hexadecimal(connection.owner) + ' ' + hexadecimal(bytes) + '\n';
+  }
+  return text;
+}
+
+StoredThruConnections thruConnectionsIn(std::string_view text) {
+  StoredThruConnections connections;
+  bool isFirst = true;
+  while (!text.empty() && connections.size() < mostStoredConnections) {
+    const auto end = std::min(text.find('\n'), text.size());
+    const auto line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    if (isFirst && line != firstLine) {
+      return {};
+    }
+    if (auto connection = isFirst ? std::nullopt : connectionIn(line)) {
+      connections.push_back(*std::move(connection));
+    }
+    isFirst = false;
+  }
+  return connections;
+}
+
+std::optional<fs::path> thruConnectionFile(const char* stateHome, const char* home) {
+  const fs::path name = fs::path("karvex") / "thru-connections";
+  if (stateHome != nullptr && fs::path(stateHome).is_absolute()) {
+    return fs::path(stateHome) / name;
+  }
+  if (home != nullptr && fs::path(home).is_absolute()) {
+    return fs::path(home) / ".local" / "state" / name;
+  }
+  return std::nullopt;
+}
+
+std::shared_ptr<engine::ThruConnectionStore> openThruConnectionStore(const fs::path& file) {
+  return std::make_shared<engine::ThruConnectionStore>(
+      thruConnectionsIn(contentOf(file)),
+      [file](const StoredThruConnections& all) { replaceFile(file, textOfThruConnections(all)); });
+}
+
+}  // namespace midikit::io::alsa
