@@ -87,6 +87,10 @@ struct SystemRuntime::State {
 SystemRuntime::SystemRuntime() : state_(std::make_unique<State>()) {}
 
 SystemRuntime::~SystemRuntime() {
+  SystemRuntime::finish();
+}
+
+void SystemRuntime::finish() {
   state_->pool.stop();
   state_->pool.join();
 }

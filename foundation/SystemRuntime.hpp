@@ -6,8 +6,7 @@
 
 namespace karvex::foundation {
 
-/// The machine's own clock and threads. The destructor waits for the global jobs that have started and drops
-/// those that have not.
+/// The machine's own clock and threads.
 class SystemRuntime final : public Runtime {
  public:
   SystemRuntime();
@@ -22,6 +21,7 @@ class SystemRuntime final : public Runtime {
   std::shared_ptr<Gate> makeGate() override;
   void runMain() override;
   void stopMain() override;
+  void finish() override;
 
  private:
   struct State;

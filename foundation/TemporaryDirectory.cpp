@@ -20,15 +20,16 @@ void removeAll(const std::filesystem::path& path) {
   std::filesystem::remove_all(path, ignored);
 }
 
-/// The directories that there are. std::exit() destroys no object of a function that is under way, and the
-/// loader ends the program like that.
+/// The directories that there are. Neither std::exit() nor std::quick_exit() destroys an object of a function
+/// that is under way, and the loader ends the program like that.
 class Directories {
  public:
   /// Never destroyed: other threads go on while the program ends.
   static Directories& ofThisProgram() {
     static auto* const directories = new Directories;
-    static const int registered = std::atexit([] { ofThisProgram().removeThem(); });
-    static_cast<void>(registered);  // Without it, a program that ends early leaves its files.
+    static const bool isRegistered =  // Without it, a program that ends early leaves its files.
+        std::atexit(removeAtEnd) == 0 && std::at_quick_exit(removeAtEnd) == 0;
+    static_cast<void>(isRegistered);
     return *directories;
   }
 
@@ -44,6 +45,8 @@ class Directories {
   }
 
  private:
+  static void removeAtEnd() { ofThisProgram().removeThem(); }
+
   void removeThem() {
     const std::lock_guard lock(mutex_);
     for (const auto& path : paths_) {

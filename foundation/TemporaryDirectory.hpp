@@ -5,8 +5,8 @@
 namespace karvex::foundation {
 
 /// A directory below the system's temporary one (TMPDIR, else /tmp) that only this user can enter. It goes
-/// with the object, with all that it holds; also when std::exit() ends the program before the object does. A
-/// program that a signal ends leaves it behind.
+/// with the object, with all that it holds; also when std::exit() or std::quick_exit() ends the program
+/// before the object does. A program that a signal ends leaves it behind.
 class TemporaryDirectory {
  public:
   /// Throws std::system_error.

@@ -27,12 +27,18 @@ VirtualRuntime::VirtualRuntime() {
 }
 
 VirtualRuntime::~VirtualRuntime() {
+  VirtualRuntime::finish();
+}
+
+void VirtualRuntime::finish() {
   // What is dropped dies behind the lock: a destructor in a job may well post.
   Ready dropped;
   Ready droppedFromMain;
   std::vector<Delivery> droppedDeliveries;
   Lock lock(mutex_);
-  isEnding_ = true;
+  if (std::exchange(isEnding_, true)) {
+    return;
+  }
   dropped.swap(globalReady_);
   droppedFromMain.swap(mainReady_);
   std::erase_if(timed_, [&droppedDeliveries](auto& entry) {

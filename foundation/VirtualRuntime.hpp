@@ -38,6 +38,7 @@ class VirtualRuntime final : public Runtime {
   std::shared_ptr<Gate> makeGate() override;
   void runMain() override;
   void stopMain() override;
+  void finish() override;
 
  private:
   /// When something is due, and the number of its request among all requests.

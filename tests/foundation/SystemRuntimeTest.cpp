@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <thread>
 
@@ -99,6 +100,26 @@ TEST(SystemRuntimeTest, ASerialQueueKeepsOrderUnderManyPosters) {
     thread.join();
   }
   EXPECT_EQ(ran, posters * each);
+}
+
+TEST(SystemRuntimeTest, BehindItsFinishNoGlobalJobRuns) {
+  SystemRuntime runtime;
+  std::promise<void> started;
+  bool hasEnded = false;
+  bool neverRan = true;
+  runtime.globalQueue().post([&] {
+    started.set_value();
+    runtime.clock().sleepFor(50ms);
+    hasEnded = true;
+    runtime.globalQueue().post([&] { neverRan = false; });
+  });
+  runtime.globalQueue().postAt(runtime.clock().now() + 80ms, [&] { neverRan = false; });
+  started.get_future().wait();
+  runtime.finish();
+  EXPECT_TRUE(hasEnded);
+  runtime.globalQueue().post([&] { neverRan = false; });
+  runtime.clock().sleepFor(100ms);
+  EXPECT_TRUE(neverRan);
 }
 
 }  // namespace

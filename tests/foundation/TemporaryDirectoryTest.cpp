@@ -44,13 +44,15 @@ TEST_F(TemporaryDirectoryTest, IsPrivateAndGoesWithTheObject) {
 }
 
 TEST_F(TemporaryDirectoryTest, GoesWithAProgramThatExitsBeforeTheObjectGoes) {
-  const auto exitInBetween = [] {
+  const auto endInBetween = [](void (*end)(int)) {
     const TemporaryDirectory directory;
     fill(directory.path());
-    std::exit(7);
+    end(7);
   };
-  EXPECT_EXIT(exitInBetween(), testing::ExitedWithCode(7), "");
-  EXPECT_TRUE(fs::is_empty(place));
+  for (auto* const end : {std::exit, std::quick_exit}) {
+    EXPECT_EXIT(endInBetween(end), testing::ExitedWithCode(7), "");
+    EXPECT_TRUE(fs::is_empty(place));
+  }
 }
 
 }  // namespace
