@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <utility>
 
+#include "ui/EndSignals.hpp"
 #include "ui/Observation.hpp"
 #include "upgrade/LoadProgress.hpp"
 
@@ -28,6 +29,8 @@ WindowProgram::~WindowProgram() {
 }
 
 void WindowProgram::run() {
+  const ui::EndSignals endSignals(
+      [this] { QMetaObject::invokeMethod(&toolkit_, [this] { closeByOrder(); }, Qt::QueuedConnection); });
   window_->show();
   core_->shown();
   QApplication::exec();
@@ -35,7 +38,7 @@ void WindowProgram::run() {
 
 /// The core's thread, from its begin to its end.
 void WindowProgram::runCore(const MakeCore& makeCore) {
-  std::unique_ptr<WindowCore> core;
+  std::unique_ptr<ApplicationCore> core;
   try {
     core = makeCore();
   } catch (...) {
@@ -53,12 +56,14 @@ void WindowProgram::runCore(const MakeCore& makeCore) {
   isOver_.get_future().wait();
 }
 
-/// Asks on the main queue, behind every click that is on its way there.
+void WindowProgram::closeByOrder() {
+  leaving_ = ui::Actions::Leaving::byOrder;
+  window_->close();
+}
+
 void WindowProgram::closeUnlessRunning() {
-  core_->runtime().mainQueue().post([this] {
-    if (ui::qt::mayClose(ui::snapshotOf(core_->view()))) {
-      QMetaObject::invokeMethod(&toolkit_, [this] { window_->closeForGood(); }, Qt::QueuedConnection);
-    }
+  core_->actions().leave(leaving_, [this] {
+    QMetaObject::invokeMethod(&toolkit_, [this] { window_->closeForGood(); }, Qt::QueuedConnection);
   });
 }
 

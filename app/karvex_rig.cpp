@@ -121,8 +121,8 @@ std::optional<std::string> addBoardFault(std::string_view text, app::Application
            "2:vanishes=5.";
   }
   const auto fault = text.substr(colon + 1);
-  if (fault == "port-busy") {
-    options.occupied.insert(board - 1);
+  if (fault == "port-busy" || fault == "port-snatched") {
+    (fault == "port-busy" ? options.occupied : options.snatched).insert(board - 1);
     return std::nullopt;
   }
   return rig::addFault(fault, options.boardFaults[board - 1]);
@@ -149,7 +149,9 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
   command.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
   command.footer(
       "Faults of a board:\n" + rig::describeFaults() +
-      "  port-busy              another program holds its serial port\n\nFaults of the service:\n" +
+      "  port-busy              another program holds its serial port\n"
+      "  port-snatched          another program takes its serial port as soon as it has been found free\n"
+      "\nFaults of the service:\n" +
       rig::describeServiceFaults() +
       "\nExit status: 0 all devices of the run were upgraded, 2 wrong use, 3 not all were.");
 }

@@ -19,7 +19,9 @@ struct NamedFault {
   void (*apply)(Faults& faults, std::uint32_t value);
 };
 
-constexpr std::array<NamedFault, 8> namedFaults = {{
+constexpr std::array<NamedFault, 9> namedFaults = {{
+    {"in-halfkay", "", 0, "is in its bootloader from the start, where an earlier try left it",
+     [](Faults& faults, std::uint32_t) { faults.startsInHalfKay = true; }},
     {"never-enters-halfkay", "", 0, "ignores the request to enter its bootloader",
      [](Faults& faults, std::uint32_t) { faults.neverEntersHalfKay = true; }},
     {"enters-late", "MS", 12'000, "reaches its bootloader only after this time",

@@ -10,6 +10,7 @@ namespace karvex::rig {
 
 /// What is wrong with one board. By default nothing is.
 struct Faults {
+  bool startsInHalfKay = false;
   bool neverEntersHalfKay = false;
   std::optional<std::chrono::milliseconds> entersHalfKayAfter;
   std::optional<std::chrono::milliseconds> refusesReportsFor;

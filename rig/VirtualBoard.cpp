@@ -43,6 +43,8 @@ VirtualBoard::VirtualBoard(const BoardKind& kind, std::string serialNumber, Faul
     : kind_(kind),
       serialNumber_(std::move(serialNumber)),
       faults_(faults),
+      state_(faults.startsInHalfKay ? BoardState::halfKay : BoardState::running),
+      session_(faults.startsInHalfKay ? 1 : 0),
       flash_(kind.flashSize, erasedByte) {}
 
 void VirtualBoard::advanceTo(TimePoint now) {

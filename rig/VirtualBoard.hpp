@@ -112,9 +112,9 @@ class VirtualBoard {
   EventListener eventListener_;
   ReportListener reportListener_;
 
-  BoardState state_ = BoardState::running;
+  BoardState state_;
   std::optional<Change> pending_;
-  std::uint32_t session_ = 0;
+  std::uint32_t session_;
 
   std::vector<std::uint8_t> flash_;
   std::optional<TimePoint> firstOfferAt_;

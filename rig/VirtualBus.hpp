@@ -25,8 +25,9 @@ class VirtualBus final : public device::UsbBus, public device::SerialInterfaces 
   /// The clock must outlive the bus.
   explicit VirtualBus(foundation::Clock& clock) : clock_(clock) {}
 
-  /// Plugs a board in, running its firmware. The reference stays good for the life of the bus, but what it
-  /// refers to is to be read only while nothing else uses the bus, or inside inspect().
+  /// Plugs a board in, running its firmware unless its faults say otherwise. The reference stays good for the
+  /// life of the bus, but what it refers to is to be read only while nothing else uses the bus, or inside
+  /// inspect().
   VirtualBoard& plugIn(std::unique_ptr<VirtualBoard> board);
 
   /// Calls `look` with the board of that serial number, brought up to the present. False if there is none.

@@ -23,6 +23,7 @@ class VirtualTerminals::Node final : public device::TerminalNode {
     if (!staysOpen_) {
       const std::lock_guard lock(terminals_.mutex_);
       terminals_.ours_.erase(port_);
+      terminals_.occupants_.insert(terminals_.waiting_.extract(port_.serialNumber));
     }
   }
   Node(const Node&) = delete;
@@ -73,6 +74,11 @@ void VirtualTerminals::occupy(const std::string& serialNumber, const std::string
 void VirtualTerminals::vacate(const std::string& serialNumber) {
   const std::lock_guard lock(mutex_);
   occupants_.erase(serialNumber);
+}
+
+void VirtualTerminals::occupyBehindUse(const std::string& serialNumber, const std::string& program) {
+  const std::lock_guard lock(mutex_);
+  waiting_[serialNumber] = program;
 }
 
 std::optional<VirtualTerminals::Port> VirtualTerminals::presentPort(const std::string& serialNumber) {

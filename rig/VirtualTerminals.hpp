@@ -28,6 +28,9 @@ class VirtualTerminals final : public device::TerminalNodes {
   /// back: it can't be opened until vacate(). A node that is open already isn't touched.
   void occupy(const std::string& serialNumber, const std::string& program);
   void vacate(const std::string& serialNumber);
+  /// The same, but the other program comes only when a node to the port has been opened and closed here, as
+  /// one does that looks for a port again and again.
+  void occupyBehindUse(const std::string& serialNumber, const std::string& program);
 
  private:
   class Node;
@@ -46,6 +49,7 @@ class VirtualTerminals final : public device::TerminalNodes {
   std::mutex mutex_;  ///< never held while the bus is asked
   std::set<Port> ours_;
   std::map<std::string, std::string> occupants_;  ///< other programs, by serial number
+  std::map<std::string, std::string> waiting_;    ///< those that come when the port has been used
 };
 
 }  // namespace karvex::rig

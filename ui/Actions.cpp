@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "ui/ContentView.hpp"
+#include "ui/Observation.hpp"
 
 namespace karvex::ui {
 
@@ -58,6 +59,15 @@ void Actions::sendReport() {
 
 void Actions::closeSheet() {
   post([](ContentView& view) { view.showDeviceExplorer.set(false); });
+}
+
+void Actions::leave(Leaving leaving, std::function<void()> leave) {
+  post([leaving, leave = std::move(leave)](ContentView& view) {
+    const auto snapshot = snapshotOf(view);
+    if (leaving == Leaving::byUser ? mayClose(snapshot) : !isBusy(snapshot)) {
+      leave();
+    }
+  });
 }
 
 }  // namespace karvex::ui

@@ -56,4 +56,17 @@ struct Snapshot {
   bool operator==(const Snapshot&) const = default;
 };
 
+/// An upgrade is under way, up to the service's word that it knows of it. Who ends the program now leaves
+/// equipment half programmed, or its upgrade untold.
+inline bool isBusy(const Snapshot& snapshot) {
+  return snapshot.isRunning || snapshot.isReporting;
+}
+
+/// The user's wish to leave can be followed: nothing is under way, and no failure that came meanwhile would
+/// go unseen.
+inline bool mayClose(const Snapshot& snapshot) {
+  const bool tellsOfFailure = snapshot.alert && snapshot.alert->alert != upgrade::Alert::procedureComplete;
+  return !isBusy(snapshot) && !tellsOfFailure;
+}
+
 }  // namespace karvex::ui

@@ -31,6 +31,10 @@ inline constexpr std::array<std::string_view, 5> sheet{
 };
 inline constexpr std::string_view sendButton = "Click Me";
 
+/// Why a front that is to be closed stays.
+inline constexpr std::string_view closingHeldBack =
+    "An upgrade is running. Karvex closes when it is over: equipment must not be left half programmed.";
+
 /// The button of every alert.
 inline constexpr std::string_view okButton = "OK";
 

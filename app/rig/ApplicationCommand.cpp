@@ -15,6 +15,7 @@
 #include "app/rig/WindowCommand.hpp"
 #include "foundation/Log.hpp"
 #include "ui/Actions.hpp"
+#include "ui/EndSignals.hpp"
 #include "ui/KarvexApp.hpp"
 #include "ui/console/LineFront.hpp"
 #include "ui/console/TerminalFront.hpp"
@@ -29,7 +30,10 @@ class RigApplication {
   RigApplication(const CommonOptions& common, const ApplicationOptions& options)
       : options_(options),
         runtime_(makeRuntime(common)),
-        plan_{.boards = options.boards, .faults = options.boardFaults, .occupied = options.occupied},
+        plan_{.boards = options.boards,
+              .faults = options.boardFaults,
+              .occupied = options.occupied,
+              .snatched = options.snatched},
         rig_(*runtime_, plan_, options.serviceFaults),
         app_(rig_.platform()),
         view_(rig_.platform(), app_),
@@ -38,13 +42,13 @@ class RigApplication {
     if (common.realTime && ui::console::TerminalMode::isPossible()) {
       showOnTerminal(common);
     } else {
-      lineFront_.emplace(view_, actions_,
-                         ui::console::LineFront::Options{.answersAlerts = options.answersAlerts,
-                                                         .write = [](auto line) { say(std::string(line)); }});
+      writeLines(options);
     }
   }
 
   ~RigApplication() {
+    runtime_->finish();
+    endSignals_.reset();
     terminalFront_.reset();
     foundation::log::redirectSystem(nullptr);
     foundation::log::redirectPrint(nullptr);
@@ -68,14 +72,24 @@ class RigApplication {
   }
 
  private:
+  void writeLines(const ApplicationOptions& options) {
+    lineFront_.emplace(view_, actions_,
+                       ui::console::LineFront::Options{.answersAlerts = options.answersAlerts,
+                                                       .write = [](auto line) { say(std::string(line)); }});
+    endSignals_.emplace([this] {
+      runtime_->mainQueue().post([this] { lineFront_->quitWhenIdle([this] { runtime_->stopMain(); }); });
+    });
+  }
+
   /// The page has the terminal for itself; what would be printed shows in its last line.
   void showOnTerminal(const CommonOptions& common) {
+    const bool wouldShowLog = isatty(STDERR_FILENO) != 0 || common.showLog;  // Asked ahead of the page.
     terminalFront_ =
         std::make_unique<ui::console::TerminalFront>(view_, actions_, [this] { runtime_->stopMain(); });
     const auto notice = [this](std::string_view text) { terminalFront_->notice(text); };
     foundation::log::redirectPrint(notice);
     foundation::log::redirectDebug(notice);
-    if (isatty(STDERR_FILENO) != 0 || common.showLog) {
+    if (wouldShowLog) {
       foundation::log::redirectSystem(notice);
     }
   }
@@ -89,6 +103,7 @@ class RigApplication {
   ui::Actions actions_;
   RunRecorder recorder_;
   std::optional<ui::console::LineFront> lineFront_;
+  std::optional<ui::EndSignals> endSignals_;  // For the line front; the terminal's has its own.
   std::unique_ptr<ui::console::TerminalFront> terminalFront_;
   std::optional<ScriptedUser> user_;
 };

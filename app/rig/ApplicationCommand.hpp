@@ -17,6 +17,7 @@ struct ApplicationOptions {
   std::optional<std::size_t> upgradeFrom;          ///< the row to begin with, counted from 1
   std::map<std::size_t, rig::Faults> boardFaults;  ///< by place, counted from 0
   std::set<std::size_t> occupied;                  ///< places of boards whose port another program holds
+  std::set<std::size_t> snatched;  ///< of those whose port it takes when it has been used once
   rig::ServiceFaults serviceFaults;
   bool answersAlerts = false;
   bool isInWindow = false;  ///< in a window, in real time; otherwise on the terminal or in plain lines

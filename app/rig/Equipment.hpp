@@ -35,6 +35,7 @@ struct EquipmentPlan {
   std::size_t attachedUnlisted = 0;           ///< attached behind those, and not listed
   std::map<std::size_t, rig::Faults> faults;  ///< of the boards at those places
   std::set<std::size_t> occupied;             ///< places of boards whose serial port another program holds
+  std::set<std::size_t> snatched;             ///< of those whose port it takes when it has been used once
 };
 
 /// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn.

@@ -3,7 +3,7 @@
 #include <memory>
 #include <optional>
 
-#include "app/WindowProgram.hpp"
+#include "app/ApplicationCore.hpp"
 #include "app/rig/ApplicationCommand.hpp"
 #include "app/rig/RigPlatform.hpp"
 #include "app/rig/RunRecorder.hpp"
@@ -14,11 +14,11 @@ namespace karvex::app {
 
 /// The application's objects on the rig, for a window. With `upgradeFrom`, a scripted user runs to the end
 /// and stops the core.
-class RigCore final : public WindowCore {
+class RigCore final : public ApplicationCore {
  public:
   /// What happened is left in `record` at the end; it must outlive this object, as must the options.
   RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record);
-  ~RigCore() override { record_ = recorder_.record(); }
+  ~RigCore() override;
   RigCore(const RigCore&) = delete;
   RigCore& operator=(const RigCore&) = delete;
 

@@ -20,6 +20,9 @@ RigPlatform::RigPlatform(foundation::Runtime& rigRuntime, const EquipmentPlan& p
   for (const auto place : plan.occupied) {
     terminals.occupy(serialNumberOf(place), "another program");
   }
+  for (const auto place : plan.snatched) {
+    terminals.occupyBehindUse(serialNumberOf(place), "another program");
+  }
   service.setDevices(servedDevices(plan, service.baseAddress()));
   service.setFaults(std::move(faults));
   loader::install_host(loaderHostOn(runtime));

@@ -40,7 +40,7 @@ void ScriptedUser::look() {
 
 void ScriptedUser::begin() {
   const auto rows = view_.deviceListView.deviceManager.managedDevices.get();
-  if (plan_.firstRow < rows.size()) {
+  if (plan_.firstRow < rows.size() && !ui::snapshotOf(view_).alert) {
     view_.deviceListView.select(rows[plan_.firstRow].id);
     view_.uploadClicked();
     hasRun_ = view_.loadingViewModel.loadingInProgress.get();

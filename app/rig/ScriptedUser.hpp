@@ -24,7 +24,8 @@ class ScriptedUser {
   /// `done` is called once. All must outlive this object.
   ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, Plan plan, std::function<void()> done);
 
-  /// False as long as the run could not be begun: no such row, or a device that can't be upgraded.
+  /// False as long as the run could not be begun: no such row, a device that can't be upgraded, or an alert
+  /// that is up.
   bool hasBegun() const { return step_ == Step::running || hasRun_; }
 
  private:

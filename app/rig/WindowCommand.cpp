@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <memory>
 
+#include "app/WindowProgram.hpp"
 #include "app/rig/RigCore.hpp"
 
 namespace karvex::app {

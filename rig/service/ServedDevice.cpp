@@ -78,6 +78,9 @@ std::string spoilList(const std::string& list, const ServiceFault& fault) {
     case Misbehaviour::outOfRange:
       last["setupDelay"] = fault.number;
       break;
+    case Misbehaviour::unknownMcu:
+      last["mcu"] = fault.text;
+      break;
     default:
       return list;
   }

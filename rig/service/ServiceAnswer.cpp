@@ -62,6 +62,7 @@ ServiceAnswer spoilAnswer(ServiceAnswer answer, const ServiceFault& fault) {
     case Misbehaviour::nullValue:
     case Misbehaviour::wrongType:
     case Misbehaviour::outOfRange:
+    case Misbehaviour::unknownMcu:
       answer.body = spoilList(answer.body, fault);
       break;
   }

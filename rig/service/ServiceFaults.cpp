@@ -28,7 +28,7 @@ struct NamedFault {
   std::string_view effect;
 };
 
-constexpr std::array<NamedFault, 14> namedFaults = {{
+constexpr std::array<NamedFault, 15> namedFaults = {{
     {"slow", Misbehaviour::slow, Reach::anywhere, "MS", "5000", "answers only after this time"},
     {"silent", Misbehaviour::silent, Reach::anywhere, "", "", "takes the request and never answers"},
     {"cut-off", Misbehaviour::cutOff, Reach::anywhere, "", "", "breaks off in the middle of the body"},
@@ -46,6 +46,8 @@ constexpr std::array<NamedFault, 14> namedFaults = {{
      "gives a value of another type for this key of the last device"},
     {"out-of-range", Misbehaviour::outOfRange, Reach::listOnly, "NUMBER", "4294967296",
      "gives this setupDelay for the last device"},
+    {"unknown-mcu", Misbehaviour::unknownMcu, Reach::listOnly, "NAME", "TEENSY99",
+     "gives this mcu for the last device"},
     {"endless", Misbehaviour::endless, Reach::anywhere, "", "", "begins an answer and never ends it"},
     {"redirect-elsewhere", Misbehaviour::redirectElsewhere, Reach::anywhere, "URL", "file:///etc/passwd",
      "answers 302 with this URL"},

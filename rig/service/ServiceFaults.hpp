@@ -24,6 +24,7 @@ enum class Misbehaviour : std::uint8_t {
   nullValue,
   wrongType,
   outOfRange,
+  unknownMcu,
   endless,
   redirectElsewhere,
   emptyList,

@@ -39,7 +39,7 @@ TEST(FaultsTest, TheHelpNamesEachFaultThatIsUnderstood) {
     EXPECT_EQ(addFault(name, faults), std::nullopt) << name;
     ++names;
   }
-  EXPECT_EQ(names, 8U);
+  EXPECT_EQ(names, 9U);
 }
 
 }  // namespace

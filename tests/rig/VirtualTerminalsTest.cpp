@@ -103,6 +103,18 @@ TEST_F(VirtualTerminalsTest, AnotherProgramThatComesAndGoesTakesNothingFromAnOpe
   EXPECT_EQ(refusalOf(port), inUseBy("minicom")) << "our close is not the other's";
 }
 
+TEST_F(VirtualTerminalsTest, AProgramThatWaitsForThePortGetsItBehindItsFirstUse) {
+  terminals.occupyBehindUse("1234", "minicom");
+  EXPECT_EQ(refusalOf("/dev/cu.usbmodem99991"), absent);
+  auto node = openNode();
+  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
+  node.reset();
+  EXPECT_EQ(refusalOf(port), inUseBy("minicom"));
+  terminals.vacate("1234");
+  EXPECT_EQ(refusalOf(port), std::nullopt);
+  EXPECT_EQ(refusalOf(port), std::nullopt) << "it comes once";
+}
+
 TEST_F(VirtualTerminalsTest, TheBoardSeesTheLineSpeedAndNothingElse) {
   auto node = openNode();
   EXPECT_EQ(node->write(std::vector<std::uint8_t>(3)), 3);

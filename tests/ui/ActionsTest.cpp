@@ -101,5 +101,32 @@ TEST_F(ActionsTest, WhileAnAlertIsUpOnlyItsOkDoesAnything) {
   }
 }
 
+TEST_F(ActionsTest, LeavingWaitsForWhatMustNotBeLeft) {
+  using enum Actions::Leaving;
+  const auto mayLeave = [&](Actions::Leaving leaving) {
+    bool hasLeft = false;
+    actions.leave(leaving, [&hasLeft] { hasLeft = true; });
+    runFor(1ms);
+    return hasLeft;
+  };
+  EXPECT_TRUE(mayLeave(byUser) && mayLeave(byOrder));
+  for (const auto alert : upgrade::alertsInOrder) {
+    auto& flag = view.deviceListView.*upgrade::DeviceListView::flagOf(alert);
+    flag.set(true);
+    EXPECT_EQ(mayLeave(byUser), alert == Alert::procedureComplete) << "a failure is to be seen";
+    EXPECT_TRUE(mayLeave(byOrder));
+    flag.set(false);
+  }
+  view.deviceListView.reportsUnderWay.set(1);
+  EXPECT_FALSE(mayLeave(byUser) || mayLeave(byOrder));
+  view.deviceListView.reportsUnderWay.set(0);
+  actions.select(rows()[0].id);
+  actions.upload();
+  EXPECT_FALSE(mayLeave(byUser)) << "the click was first";
+  EXPECT_FALSE(mayLeave(byOrder));
+  runFor(60s);
+  EXPECT_TRUE(mayLeave(byUser));
+}
+
 }  // namespace
 }  // namespace karvex::ui

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "ui/Texts.hpp"
 #include "ui/console/Changes.hpp"
 
 namespace karvex::ui::console {
@@ -22,6 +23,21 @@ void LineFront::look() {
   last_ = std::move(snapshot);
   if (isNewAlert && options_.answersAlerts) {
     actions_.confirm(last_.alert->alert);
+  }
+  quitIfIdle();
+}
+
+void LineFront::quitWhenIdle(std::function<void()> quit) {
+  quit_ = std::move(quit);
+  if (isBusy(last_)) {
+    options_.write(texts::closingHeldBack);
+  }
+  quitIfIdle();
+}
+
+void LineFront::quitIfIdle() {
+  if (quit_ && !isBusy(last_)) {
+    std::exchange(quit_, nullptr)();
   }
 }
 

@@ -21,13 +21,18 @@ class LineFront {
   /// Both must outlive the front.
   LineFront(ContentView& view, Actions& actions, Options options);
 
+  /// Calls `quit` when nothing is under way, at once or later; says why if it is to be later.
+  void quitWhenIdle(std::function<void()> quit);
+
  private:
   void look();
+  void quitIfIdle();
 
   ContentView& view_;
   Actions& actions_;
   Options options_;
   Snapshot last_;
+  std::function<void()> quit_;  // Set as long as somebody waits for it.
   std::vector<foundation::Subscription> subscriptions_;
 };
 

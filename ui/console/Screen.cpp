@@ -93,22 +93,31 @@ void keepAroundSelected(std::vector<StyledLine>& lines, std::size_t most) {
   lines = std::vector<StyledLine>(begin, begin + static_cast<std::ptrdiff_t>(most));
 }
 
-void addMessage(std::vector<StyledLine>& page, std::string_view message) {
+/// What went wrong, and with what, must not be cut off.
+void addWrapped(std::vector<StyledLine>& page, std::string_view text, std::string_view indent,
+                std::size_t columns) {
+  const auto room = columns > indent.size() ? columns - indent.size() : 1;
+  for (const auto& line : wrapped(printable(text), room)) {
+    page.push_back(plainLine(std::string(indent) + line));
+  }
+}
+
+void addMessage(std::vector<StyledLine>& page, std::string_view message, std::size_t columns) {
   while (!message.empty()) {
     const auto end = std::min(message.find('\n'), message.size());
-    page.push_back(plainLine("  " + printable(message.substr(0, end))));
+    addWrapped(page, message.substr(0, end), "  ", columns);
     message.remove_prefix(std::min(end + 1, message.size()));
   }
 }
 
-void addAlert(std::vector<StyledLine>& page, const AlertText& alert) {
+void addAlert(std::vector<StyledLine>& page, const AlertText& alert, std::size_t columns) {
   page.push_back({{{"! " + alert.title, Tone::red, true}}});
-  addMessage(page, alert.message);
-  page.push_back(plainLine("  Enter: OK", true));
+  addMessage(page, alert.message, columns);
+  page.push_back(plainLine(fmt::format("  Enter: {}", texts::okButton), true));
 }
 
 void addSheet(std::vector<StyledLine>& page, const Snapshot& snapshot) {
-  page.push_back(plainLine("Sync your current equipment information", true));
+  page.push_back(plainLine(std::string(texts::syncHelp), true));
   for (const auto& line : texts::sheet) {
     page.push_back(plainLine("  " + std::string(line)));
   }
@@ -119,7 +128,7 @@ void addSheet(std::vector<StyledLine>& page, const Snapshot& snapshot) {
 
 std::string keysOf(const Snapshot& snapshot) {
   std::string keys = snapshot.isRunning ? "" : "up/down: select  ";
-  keys += snapshot.canUpload ? "u: Upload Firmware  " : "";
+  keys += snapshot.canUpload ? fmt::format("u: {}  ", texts::uploadButton) : "";
   keys += snapshot.canAct ? "r: refresh  s: sync  " : "";
   return keys + "q: quit";
 }
@@ -132,17 +141,17 @@ std::vector<StyledLine> headLines(const Snapshot& snapshot) {
           titleLine(widthsOf(snapshot))};
 }
 
-std::vector<StyledLine> tailLines(const Snapshot& snapshot, const std::string& notice) {
+std::vector<StyledLine> tailLines(const Snapshot& snapshot, const std::string& notice, std::size_t columns) {
   std::vector<StyledLine> lines(1);
   if (snapshot.alert) {
-    addAlert(lines, *snapshot.alert);
+    addAlert(lines, *snapshot.alert, columns);
   } else if (snapshot.showsDeviceExplorer) {
     addSheet(lines, snapshot);
   } else {
     lines.push_back(plainLine(keysOf(snapshot)));
   }
   if (!notice.empty()) {
-    lines.push_back(plainLine(printable(notice)));
+    addWrapped(lines, notice, "", columns);
   }
   return lines;
 }
@@ -169,7 +178,7 @@ std::string progressBar(const upgrade::LoadProgress& progress, std::size_t colum
 std::vector<StyledLine> pageOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress,
                                const std::string& notice, PageSize size) {
   std::vector<StyledLine> page = headLines(snapshot);
-  const auto tail = tailLines(snapshot, notice);
+  const auto tail = tailLines(snapshot, notice, size.columns);
   auto rows = rowLines(snapshot, progress);
   const auto others = page.size() + tail.size();
   keepAroundSelected(rows, size.lines > others ? size.lines - others : 1);

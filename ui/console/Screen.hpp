@@ -18,11 +18,14 @@ std::string progressBar(const upgrade::LoadProgress& progress, std::size_t colum
 struct PageSize {
   std::size_t columns;
   std::size_t lines;
+
+  bool operator==(const PageSize&) const = default;
 };
 
 /// The whole page: the table with the mark of the selected row, what the keys do, and what is up: an alert or
-/// the sheet of the equipment report. `notice` is one line at the bottom. Never larger than `size`: lines are
-/// cut, rows far from the selected one are left out, and what still doesn't fit is the page's beginning.
+/// the sheet of the equipment report. `notice` stands at the bottom. Never larger than `size`: the alert's
+/// message and the notice are wrapped, other lines are cut, rows far from the selected one are left out, and
+/// what still doesn't fit is the page's beginning.
 std::vector<StyledLine> pageOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress,
                                const std::string& notice, PageSize size);
 

@@ -1,15 +1,15 @@
 #include "ui/console/StyledText.hpp"
 
+#include <algorithm>
+#include <array>
+
 #include "foundation/Utf8.hpp"
+#include "ui/console/CharacterWidth.hpp"
 
 namespace karvex::ui::console {
 namespace {
 
 constexpr std::string_view replacement = "\xEF\xBF\xBD";  // U+FFFD
-
-bool isContinuation(char byte) {
-  return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
 
 /// The length in bytes that a character with this first byte has.
 std::size_t lengthBehind(unsigned char first) {
@@ -19,11 +19,35 @@ std::size_t lengthBehind(unsigned char first) {
   return first < 0xE0 ? 2 : (first < 0xF0 ? 3 : 4);
 }
 
-/// The control characters C0, DEL and C1 (ECMA-48, 8.1), the last in their two-byte form.
-bool isControl(std::string_view character) {
-  const auto first = static_cast<unsigned char>(character.front());
-  return first < 0x20 || first == 0x7F ||
-         (first == 0xC2 && character.size() > 1 && static_cast<unsigned char>(character[1]) < 0xA0);
+/// The bytes of the first character; of text that is no UTF-8, what its first byte claims, as far as it is
+/// there.
+std::string_view firstCharacter(std::string_view text) {
+  return text.substr(0, lengthBehind(static_cast<unsigned char>(text.front())));
+}
+
+/// The character that its bytes, which are UTF-8, stand for.
+char32_t characterIn(std::string_view bytes) {
+  constexpr std::array<unsigned, 5> bitsOfFirst{0, 0x7F, 0x1F, 0x0F, 0x07};
+  char32_t character = static_cast<unsigned char>(bytes.front()) & bitsOfFirst.at(bytes.size());
+  for (const char byte : bytes.substr(1)) {
+    character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return character;
+}
+
+/// The longest beginning that takes no more columns; half a wide character doesn't fit.
+std::string_view beginningOf(std::string_view utf8, std::size_t columns) {
+  std::size_t end = 0;
+  std::size_t taken = 0;
+  while (end < utf8.size()) {
+    const auto bytes = firstCharacter(utf8.substr(end));
+    taken += widthOf(characterIn(bytes));
+    if (taken > columns) {
+      break;
+    }
+    end += bytes.size();
+  }
+  return utf8.substr(0, end);
 }
 
 /// SGR numbers of the colours; those of the terminal's own palette suit its ground.
@@ -56,23 +80,24 @@ std::string StyledLine::plainText() const {
 std::string printable(std::string_view text) {
   std::string result;
   while (!text.empty()) {
-    const auto length = std::min(lengthBehind(static_cast<unsigned char>(text.front())), text.size());
-    const auto character = text.substr(0, length);
-    if (!foundation::isUtf8(character)) {
+    const auto bytes = firstCharacter(text);
+    if (!foundation::isUtf8(bytes)) {
       result += replacement;
       text.remove_prefix(1);
       continue;
     }
-    result += isControl(character) ? replacement : character;
-    text.remove_prefix(length);
+    result += isUnsafeInLine(characterIn(bytes)) ? replacement : bytes;
+    text.remove_prefix(bytes.size());
   }
   return result;
 }
 
 std::size_t columnsOf(std::string_view utf8) {
   std::size_t columns = 0;
-  for (const char byte : utf8) {
-    columns += isContinuation(byte) ? 0U : 1U;
+  while (!utf8.empty()) {
+    const auto bytes = firstCharacter(utf8);
+    columns += widthOf(characterIn(bytes));
+    utf8.remove_prefix(bytes.size());
   }
   return columns;
 }
@@ -85,11 +110,29 @@ std::string fitted(std::string_view utf8, std::size_t columns) {
   if (columns == 0) {
     return {};
   }
-  std::size_t end = 0;
-  for (std::size_t kept = 0; kept + 1 < columns; ++kept) {
-    end += lengthBehind(static_cast<unsigned char>(utf8[end]));
+  const auto kept = beginningOf(utf8, columns - 1);
+  return std::string(kept) + "…" + std::string(columns - 1 - columnsOf(kept), ' ');
+}
+
+std::vector<std::string> wrapped(std::string_view utf8, std::size_t columns) {
+  std::vector<std::string> lines;
+  while (columnsOf(utf8) > columns) {
+    auto line = beginningOf(utf8, columns);
+    if (line.empty()) {
+      line = firstCharacter(utf8);  // Wider than a line.
+    }
+    const auto blank = utf8.substr(0, line.size() + 1).rfind(' ');
+    if (blank != std::string_view::npos && line.find_first_not_of(' ') < blank) {
+      line = line.substr(0, blank);
+    }
+    lines.emplace_back(line);
+    utf8.remove_prefix(line.size());
+    utf8.remove_prefix(std::min(utf8.find_first_not_of(' '), utf8.size()));
   }
-  return std::string(utf8.substr(0, end)) + "…";
+  if (!utf8.empty() || lines.empty()) {
+    lines.emplace_back(utf8);
+  }
+  return lines;
 }
 
 std::string withSequences(const StyledLine& line) {

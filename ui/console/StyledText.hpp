@@ -25,15 +25,20 @@ struct StyledLine {
   std::string plainText() const;
 };
 
-/// The text with every control character replaced: what a device or the service is called must not steer the
-/// terminal. Bytes that are no UTF-8 are replaced too.
+/// The text with every control character replaced, and with those that turn the direction of reading: what a
+/// device or the service is called must not steer the terminal. Bytes that are no UTF-8 are replaced too.
 std::string printable(std::string_view text);
 
-/// How many columns the text takes: one for each character.
+/// How many columns the text takes.
 std::size_t columnsOf(std::string_view utf8);
 
-/// The text cut or filled with blanks to that many columns; a cut text ends in "…".
+/// The text cut or filled with blanks to that many columns; a cut text ends in "…", and in a blank behind it
+/// where a wide character would have taken both.
 std::string fitted(std::string_view utf8, std::size_t columns);
+
+/// The text in lines of no more than that many columns, at least 1, broken at blanks where there are any.
+/// Only a character that is wider by itself gets a wider line.
+std::vector<std::string> wrapped(std::string_view utf8, std::size_t columns);
 
 /// The line with the terminal's control sequences (ECMA-48, SGR) for its styles.
 std::string withSequences(const StyledLine& line);

@@ -12,7 +12,8 @@
 #include <system_error>
 #include <utility>
 
-#include "ui/console/Screen.hpp"
+#include "ui/Texts.hpp"
+#include "ui/console/ResizeSignal.hpp"
 #include "ui/console/TerminalMode.hpp"
 
 namespace karvex::ui::console {
@@ -30,16 +31,6 @@ PageSize pageSize() {
   return isKnown ? PageSize{.columns = size.ws_col, .lines = size.ws_row - std::size_t{1}} : usual;
 }
 
-void writeOut(std::string_view text) {
-  while (!text.empty()) {
-    const auto written = ::write(STDOUT_FILENO, text.data(), text.size());
-    if (written < 0 && errno != EINTR) {
-      return;  // A terminal that has gone shows as the end of standard input.
-    }
-    text.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-  }
-}
-
 /// The page from the top left corner, with nothing of the one before behind its lines and below it (ECMA-48:
 /// CUP, EL, ED).
 std::string drawingOf(const std::vector<StyledLine>& page) {
@@ -50,10 +41,8 @@ std::string drawingOf(const std::vector<StyledLine>& page) {
   return text + "\x1b[J";
 }
 
-/// A run that is left leaves a device half programmed, or the service untold of one that is done.
-bool mayQuit(const Snapshot& snapshot) {
-  return !snapshot.isRunning && !snapshot.isReporting;
-}
+/// ECMA-48: ED.
+constexpr std::string_view clearAll = "\x1b[2J";
 
 bool showsMovingBar(const Snapshot& snapshot) {
   return std::ranges::any_of(snapshot.rows, &DeviceRow::showsProgress);
@@ -66,16 +55,17 @@ TerminalFront::TerminalFront(ContentView& view, Actions& actions, std::function<
       actions_(actions),
       quit_(std::move(quit)),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      snapshot_(snapshotOf(view)) {
+      told_{.snapshot = snapshotOf(view)} {
   if (wakeDescriptor_ < 0) {
     throw std::system_error(errno, std::generic_category(), "eventfd");
   }
   subscriptions_ = observe(view, [this] {
     auto snapshot = snapshotOf(view_);
     const std::lock_guard lock(mutex_);
-    snapshot_ = std::move(snapshot);
+    told_.snapshot = std::move(snapshot);
     wake();
   });
+  endSignals_.emplace([this] { askToLeave(Actions::Leaving::byOrder); });
   thread_ = std::thread([this] { run(); });
 }
 
@@ -83,16 +73,25 @@ TerminalFront::~TerminalFront() {
   subscriptions_.clear();
   {
     const std::lock_guard lock(mutex_);
-    isEnding_ = true;
+    told_.isEnding = true;
     wake();
   }
   thread_.join();
+  endSignals_.reset();  // The terminal is back by now.
   ::close(wakeDescriptor_);
 }
 
 void TerminalFront::notice(std::string_view line) {
   const std::lock_guard lock(mutex_);
-  notice_ = line;
+  told_.notice = line;
+  wake();
+}
+
+void TerminalFront::askToLeave(Actions::Leaving leaving) {
+  const std::lock_guard lock(mutex_);
+  if (told_.leaving != Actions::Leaving::byOrder) {
+    told_.leaving = leaving;
+  }
   wake();
 }
 
@@ -101,70 +100,68 @@ void TerminalFront::wake() {
   [[maybe_unused]] const auto written = ::write(wakeDescriptor_, &one, sizeof one);
 }
 
-Snapshot TerminalFront::current() {
+TerminalFront::Told TerminalFront::told() {
   const std::lock_guard lock(mutex_);
-  return snapshot_;
+  return told_;
 }
 
 void TerminalFront::run() {
   const TerminalMode mode;
-  std::array<pollfd, 2> sources{pollfd{wakeDescriptor_, POLLIN, 0}, pollfd{STDIN_FILENO, POLLIN, 0}};
-  while (true) {
-    {
-      const std::lock_guard lock(mutex_);
-      if (isEnding_) {
-        return;
-      }
-    }
+  const ResizeSignal resizeSignal(wakeDescriptor_);
+  while (!told().isEnding) {
     draw();
-    quitWhenIdle();
-    poll(sources.data(), sources.size(), showsMovingBar(current()) ? progressInterval : forever);
+    leaveWhenIdle();
+    std::array<pollfd, 2> sources{pollfd{wakeDescriptor_, POLLIN, 0},
+                                  pollfd{isHungUp_ ? -1 : STDIN_FILENO, POLLIN, 0}};
+    poll(sources.data(), sources.size(), showsMovingBar(told().snapshot) ? progressInterval : forever);
     std::uint64_t wakes = 0;
     [[maybe_unused]] const auto count = ::read(wakeDescriptor_, &wakes, sizeof wakes);
-    if (sources[1].revents == 0) {
-      continue;
-    }
-    std::array<char, 64> bytes;
-    const auto length = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-    if (length <= 0 && (sources[1].revents & (POLLHUP | POLLERR)) != 0) {
-      sources[1].fd = -1;  // Nobody is there any more.
-      wantsToQuit_ = true;
-    }
-    for (const auto key : keysIn({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))})) {
-      handle(key);
-    }
+    takeKeys(sources[1].revents);
+  }
+}
+
+void TerminalFront::takeKeys(short events) {
+  if (events == 0) {
+    return;
+  }
+  std::array<char, 64> bytes;
+  const auto length = ::read(STDIN_FILENO, bytes.data(), bytes.size());
+  if (length <= 0 && (events & (POLLHUP | POLLERR)) != 0) {
+    isHungUp_ = true;  // Nobody is there any more.
+    askToLeave(Actions::Leaving::byOrder);
+  }
+  for (const auto key : keysIn({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))})) {
+    handle(key);
   }
 }
 
 void TerminalFront::draw() {
-  std::string notice;
-  {
-    const std::lock_guard lock(mutex_);
-    notice = notice_;
+  const auto [snapshot, notice, leaving, isEnding] = told();
+  const bool isHeldBack = leaving && isBusy(snapshot);
+  const auto size = pageSize();
+  auto drawing = drawingOf(pageOf(snapshot, upgrade::currentLoadProgress(),
+                                  isHeldBack ? std::string(texts::closingHeldBack) : notice, size));
+  if (size != std::exchange(drawnSize_, size)) {
+    TerminalMode::write(clearAll);  // The terminal has moved about what was there.
+  } else if (drawing == drawn_) {
+    return;
   }
-  const auto snapshot = current();
-  if (wantsToQuit_ && !mayQuit(snapshot)) {
-    notice =
-        "An upgrade is running. Karvex ends when it is over: equipment must not be left half programmed.";
-  }
-  auto drawing = drawingOf(pageOf(snapshot, upgrade::currentLoadProgress(), notice, pageSize()));
-  if (drawing != drawn_) {
-    writeOut(drawing);
-    drawn_ = std::move(drawing);
-  }
+  TerminalMode::write(drawing);
+  drawn_ = std::move(drawing);
 }
 
-void TerminalFront::quitWhenIdle() {
-  if (wantsToQuit_ && !hasQuit_ && mayQuit(current())) {
-    hasQuit_ = true;
-    quit_();
+void TerminalFront::leaveWhenIdle() {
+  const auto [snapshot, notice, leaving, isEnding] = told();
+  if (leaving && !isBusy(snapshot)) {
+    actions_.leave(*leaving, quit_);
   }
 }
 
 void TerminalFront::handle(Key key) {
-  const auto snapshot = current();
+  const auto snapshot = told().snapshot;
   if (key == Key::quit) {
-    wantsToQuit_ = true;
+    // An alert that is up has been seen.
+    askToLeave(snapshot.alert ? Actions::Leaving::byOrder : Actions::Leaving::byUser);
   } else if (snapshot.alert) {
     if (key == Key::enter) {
       actions_.confirm(snapshot.alert->alert);
@@ -194,7 +191,7 @@ void TerminalFront::handle(Key key) {
 }
 
 void TerminalFront::moveSelection(int step) {
-  const auto snapshot = current();
+  const auto snapshot = told().snapshot;
   if (snapshot.rows.empty()) {
     return;
   }

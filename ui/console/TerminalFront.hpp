@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -9,8 +10,10 @@
 
 #include "foundation/Observers.hpp"
 #include "ui/Actions.hpp"
+#include "ui/EndSignals.hpp"
 #include "ui/Observation.hpp"
 #include "ui/console/Keys.hpp"
+#include "ui/console/Screen.hpp"
 #include "upgrade/LoadProgress.hpp"
 
 namespace karvex::ui::console {
@@ -19,8 +22,8 @@ namespace karvex::ui::console {
 /// the main queue is blocked. Made and destroyed on the main thread.
 class TerminalFront {
  public:
-  /// `quit` is called, on the front's thread, when the user wants to leave: behind the run that is going, and
-  /// behind its reports to the service. Everything must outlive the front.
+  /// `quit` is called, on the main thread, when the user or a signal (EndSignals) wants the program to end:
+  /// behind the run that is going, and behind its reports to the service. Everything must outlive the front.
   TerminalFront(ContentView& view, Actions& actions, std::function<void()> quit);
   ~TerminalFront();
   TerminalFront(const TerminalFront&) = delete;
@@ -34,26 +37,35 @@ class TerminalFront {
   void draw();
   void handle(Key key);
   void moveSelection(int step);
-  void quitWhenIdle();
+  void takeKeys(short events);
+  void askToLeave(Actions::Leaving leaving);
+  void leaveWhenIdle();
   void wake();
-  Snapshot current();
+
+  /// What the main thread and others have told the front's.
+  struct Told {
+    Snapshot snapshot;
+    std::string notice;
+    std::optional<Actions::Leaving> leaving;
+    bool isEnding = false;
+  };
+  Told told();
 
   ContentView& view_;
   Actions& actions_;
   std::function<void()> quit_;
   int wakeDescriptor_;
 
-  std::mutex mutex_;  // Guards what both threads touch.
-  Snapshot snapshot_;
-  std::string notice_;
-  bool isEnding_ = false;
+  std::mutex mutex_;
+  Told told_;  // Guarded by the mutex.
 
-  bool wantsToQuit_ = false;  // The front's thread alone, as the page drawn last.
-  bool hasQuit_ = false;
-  std::string drawn_;
+  std::string drawn_;  // The front's thread alone, as the two below.
+  PageSize drawnSize_{};
+  bool isHungUp_ = false;
 
   std::vector<foundation::Subscription> subscriptions_;
   std::thread thread_;
+  std::optional<EndSignals> endSignals_;
 };
 
 }  // namespace karvex::ui::console

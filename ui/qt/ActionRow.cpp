@@ -13,6 +13,8 @@ namespace {
 constexpr int padding = 10;
 constexpr int leadingPadding = 20;
 constexpr int iconSize = 20;
+/// Between a symbol and the text beside it, more than the style's own.
+constexpr int symbolGap = 8;
 constexpr int buttonHeight = 36;
 
 /// The instruction as rich text, with the words that stand out in bold.
@@ -54,7 +56,8 @@ ActionRow::ActionRow(UserActions& actions, QWidget* parent)
       sync_(makeButton(Symbol::sync, texts::syncHelp, Qt::CTRL | Qt::Key_E, this)) {
   const auto shortcut = upload_->shortcut();
   upload_->setText(qtText(texts::uploadButton));
-  upload_->setShortcut(shortcut);  // A new text takes the shortcut away.
+  upload_->setIconSize({iconSize + symbolGap, iconSize});  // The symbol keeps its shape in the middle of it.
+  upload_->setShortcut(shortcut);                          // A new text takes the shortcut away.
   upload_->setMinimumWidth(upload_->sizeHint().width() + leadingPadding);
   upload_->setAccessibleName(qtText(texts::uploadButton));
   upload_->setObjectName(QStringLiteral("upload"));

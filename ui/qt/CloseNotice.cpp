@@ -5,8 +5,10 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
+#include "ui/Texts.hpp"
 #include "ui/qt/RoundedFrame.hpp"
 #include "ui/qt/Shades.hpp"
+#include "ui/qt/Text.hpp"
 
 namespace karvex::ui::qt {
 namespace {
@@ -19,9 +21,7 @@ constexpr double toneShare = 0.22;
 }  // namespace
 
 CloseNotice::CloseNotice(QWidget* parent) : QWidget(parent) {
-  auto* text = new QLabel(tr("An upgrade is running. Karvex closes by itself when it is over: equipment must "
-                             "not be left half programmed."),
-                          this);
+  auto* text = new QLabel(qtText(texts::closingHeldBack), this);
   text->setTextFormat(Qt::PlainText);
   text->setWordWrap(true);
   text->setAlignment(Qt::AlignCenter);

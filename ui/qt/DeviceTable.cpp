@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QHeaderView>
+#include <QPainter>
 #include <algorithm>
 
 #include "ui/qt/CellDelegate.hpp"
@@ -16,6 +17,27 @@ namespace {
 constexpr int leastRowHeight = 44;
 /// Room above and below two lines of status text.
 constexpr int rowPadding = 10;
+
+/// Keeps an end of the scroll bar clear of the table's rounded corners, and looks like what is beside it.
+class ScrollBarEnd final : public QWidget {
+ public:
+  /// Without titles, it is the lower end.
+  ScrollBarEnd(const TableHeader* titles, QWidget* parent) : QWidget(parent), titles_(titles) {
+    setFixedHeight(tableRadius);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Base));
+    if (titles_ != nullptr) {
+      painter.fillRect(0, 0, width(), titles_->height(), titles_->ground());
+    }
+  }
+
+ private:
+  const TableHeader* titles_;
+};
 
 }  // namespace
 
@@ -42,14 +64,6 @@ DeviceTable::DeviceTable(std::function<void(std::optional<foundation::Uuid>)> se
   setAccessibleDescription(tr("The devices that can be upgraded. Choose one with the arrow keys."));
   layOutColumns();
   setRowHeight();
-  for (const auto end :
-       {Qt::AlignTop, Qt::AlignBottom}) {  // Keeps the scroll bar clear of the rounded corners.
-    auto* spacer = new QWidget(this);
-    spacer->setFixedHeight(tableRadius);
-    spacer->setBackgroundRole(QPalette::Base);
-    spacer->setAutoFillBackground(true);
-    addScrollBarWidget(spacer, end);
-  }
 }
 
 void DeviceTable::layOutColumns() {
@@ -60,6 +74,8 @@ void DeviceTable::layOutColumns() {
   titles->setSectionResizeMode(static_cast<int>(Column::device), QHeaderView::Stretch);
   titles->setSectionResizeMode(static_cast<int>(Column::status), QHeaderView::Fixed);
   titles->resizeSection(static_cast<int>(Column::status), statusColumnWidth);
+  addScrollBarWidget(new ScrollBarEnd(titles, this), Qt::AlignTop);
+  addScrollBarWidget(new ScrollBarEnd(nullptr, this), Qt::AlignBottom);
 }
 
 void DeviceTable::setRowHeight() {

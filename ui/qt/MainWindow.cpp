@@ -24,17 +24,7 @@ constexpr int windowPadding = 16;
 /// How often the bar of a load is drawn anew while it moves.
 constexpr std::chrono::milliseconds progressInterval{80};
 
-/// An upgrade, up to the service's word that it knows of it.
-bool isBusy(const Snapshot& snapshot) {
-  return snapshot.isRunning || snapshot.isReporting;
-}
-
 }  // namespace
-
-bool mayClose(const Snapshot& snapshot) {
-  const bool tellsOfFailure = snapshot.alert && snapshot.alert->alert != upgrade::Alert::procedureComplete;
-  return !isBusy(snapshot) && !tellsOfFailure;
-}
 
 MainWindow::MainWindow(WindowLinks links)
     : links_(std::move(links)),
@@ -64,7 +54,7 @@ void MainWindow::draw(const Snapshot& snapshot) {
   drawSheet();
   drawAlert();
   drawCloseNotice();
-  if (wantsToClose_ && mayClose(snapshot_)) {
+  if (wantsToClose_ && !isBusy(snapshot_)) {
     links_.askToClose();
   }
 }

@@ -28,10 +28,6 @@ struct WindowLinks {
   std::function<void()> askToClose;
 };
 
-/// False while closing the window would leave equipment half programmed, keep its upgrade from the service,
-/// or hide a failure.
-bool mayClose(const Snapshot& snapshot);
-
 /// The main window: draws snapshots and hands on what the user does. The toolkit's thread.
 class MainWindow final : public QWidget {
   Q_OBJECT

@@ -32,7 +32,9 @@ QPixmap render(QSvgRenderer& renderer, const QSize& size, const std::optional<QC
 class SvgIconEngine final : public QIconEngine {
  public:
   SvgIconEngine(const QString& file, bool isStencil)
-      : renderer_(std::make_shared<QSvgRenderer>(file)), isStencil_(isStencil) {}
+      : renderer_(std::make_shared<QSvgRenderer>(file)), isStencil_(isStencil) {
+    renderer_->setAspectRatioMode(Qt::KeepAspectRatio);
+  }
 
   QIconEngine* clone() const override { return new SvgIconEngine(*this); }
 

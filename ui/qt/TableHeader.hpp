@@ -12,6 +12,8 @@ class TableHeader final : public QHeaderView {
   explicit TableHeader(QWidget* parent);
 
   QSize sizeHint() const override;
+  /// What the titles stand on.
+  QColor ground() const;
 
  protected:
   void paintSection(QPainter* painter, const QRect& rect, int section) const override;
@@ -20,7 +22,6 @@ class TableHeader final : public QHeaderView {
 
  private:
   QFont titleFont() const;
-  QColor ground() const;
 };
 
 }  // namespace karvex::ui::qt

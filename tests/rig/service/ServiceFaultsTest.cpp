@@ -81,7 +81,7 @@ TEST(ServiceFaultsTest, TheHelpNamesEachFaultThatIsUnderstood) {
     const auto name = help.substr(at + 2, help.find_first_of(" [", at + 2) - at - 2);
     EXPECT_EQ(addServiceFault(name, faults), std::nullopt) << name;
   }
-  EXPECT_EQ(faults.faults.size(), 14U);
+  EXPECT_EQ(faults.faults.size(), 15U);
 }
 
 TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
@@ -105,6 +105,10 @@ TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
   const auto outOfRange =
       json::parse(spoilList(good.dump(), {.kind = Misbehaviour::outOfRange, .only = {}, .number = -1}));
   EXPECT_EQ(outOfRange[1]["setupDelay"], -1);
+  const auto unknown =
+      json::parse(spoilList(good.dump(), {.kind = Misbehaviour::unknownMcu, .only = {}, .text = "TEENSY99"}));
+  EXPECT_EQ(unknown[1]["mcu"], "TEENSY99");
+  EXPECT_EQ(unknown[0], good[0]);
 }
 
 TEST(SpoilListTest, AListWithoutDevicesGetsOneAndOtherTextStaysAsItIs) {

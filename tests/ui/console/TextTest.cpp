@@ -38,6 +38,8 @@ TEST(PrintableTest, NothingOfWhatADeviceIsCalledSteersTheTerminal) {
       {"\xC0\x9B", bad + bad},            // overlong
       {"\xED\xA0\x80", bad + bad + bad},  // a surrogate
       {"\xFF\xF5", bad + bad},
+      {"a\u202Eb\u2069\u200F", "a" + bad + "b" + bad + bad},  // from right to left, and back
+      {"a\u2028b", "a" + bad + "b"},
   };
   for (const auto& example : cases) {
     EXPECT_EQ(printable(example.text), example.printed) << testing::PrintToString(example.text);
@@ -50,13 +52,57 @@ TEST(FittedTest, TakesExactlyTheColumns) {
     std::size_t columns;
     std::string_view fitted;
   } cases[] = {
-      {"", 0, ""},         {"", 2, "  "},      {"abc", 5, "abc  "}, {"abc", 3, "abc"},
-      {"abcd", 3, "ab…"},  {"abcd", 1, "…"},   {"abcd", 0, ""},     {"é€🎹", 3, "é€🎹"},
-      {"é€🎹x", 3, "é€…"}, {"é€🎹x", 2, "é…"}, {"🎹", 2, "🎹 "},
+      {"", 0, ""},
+      {"", 2, "  "},
+      {"abc", 5, "abc  "},
+      {"abc", 3, "abc"},
+      {"abcd", 3, "ab…"},
+      {"abcd", 1, "…"},
+      {"abcd", 0, ""},
+      {"é€🎹", 4, "é€🎹"},
+      {"é€🎹x", 4, "é€… "},
+      {"é€🎹x", 2, "é…"},
+      {"🎹", 3, "🎹 "},
+      {"鍵盤", 4, "鍵盤"},
+      {"鍵盤", 3, "鍵…"},
+      {"鍵盤", 2, "… "},
+      {"鍵盤", 1, "…"},
+      {"ｋey", 3, "ｋ…"},
+      {"ｋey", 2, "… "},
+      // "é" of two characters: the accent stays with its letter, and takes no column.
+      {"e\xCC\x81x", 2, "e\xCC\x81x"},
+      {"e\xCC\x81xyz", 2, "e\xCC\x81…"},
+      // A joiner, and the sign that asks for a picture.
+      {"a\xE2\x80\x8D\xEF\xB8\x8F", 2, "a\xE2\x80\x8D\xEF\xB8\x8F "},
   };
   for (const auto& example : cases) {
     EXPECT_EQ(fitted(example.text, example.columns), example.fitted);
     EXPECT_EQ(columnsOf(fitted(example.text, example.columns)), example.columns);
+  }
+}
+
+TEST(WrappedTest, BreaksAtBlanksWhereThereAreAny) {
+  const struct {
+    std::string_view text;
+    std::size_t columns;
+    std::vector<std::string> lines;
+  } cases[] = {
+      {"", 3, {""}},
+      {"abc", 3, {"abc"}},
+      {"abc ", 4, {"abc "}},
+      {"abc  ", 3, {"abc"}},
+      {"one two", 3, {"one", "two"}},
+      {"one two", 4, {"one", "two"}},
+      {"one two", 6, {"one", "two"}},
+      {"  one two", 5, {"  one", "two"}},
+      {"abcdefg", 3, {"abc", "def", "g"}},
+      {"a bcdefg", 3, {"a", "bcd", "efg"}},
+      {"     abc", 3, {"   ", "abc"}},
+      {"鍵盤x", 3, {"鍵", "盤x"}},
+      {"鍵盤", 1, {"鍵", "盤"}},
+  };
+  for (const auto& example : cases) {
+    EXPECT_EQ(wrapped(example.text, example.columns), example.lines) << example.text;
   }
 }
 

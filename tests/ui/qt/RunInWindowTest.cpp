@@ -160,6 +160,8 @@ INSTANTIATE_TEST_SUITE_P(
     RunInWindow, FailureInWindow,
     testing::Values(FailureCase{"PortBusy", [](auto& options) { options.occupied.insert(0); },
                                 "Device Port currently in use! "},
+                    FailureCase{"PortSnatched", [](auto& options) { options.snatched.insert(0); },
+                                "Could not switch device to programming mode"},
                     FailureCase{"Upload",
                                 [](auto& options) {
                                   EXPECT_EQ(rig::addFault("never-enters-halfkay", options.boardFaults[0]),
@@ -173,6 +175,36 @@ INSTANTIATE_TEST_SUITE_P(
                                 },
                                 "Could not download Firmware file"}),
     [](const auto& one) { return one.param.name; });
+
+TEST_F(RunInWindow, ABoardInItsBootloaderIsToldOfAndItsOkBringsItBack) {
+  ASSERT_EQ(rig::addFault("in-halfkay", options.boardFaults[1]), std::nullopt);
+  make();
+  window().show();
+  ASSERT_TRUE(eventually([&] { return titleOfAlert() == "Device already in programming mode"; }));
+  EXPECT_FALSE(button("upload").isEnabled());
+  clickIn(*shown<AlertBox>(), "ok");
+  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
+  click("refresh");
+  ASSERT_TRUE(eventually([&] {
+    clickRow(1);
+    return button("upload").isEnabled();
+  })) << "its serial port is back";
+  EXPECT_EQ(shown<AlertBox>(), nullptr);
+  EXPECT_EQ(end().boards[1].state, "running");
+}
+
+TEST_F(RunInWindow, AFailureNamesWhoIsInTheWay) {
+  options.snatched.insert(0);
+  start();
+  clickRow(0);
+  click("upload");
+  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() != nullptr; }));
+  const auto message = shown<AlertBox>()->findChild<QLabel*>(QStringLiteral("message"))->text();
+  EXPECT_TRUE(
+      message.endsWith(QStringLiteral("info: Serial port /dev/cu.usbmodem10000101 can't be opened: it is "
+                                      "in use by another program")))
+      << message.toStdString();
+}
 
 TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
   start();

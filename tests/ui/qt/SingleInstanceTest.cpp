@@ -31,7 +31,8 @@ TEST_F(SingleInstanceTest, ASecondStartHandsItsUrlToTheFirst) {
   const auto second = start();
   ASSERT_FALSE(second->isFirst());
   // A line end and a long text, as a URL could bring along, arrive as they are.
-  const Handover handover{.url = "karvex://open?a=b\n" + QString(5000, u'é'), .activationToken = "token"};
+  const Handover handover{.url = "karvex://open?a=b\n" + QByteArray(100'000, '\xe9'),
+                          .activationToken = "token"};
   auto answer = std::async(std::launch::async, [&] { return second->handOver(handover); });
   ASSERT_TRUE(QTest::qWaitFor([&] { return !received.empty(); }));
   EXPECT_TRUE(
@@ -46,16 +47,34 @@ TEST_F(SingleInstanceTest, TheNextIsFirstWhenTheFirstHasGone) {
   EXPECT_TRUE(start()->isFirst());
 }
 
-TEST_F(SingleInstanceTest, TakesTheSocketOfOneThatWasKilledOver) {
-  QFile stale(socketPath());
-  ASSERT_TRUE(stale.open(QIODevice::WriteOnly));  // Something is in the way.
-  stale.close();
+TEST_F(SingleInstanceTest, TakesOverWhatOneThatWasKilledLeft) {
+  for (const auto* name : {"karvex.socket", "karvex.lock"}) {
+    QFile stale(directory_.filePath(name));  // Something is in the way.
+    ASSERT_TRUE(stale.open(QIODevice::WriteOnly));
+  }
   const auto first = start();
   int received = 0;
   first->listen([&](const Handover&) { ++received; });
   auto answer = std::async(std::launch::async, [&] { return start()->handOver({}); });
   EXPECT_TRUE(QTest::qWaitFor([&] { return received == 1; }));
   EXPECT_TRUE(answer.get());
+}
+
+TEST_F(SingleInstanceTest, TheNextIsFirstAsSoonAsTheFirstGivesUp) {
+  const auto leaving = start();
+  leaving->listen([](const Handover&) { ADD_FAILURE(); });
+  leaving->giveUp();
+  EXPECT_TRUE(start()->isFirst());
+}
+
+TEST_F(SingleInstanceTest, WhatTheFirstHangsUpOnIsNotHandedOver) {
+  const auto first = start();
+  first->listen([](const Handover&) { ADD_FAILURE(); });
+  auto answer =
+      std::async(std::launch::async, [&] { return start()->handOver({.url = QByteArray(1 << 20, 'x')}); });
+  EXPECT_TRUE(
+      QTest::qWaitFor([&] { return answer.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+  EXPECT_FALSE(answer.get());
 }
 
 TEST_F(SingleInstanceTest, TakesNothingThatIsNoHandover) {
@@ -65,7 +84,7 @@ TEST_F(SingleInstanceTest, TakesNothingThatIsNoHandover) {
   QLocalSocket huge;
   huge.connectToServer(socketPath());
   ASSERT_TRUE(huge.waitForConnected());
-  huge.write(QByteArray(200'000, '\x7f'));  // Claims a text of two thousand million bytes.
+  huge.write(QByteArray(400'000, '\x7f'));  // Claims a text of two thousand million bytes.
   EXPECT_TRUE(QTest::qWaitFor([&] { return huge.state() == QLocalSocket::UnconnectedState; }));
   QLocalSocket cutOff;
   cutOff.connectToServer(socketPath());
@@ -77,8 +96,12 @@ TEST_F(SingleInstanceTest, TakesNothingThatIsNoHandover) {
 }
 
 TEST_F(SingleInstanceTest, WithoutADirectoryEveryStartIsAFirst) {
-  const SingleInstance one("karvex", directory_.filePath("missing"));
-  EXPECT_TRUE(one.isFirst());
+  for (const auto& directory : {directory_.filePath("missing"), QString()}) {
+    SingleInstance one("karvex", directory);
+    one.listen([](const Handover&) {});
+    SingleInstance another("karvex", directory);
+    EXPECT_TRUE(one.isFirst() && another.isFirst()) << directory.toStdString();
+  }
 }
 
 }  // namespace

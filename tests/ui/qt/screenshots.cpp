@@ -1,11 +1,12 @@
 // Draws the window in its usual states and writes the pictures into a directory: window_screenshots DIRECTORY
-// [SUFFIX] Everything is drawn on the offscreen platform; QT_SCALE_FACTOR=2 gives the pictures of a dense
+// [SCENE...]. Everything is drawn on the offscreen platform; QT_SCALE_FACTOR=2 gives the pictures of a dense
 // display.
 
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
 #include <QPainter>
+#include <QPushButton>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTest>
@@ -65,6 +66,11 @@ std::vector<Scene> scenes() {
   std::vector<Scene> all{
       {QStringLiteral("idle"), samples::idle()},
       {QStringLiteral("selected"), samples::selected()},
+      {QStringLiteral("focus"), samples::selected(),
+       [](MainWindow& window) {
+         window.activateWindow();
+         window.findChild<QPushButton*>(QStringLiteral("refresh"))->setFocus(Qt::TabFocusReason);
+       }},
       {QStringLiteral("running"), samples::running()},
       {QStringLiteral("closing"), samples::running(), [](MainWindow& window) { window.close(); }},
       {QStringLiteral("sync"), samples::withSheet(false)},
