@@ -1,11 +1,12 @@
 #include "app/KarvexCore.hpp"
 
+#include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
 #include "app/LoaderHost.hpp"
 #include "loader/platform/linux/hidapi_hid.hpp"
 
 namespace karvex::app {
 
-KarvexCore::KarvexCore(const MakeMIDIService& makeMIDIService)
+KarvexCore::KarvexCore()
     : urlSession_(runtime_),
       terminalNodes_(runtime_.globalQueue()),
       platform_{.runtime = runtime_,
@@ -13,7 +14,7 @@ KarvexCore::KarvexCore(const MakeMIDIService& makeMIDIService)
                 .usbBus = usbBus_,
                 .serialInterfaces = serialInterfaces_,
                 .terminalNodes = terminalNodes_,
-                .midiService = makeMIDIService(runtime_),
+                .midiService = midikit::io::makeAlsaMIDIService(runtime_),
                 .serviceAddress = service::ServiceAddress::builtIn()},
       app_(platform_),
       view_(platform_, app_),

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-
-#include "MIDIKitIO/platform/MIDIService.hpp"
-#include "app/WindowProgram.hpp"
+#include "app/ApplicationCore.hpp"
 #include "device/platform/linux/SysfsSerialInterfaces.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
 #include "device/platform/linux/UdevUsbBus.hpp"
@@ -15,14 +11,13 @@
 
 namespace karvex::app {
 
-/// Makes the machine's MIDI service, which may use the runtime for as long as it lives.
-using MakeMIDIService = std::function<std::shared_ptr<midikit::io::MIDIService>(foundation::Runtime&)>;
-
 /// The application's objects on real equipment. One for each process: it installs the loader's host and its
 /// HID devices.
-class KarvexCore final : public WindowCore {
+class KarvexCore final : public ApplicationCore {
  public:
-  explicit KarvexCore(const MakeMIDIService& makeMIDIService);
+  KarvexCore();
+  /// What runs on the global queue uses the others' state, so it ends first.
+  ~KarvexCore() override { runtime_.finish(); }
   KarvexCore(const KarvexCore&) = delete;
   KarvexCore& operator=(const KarvexCore&) = delete;
 

@@ -1,0 +1,86 @@
+// The desktop application. It has no options: an argument is a URL that the desktop hands over. A second start
+// brings the window of the first to the front, hands its URL over and ends.
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QStandardPaths>
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <memory>
+
+#include "app/KarvexCore.hpp"
+#include "app/SingleInstance.hpp"
+#include "app/WindowProgram.hpp"
+#include "foundation/Log.hpp"
+#include "ui/qt/SymbolIcon.hpp"
+
+namespace {
+
+using namespace karvex;
+
+/// Where a Wayland compositor leaves the token of whoever was clicked on (xdg-activation).
+constexpr const char* activationToken = "XDG_ACTIVATION_TOKEN";
+
+/// The name of the desktop entry in packaging/.
+constexpr const char* desktopEntry = "org.karvex.Karvex";
+
+void openUrl(const QByteArray& url) {
+  if (!url.isEmpty()) {
+    ui::KarvexApp::openUrl(url.toStdString());
+  }
+}
+
+void receive(const app::Handover& handover, ui::qt::MainWindow& window) {
+  openUrl(handover.url);
+  if (!handover.activationToken.isEmpty()) {
+    qputenv(activationToken, handover.activationToken);  // Where the toolkit looks for it.
+  }
+  window.bringToFront();
+}
+
+/// Whoever started it from the desktop sees no standard error.
+int tellThatItDoesNotAnswer() {
+  const auto text = QStringLiteral("Karvex is running already, but it does not answer.");
+  std::cerr << "karvex: " << text.toStdString() << '\n';
+  QMessageBox::warning(nullptr, QStringLiteral("Karvex"), text);
+  return 1;
+}
+
+int run(int argumentCount, char** arguments) {
+  foundation::log::setSystemSink(foundation::log::SystemSink::systemLog);
+  const app::Handover handover{.url = argumentCount > 1 ? QByteArray(arguments[1]) : QByteArray(),
+                               .activationToken = qgetenv(activationToken)};
+  int ownCount = 1;  // The toolkit would take options of its own out of the arguments.
+  const QApplication application(ownCount, arguments);
+  QApplication::setApplicationName(QStringLiteral("karvex"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Karvex"));
+  QApplication::setDesktopFileName(QLatin1String(desktopEntry));
+  QApplication::setWindowIcon(ui::qt::programIcon());
+  app::SingleInstance instance(QStringLiteral("karvex"),
+                               QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+  if (!instance.isFirst()) {
+    if (instance.handOver(handover)) {
+      return 0;
+    }
+    return tellThatItDoesNotAnswer();
+  }
+  app::WindowProgram program([] { return std::make_unique<app::KarvexCore>(); });
+  instance.listen([&program](const app::Handover& later) { receive(later, program.window()); });
+  openUrl(handover.url);
+  program.run();
+  instance.giveUp();  // Who starts it again from here on wants a window, although this one's end takes its time.
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // Nobody may read what is printed, and that must not end a run.
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "karvex: " << error.what() << '\n';
+    return 1;
+  }
+}
