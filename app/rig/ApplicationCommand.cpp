@@ -1,24 +1,21 @@
 #include "app/rig/ApplicationCommand.hpp"
 
 #include <fmt/format.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <fstream>
 #include <memory>
 #include <optional>
 
+#include "app/TerminalPage.hpp"
 #include "app/rig/RigPlatform.hpp"
 #include "app/rig/RunRecorder.hpp"
 #include "app/rig/RunReport.hpp"
 #include "app/rig/ScriptedUser.hpp"
 #include "app/rig/WindowCommand.hpp"
-#include "foundation/Log.hpp"
 #include "ui/Actions.hpp"
 #include "ui/EndSignals.hpp"
 #include "ui/KarvexApp.hpp"
 #include "ui/console/LineFront.hpp"
-#include "ui/console/TerminalFront.hpp"
 #include "ui/console/TerminalMode.hpp"
 
 namespace karvex::app {
@@ -40,7 +37,7 @@ class RigApplication {
         actions_(runtime_->mainQueue(), view_),
         recorder_(rig_, view_, plan_) {
     if (common.realTime && ui::console::TerminalMode::isPossible()) {
-      showOnTerminal(common);
+      page_ = std::make_unique<TerminalPage>(view_, actions_, [this] { runtime_->stopMain(); }, common.showLog);
     } else {
       writeLines(options);
     }
@@ -49,10 +46,7 @@ class RigApplication {
   ~RigApplication() {
     runtime_->finish();
     endSignals_.reset();
-    terminalFront_.reset();
-    foundation::log::redirectSystem(nullptr);
-    foundation::log::redirectPrint(nullptr);
-    foundation::log::redirectDebug(nullptr);
+    page_.reset();
   }
   RigApplication(const RigApplication&) = delete;
   RigApplication& operator=(const RigApplication&) = delete;
@@ -60,7 +54,7 @@ class RigApplication {
   /// Gives what happened.
   RunRecord run() {
     const bool isScripted = options_.upgradeFrom.has_value();
-    if (isScripted || !terminalFront_) {
+    if (isScripted || !page_) {
       user_.emplace(*runtime_, view_,
                     ScriptedUser::Plan{.firstRow = isScripted ? *options_.upgradeFrom - 1 : options_.boards,
                                        .answersAlerts = options_.answersAlerts},
@@ -81,19 +75,6 @@ class RigApplication {
     });
   }
 
-  /// The page has the terminal for itself; what would be printed shows in its last line.
-  void showOnTerminal(const CommonOptions& common) {
-    const bool wouldShowLog = isatty(STDERR_FILENO) != 0 || common.showLog;  // Asked ahead of the page.
-    terminalFront_ =
-        std::make_unique<ui::console::TerminalFront>(view_, actions_, [this] { runtime_->stopMain(); });
-    const auto notice = [this](std::string_view text) { terminalFront_->notice(text); };
-    foundation::log::redirectPrint(notice);
-    foundation::log::redirectDebug(notice);
-    if (wouldShowLog) {
-      foundation::log::redirectSystem(notice);
-    }
-  }
-
   const ApplicationOptions& options_;
   std::unique_ptr<foundation::Runtime> runtime_;
   EquipmentPlan plan_;
@@ -103,8 +84,8 @@ class RigApplication {
   ui::Actions actions_;
   RunRecorder recorder_;
   std::optional<ui::console::LineFront> lineFront_;
-  std::optional<ui::EndSignals> endSignals_;  // For the line front; the terminal's has its own.
-  std::unique_ptr<ui::console::TerminalFront> terminalFront_;
+  std::optional<ui::EndSignals> endSignals_;  // For the line front; the page has its own.
+  std::unique_ptr<TerminalPage> page_;
   std::optional<ScriptedUser> user_;
 };
 
