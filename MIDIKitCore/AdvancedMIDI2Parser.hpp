@@ -29,7 +29,8 @@ class AdvancedMIDI2Parser {
  public:
   using HandleEvents = typename ParameterNumberEventBundler<Source>::HandleEvents;
 
-  /// `handleEvents` must not destroy the parser. `sysExLimit` is that of MIDI2Parser.
+  /// `handleEvents` must not destroy the parser. It's held three times: what copies are to share it has to
+  /// refer to. `sysExLimit` is that of MIDI2Parser.
   AdvancedMIDI2Parser(karvex::foundation::Clock& clock, karvex::foundation::Queue& queue,
                       HandleEvents handleEvents, std::size_t sysExLimit = MIDI2Parser::defaultSysExLimit)
       : parser_(sysExLimit), pnBundler_(clock, queue, handleEvents), handleEvents_(std::move(handleEvents)) {}

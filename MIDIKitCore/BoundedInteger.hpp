@@ -114,7 +114,7 @@ class BoundedInteger {
 
   /// The bounds in another integer type that holds them, or in a floating-point type (rounded to it).
   template <class T>
-    requires(PlainInteger<T> && std::numeric_limits<T>::digits >= Bits) || std::floating_point<T>
+    requires PlainInteger<T> || std::floating_point<T>
   static constexpr T minimum() {
     return T{0};
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <utility>
 
 #include "MIDIKitCore/ParseError.hpp"
@@ -7,18 +8,19 @@
 
 namespace midikit::core::detail {
 
-/// Makes the event of one case. Takes what a constructor of the record takes, and what its `make` takes if it
-/// has one: then it gives a `Result` with the event, or with the error that `make` gave.
+/// Makes the event of one case. Takes what a constructor of the record takes, and what only its `make` takes
+/// if it has one: then it gives a `Result` with the event, or with the error that `make` gave.
 template <class Event, class Record>
 struct EventFactory {
   template <class... Fields>
-    requires requires(Fields&&... fields) { Record(std::forward<Fields>(fields)...); }
+    requires std::constructible_from<Record, Fields...>
   constexpr Event operator()(Fields&&... fields) const {
     return Event(Record(std::forward<Fields>(fields)...));
   }
 
   template <class... Fields>
-    requires requires(Fields&&... fields) { Record::make(std::forward<Fields>(fields)...); }
+    requires(!std::constructible_from<Record, Fields...>) &&
+            requires(Fields&&... fields) { Record::make(std::forward<Fields>(fields)...); }
   internals::Result<Event, ParseError> operator()(Fields&&... fields) const {
     auto record = Record::make(std::forward<Fields>(fields)...);
     if (!record) {

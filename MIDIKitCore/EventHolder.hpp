@@ -72,10 +72,10 @@ class EventHolder {
     return stored ? std::optional(std::move(stored->event)) : std::nullopt;
   }
 
-  /// How long an event is held: longer than the two halves of one entry lie apart, too short to be heard.
-  karvex::foundation::Duration timeOut = std::chrono::milliseconds(50);
-
  private:
+  /// How long an event is held: longer than the two halves of one entry lie apart, too short to be heard.
+  static constexpr karvex::foundation::Duration timeOut = std::chrono::milliseconds(50);
+
   /// What the timer needs. It lives for the length of a call, even if another thread destroys the holder
   /// meanwhile.
   struct State {

@@ -19,7 +19,7 @@ namespace midikit::core {
 ///
 /// A system exclusive message is read when the next status byte arrives or the packet ends, without its 0xF7.
 /// So a universal message with nothing behind its second sub-ID (an identity request) gives no event: see
-/// `parseSysEx7`.
+/// `parseSysEx7` in SysExParser.hpp for the rule.
 ///
 /// Not thread-safe: belongs to the thread on which its packets arrive.
 class MIDI1Parser {
@@ -41,6 +41,10 @@ class MIDI1Parser {
 
   /// The event of one whole message, which begins with its status byte; none if there's a data byte missing,
   /// if one is above 0x7F, or if nothing is known by that status. Bytes behind the message don't matter.
+  ///
+  /// Two exceptions: the data bytes of a pitch bend and of a song position pointer (0xE0 to 0xEF, 0xF2) lose
+  /// their high bit instead; and a system exclusive message is all of `message`, so that it's none if
+  /// anything stands behind its 0xF7.
   static std::optional<MIDIEvent> parsedEvent(std::span<const std::uint8_t> message,
                                               bool translateNoteOnZeroVelocityToNoteOff, UInt4 group = {});
 

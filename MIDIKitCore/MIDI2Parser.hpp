@@ -29,7 +29,8 @@ class MIDI2Parser {
   static constexpr std::size_t defaultSysExLimit = std::size_t{1} << 20;
 
   /// `sysExLimit` is how many bytes one message in pieces may have, its identifier and stream ID included. A
-  /// longer one is dropped whole. A hostile sender can have 256 8-bit messages under way.
+  /// longer one is dropped whole. The memory for a message grows by doubling and may have up to twice as many
+  /// bytes. A hostile sender can have 256 8-bit messages under way.
   explicit MIDI2Parser(std::size_t sysExLimit = defaultSysExLimit) : sysExLimit_(sysExLimit) {}
 
   /// The events of one packet, given as the bytes of its words, the most significant byte first. More than

@@ -227,7 +227,8 @@ class MIDIEvent {
                     detail::Overloaded<std::decay_t<Handlers>...>{std::forward<Handlers>(handlers)...});
   }
 
-  /// Every event has a group: 0 for what came from a MIDI 1.0 byte stream.
+  /// Every event has a group: 0 for what came from a MIDI 1.0 byte stream, unless the caller of the parser
+  /// gives another.
   constexpr UInt4 group() const;
 
   constexpr bool isSysEx() const { return kind_ >= Kind::sysEx7 && kind_ <= Kind::universalSysEx8; }

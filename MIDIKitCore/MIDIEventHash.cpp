@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 

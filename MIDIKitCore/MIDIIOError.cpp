@@ -5,7 +5,7 @@
 namespace midikit::core {
 
 MIDIIOError::MIDIIOError(Case itsCase, std::string what)
-    : case_(std::move(itsCase)), what_(std::move(what)) {}
+    : content_(std::make_shared<const Content>(Content{std::move(itsCase), std::move(what)})) {}
 
 MIDIIOError MIDIIOError::internalInconsistency(std::string text) {
   auto what = "Internal inconsistency: " + text;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
 #include <variant>
 
@@ -42,6 +43,12 @@ class MIDIIOError : public std::exception {
   using Case =
       std::variant<InternalInconsistency, Malformed, NotSupported, ConnectionError, ReadError, MIDIOSStatus>;
 
+  // Copies never throw, as whoever catches or rethrows an exception expects. A move is a copy, so that no
+  // object is without content.
+  MIDIIOError(const MIDIIOError&) noexcept = default;
+  MIDIIOError& operator=(const MIDIIOError&) noexcept = default;
+  ~MIDIIOError() override = default;
+
   static MIDIIOError internalInconsistency(std::string text);
   static MIDIIOError malformed(std::string text);
   static MIDIIOError notSupported(std::string text);
@@ -53,19 +60,24 @@ class MIDIIOError : public std::exception {
   static MIDIIOError osStatus(std::int32_t number) { return osStatus(MIDIOSStatus::fromNumber(number)); }
 
   /// Which failure it is, for `std::visit` or `std::get_if`.
-  const Case& asCase() const { return case_; }
+  const Case& asCase() const { return content_->itsCase; }
 
   /// What went wrong, for people: the kind and the payload, or the text of the status alone.
-  const char* what() const noexcept override { return what_.c_str(); }
+  const char* what() const noexcept override { return content_->what.c_str(); }
 
   /// Same case and equal payloads.
-  friend bool operator==(const MIDIIOError& a, const MIDIIOError& b) { return a.case_ == b.case_; }
+  friend bool operator==(const MIDIIOError& a, const MIDIIOError& b) { return a.asCase() == b.asCase(); }
 
  private:
+  struct Content {
+    Case itsCase;
+    std::string what;
+  };
+
   MIDIIOError(Case itsCase, std::string what);
 
-  Case case_;
-  std::string what_;
+  /// Shared by all copies.
+  std::shared_ptr<const Content> content_;
 };
 
 /// Returns if `status`, as the platform gave it, is 0 ("noErr").

@@ -14,8 +14,9 @@
 namespace midikit::core {
 
 /// Repairs a stream in which the two bytes of an RPN's or NRPN's data entry arrive as two events, a moment
-/// apart: only the complete one passes on. The price is that any RPN or NRPN whose data entry ends in 0 waits
-/// until another event comes, or for 50 ms.
+/// apart: only the complete one passes on. The price is that an RPN or NRPN whose data entry ends in 0 waits
+/// until another event comes, or for 50 ms; unless another of its kind is held when it arrives, behind which
+/// it passes on at once.
 ///
 /// `Source` tells where events came from and is handed on as it is. Not thread-safe: process() is called on
 /// the serial queue that the constructor takes, and so is the handler. An event that is held when the bundler
@@ -26,7 +27,7 @@ class ParameterNumberEventBundler {
   /// Takes events that belong together, the timestamp of their packet and its source.
   using HandleEvents = std::function<void(std::span<const MIDIEvent>, std::uint64_t, const Source&)>;
 
-  /// `handleEvents` gets the events that were held in vain.
+  /// `handleEvents` gets the events that were held in vain. It's copied, once for each kind of parameter.
   ParameterNumberEventBundler(karvex::foundation::Clock& clock, karvex::foundation::Queue& queue,
                               const HandleEvents& handleEvents)
       : rpnHolder_(clock, queue, handlerOf<RPN>(handleEvents)),

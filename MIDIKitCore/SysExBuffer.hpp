@@ -11,10 +11,16 @@ namespace midikit::core {
 /// under way. Not thread-safe.
 class SysExBuffer {
  public:
+  /// The most memory, in bytes, that stays behind a message; what a rare long one needed is given back.
+  static constexpr std::size_t keptCapacity = 4096;
+
   bool empty() const { return bytes_.empty(); }
   std::span<const std::uint8_t> bytes() const { return bytes_; }
+  /// How many bytes of memory it has, used or not.
+  std::size_t capacity() const { return bytes_.capacity(); }
 
-  /// Puts a piece behind the others. A message that grows beyond `limit` bytes is dropped.
+  /// Puts a piece behind the others. A message that grows beyond `limit` bytes is dropped. The memory grows
+  /// by doubling, so there may be almost twice as much of it.
   void append(std::span<const std::uint8_t> piece, std::size_t limit) {
     if (piece.size() > limit - bytes_.size()) {
       clear();
@@ -23,18 +29,15 @@ class SysExBuffer {
     bytes_.insert(bytes_.end(), piece.begin(), piece.end());
   }
 
-  /// Drops the message.
+  /// Drops the message. At most `keptCapacity` stays for the next one.
   void clear() {
     if (bytes_.capacity() > keptCapacity) {
-      bytes_ = {};
+      std::vector<std::uint8_t>().swap(bytes_);
     }
     bytes_.clear();
   }
 
  private:
-  /// Room that stays for the next message; what a rare long one needed is given back.
-  static constexpr std::size_t keptCapacity = 4096;
-
   std::vector<std::uint8_t> bytes_;
 };
 

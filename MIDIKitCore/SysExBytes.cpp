@@ -1,6 +1,7 @@
 #include "MIDIKitCore/SysExBytes.hpp"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace midikit::core {
 namespace {
@@ -8,14 +9,19 @@ namespace {
 template <typename Event>
 void append(const Event& event, SysExFraming framing, std::vector<std::uint8_t>& into) {
   const SysExHeader header(event);
-  into.reserve(into.size() + header.size() + event.data.size() + 2);
+  const std::size_t before = into.size();
+  const std::size_t frame = std::size_t{framing.leading} + std::size_t{framing.trailing};
+  // Not reserve(), which makes just as much room as it's asked for: a list of many messages would move each
+  // time.
+  into.resize(before + header.size() + event.data.size() + frame);
+  std::uint8_t* at = into.data() + before;
   if (framing.leading) {
-    into.push_back(0xF0);
+    *at++ = 0xF0;
   }
-  into.insert(into.end(), header.begin(), header.end());
-  into.insert(into.end(), event.data.begin(), event.data.end());
+  at = std::ranges::copy(header, at).out;
+  at = std::ranges::copy(event.data, at).out;
   if (framing.trailing) {
-    into.push_back(0xF7);
+    *at = 0xF7;
   }
 }
 

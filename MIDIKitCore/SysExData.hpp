@@ -150,17 +150,31 @@ class SysEx7Bytes {
   std::span<const std::uint8_t> bytes_;
 };
 
-/// A body of such bytes.
-class SysEx7Data : public SysExData {
+/// A body of such bytes. It can be read as any other body, but nothing puts other bytes into it.
+class SysEx7Data {
  public:
   SysEx7Data() noexcept = default;
-  explicit SysEx7Data(SysEx7Bytes bytes) : SysExData(bytes.span()) {}
+  explicit SysEx7Data(SysEx7Bytes bytes) : body_(bytes.span()) {}
 
   /// None if a byte is 0x80 or above.
   static std::optional<SysEx7Data> exactly(std::span<const std::uint8_t> bytes) {
     const auto checked = SysEx7Bytes::exactly(bytes);
     return checked ? std::optional<SysEx7Data>(std::in_place, *checked) : std::nullopt;
   }
+
+  operator const SysExData&() const noexcept { return body_; }
+
+  const std::uint8_t* data() const noexcept { return body_.data(); }
+  std::size_t size() const noexcept { return body_.size(); }
+  bool empty() const noexcept { return body_.empty(); }
+  const std::uint8_t* begin() const noexcept { return body_.begin(); }
+  const std::uint8_t* end() const noexcept { return body_.end(); }
+  std::uint8_t operator[](std::size_t index) const noexcept { return body_[index]; }
+
+  friend bool operator==(const SysEx7Data&, const SysEx7Data&) = default;
+
+ private:
+  SysExData body_;
 };
 
 }  // namespace midikit::core

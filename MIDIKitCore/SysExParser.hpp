@@ -13,12 +13,15 @@
 
 namespace midikit::core {
 
-// Turns one complete system exclusive message into its event. No bytes at all are `rawBytesEmpty`, whatever
-// else is wrong is `malformed`; nothing is cut off or mended. Pure functions: any thread.
+// Turns one complete system exclusive message into its event. No bytes at all are `rawBytesEmpty`, but for
+// text, in which they are `malformed` as whatever else is wrong; nothing is cut off or mended. Pure
+// functions: any thread.
 
 using SysExResult = internals::Result<MIDIEvent, ParseError>;
 
 /// `rawBytes` is a whole message of a MIDI 1.0 byte stream: 0xF0, the body, and 0xF7, which may be missing.
+/// A universal message of exactly five bytes - 0xF0, 0x7E or 0x7F, device ID and two sub-IDs - is malformed:
+/// with nothing behind its second sub-ID it needs its 0xF7 to be whole.
 SysExResult parseSysEx7(std::span<const std::uint8_t> rawBytes, UInt4 group = {});
 
 /// The same from hexadecimal text, as in "F0 41 01 F7": two digits a byte, in either case, with white space

@@ -15,7 +15,7 @@ class UMPPacket {
 
   constexpr UMPPacket() = default;
   /// At most four words; more are left out.
-  constexpr UMPPacket(std::span<const std::uint32_t> words) {
+  constexpr explicit UMPPacket(std::span<const std::uint32_t> words) {
     for (const std::uint32_t word : words.first(words.size() < maximumWords ? words.size() : maximumWords)) {
       words_[size_++] = word;
     }

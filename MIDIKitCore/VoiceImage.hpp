@@ -76,6 +76,10 @@ static_assert(offsetof(NoteOn, note) == offsetof(VoiceLayout, number) &&
               offsetof(CC, controller) == offsetof(VoiceLayout, number));
 static_assert(offsetof(NoteOn, attribute) == offsetof(VoiceLayout, attributeData) &&
               offsetof(NoteOff, attribute) == offsetof(VoiceLayout, attributeData));
+// An attribute has its data ahead of its type.
+static_assert(
+    std::bit_cast<std::array<std::uint8_t, sizeof(NoteAttribute)>>(NoteAttribute::undefined(
+        0x12, 0x3434))[offsetof(VoiceLayout, attributeType) - offsetof(VoiceLayout, attributeData)] == 0x12);
 
 /// How a value that is held in one form becomes the 32 bits of its place in a packet of MIDI 2.0.
 struct VoiceScaling {

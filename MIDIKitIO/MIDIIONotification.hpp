@@ -51,8 +51,8 @@ class MIDIIONotification {
   }
   static MIDIIONotification thruConnectionChanged() { return Case(ThruConnectionChanged()); }
   static MIDIIONotification serialPortOwnerChanged() { return Case(SerialPortOwnerChanged()); }
-  static MIDIIONotification ioError(MIDIDevice device, core::MIDIIOError error) {
-    return Case(IOError{std::move(device), std::move(error)});
+  static MIDIIONotification ioError(MIDIDevice device, const core::MIDIIOError& error) {
+    return Case(IOError{std::move(device), error});
   }
   static MIDIIONotification other(std::int32_t messageIDRawValue) { return Case(Other{messageIDRawValue}); }
 

@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "MIDIKitCore/SysExManufacturerTable.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
@@ -36,15 +38,22 @@ std::string textOf(const MIDIEvent& event) {
       [](const auto& other) { return MIDIEvent(other).debugDescription(); });
 }
 
+constexpr std::uint8_t firstRealTimeStatus = 0xF8;
+
 void printMessages(std::span<const std::uint8_t> dump) {
   const auto start = [&dump](auto from) { return std::find(from, dump.end(), 0xF0); };
   for (auto at = start(dump.begin()); at != dump.end();) {
-    // To 0xF7, which belongs to the message, or to another status byte, which doesn't.
-    auto end = std::find_if(at + 1, dump.end(), [](auto byte) { return byte >= 0x80; });
+    // To 0xF7, which belongs to the message, or to another status byte, which doesn't. Real-time messages
+    // may stand in the middle.
+    auto end = std::find_if(at + 1, dump.end(),
+                            [](auto byte) { return byte >= 0x80 && byte < firstRealTimeStatus; });
     if (end != dump.end() && *end == 0xF7) {
       ++end;
     }
-    const auto event = parseSysEx7({at, end});
+    std::vector<std::uint8_t> message;
+    std::remove_copy_if(at, end, std::back_inserter(message),
+                        [](auto byte) { return byte >= firstRealTimeStatus; });
+    const auto event = parseSysEx7(message);
     std::cout << at - dump.begin() << ": " << (event ? textOf(*event) : description(event.error())) << '\n';
     at = start(end);
   }

@@ -225,6 +225,7 @@ TEST(BoundedIntegerFormsTest, HasTheUpperMiddleValueForItsMidpoint) {
   static_assert(UInt7::midpoint() == 64_u7 && UInt14::midpoint() == 8192_u14 &&
                 UInt25::midpoint() == 16777216_u25);
   static_assert(UInt7::maximum<std::int8_t>() == 127 && UInt7::minimum<std::int64_t>() == 0);
+  static_assert(UInt14::minimum<std::uint8_t>() == 0);
   EXPECT_EQ(UInt7::truncating(0x17F), 127_u7);
   EXPECT_EQ(UInt25::truncating(-0xFFFFFFFFLL), 1_u25);
 }

@@ -5,6 +5,7 @@
 #include <random>
 #include <string>
 
+#include "MIDIKitCore/SysExBuffer.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
 #include "MIDIKitCore/UMPWords.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
@@ -135,6 +136,8 @@ TEST(MIDI2ParserTest, ReadsMIDI2ChannelVoiceMessages) {
       {"43 B2 87 00 12 34 56 78", {}},
       {"43 C2 FF 00 05 FF 01 02", {MIDIEvent::programChange(5_u7, 2_u4, 3_u4)}},
       {"43 C2 00 FF 05 00 01 02", {MIDIEvent::programChange(5_u7, Bank::bankSelect(130_u14), 2_u4, 3_u4)}},
+      {"43 C2 00 FE 05 00 01 02", {MIDIEvent::programChange(5_u7, 2_u4, 3_u4)}},
+      {"43 C2 00 01 05 00 01 02", {MIDIEvent::programChange(5_u7, Bank::bankSelect(130_u14), 2_u4, 3_u4)}},
       {"43 C2 00 00 85 00 01 02", {}},
       {"43 C2 00 00 05 00 80 00", {}},
       {"43 C2 00 00 05 00 00 80", {}},
@@ -149,6 +152,16 @@ TEST(MIDI2ParserTest, ReadsMIDI2ChannelVoiceMessages) {
       {"43 92 3C 00 80 00 00 00 00 00 00 00", {}},
   };
   expectEvents(cases);
+}
+
+TEST(MIDI2ParserTest, AnIndexOfEightBitsIsRefusedWhereThereIsOne) {
+  for (int opcode = 0; opcode <= 0xF; ++opcode) {
+    const auto first = static_cast<std::uint8_t>(opcode << 4);
+    const auto events = MIDI2Parser().parsedEvents(Bytes{0x40, first, 0x80, 0, 0, 0, 0, 0});
+    // Of a program, the pressure of a channel and its bend the byte is reserved.
+    const bool hasNone = opcode == 0xC || opcode == 0xD || opcode == 0xE;
+    EXPECT_EQ(events.size(), hasNone ? 1U : 0U) << opcode;
+  }
 }
 
 TEST(MIDI2ParserTest, EventsComeBackFromTheirPackets) {
@@ -247,6 +260,22 @@ TEST(MIDI2ParserTest, PutsEightBitSysExOfEachStreamTogether) {
   MIDI2Parser parser;
   for (const auto& [packet, expected] : steps) {
     EXPECT_EQ(parser.parsedEvents(bytesOf(packet)), expected) << packet;
+  }
+}
+
+TEST(SysExBufferTest, GivesBackTheMemoryOfALongMessageOnly) {
+  constexpr std::size_t kept = SysExBuffer::keptCapacity;
+  const Bytes longest(100 * kept);
+  const std::span bytes(longest);
+  for (const std::size_t length : {std::size_t{1}, kept, kept + 1, longest.size()}) {
+    for (const bool isTooLong : {false, true}) {
+      SysExBuffer buffer;
+      buffer.append(bytes.first(length), length);
+      const auto capacity = buffer.capacity();
+      isTooLong ? buffer.append(bytes.first(1), length) : buffer.clear();
+      EXPECT_TRUE(buffer.empty());
+      EXPECT_EQ(buffer.capacity(), length > kept ? 0 : capacity) << length;
+    }
   }
 }
 

@@ -31,6 +31,7 @@ struct Row {
 };
 
 std::vector<Row> channelVoiceRows() {
+  const MIDINote rolandC(60_u7, MIDINote::Style::roland);
   return {
       {MIDIEvent::noteOn(60_u7, Velocity::midi1(64_u7), 1_u4, 2_u4),
        "91 3C 40",
@@ -47,6 +48,32 @@ std::vector<Row> channelVoiceRows() {
        {0x2080057F},
        {0x40800509, 0xFFFF0007},
        "noteOff(0x5, vel: unitInterval(1), undefined(9, data: 7), chan: 0x0, group: 0x0)"},
+      {MIDIEvent::noteOff(5_u7, Velocity::midi1(64_u7), NoteAttribute::profileSpecific(0x1234), 0_u4),
+       "80 05 40",
+       {0x20800540},
+       {0x40800502, 0x80001234},
+       "noteOff(0x5, vel: midi1(64), profileSpecific(4660), chan: 0x0, group: 0x0)"},
+      {MIDIEvent::noteOff(5_u7, Velocity::midi2(0x8001), NoteAttribute::undefined(0xFF, 0xFFFF), 0_u4),
+       "80 05 40",
+       {0x20800540},
+       {0x408005FF, 0x8001FFFF},
+       "noteOff(0x5, vel: midi2(32769), undefined(255, data: 65535), chan: 0x0, group: 0x0)"},
+      // The style of a note isn't sent.
+      {MIDIEvent::noteOn(rolandC, Velocity::midi1(64_u7), 1_u4, 2_u4),
+       "91 3C 40",
+       {0x22913C40},
+       {0x42913C00, 0x80000000},
+       "noteOn(0x3C, vel: midi1(64), chan: 0x1, group: 0x2)"},
+      {MIDIEvent::noteOff(rolandC, Velocity::midi2(0x8000), 1_u4, 2_u4),
+       "81 3C 40",
+       {0x22813C40},
+       {0x42813C00, 0x80000000},
+       "noteOff(0x3C, vel: midi2(32768), chan: 0x1, group: 0x2)"},
+      {MIDIEvent::notePressure(rolandC, Amount::midi1(64_u7), 1_u4, 2_u4),
+       "A1 3C 40",
+       {0x22A13C40},
+       {0x42A13C00, 0x80000000},
+       "notePressure(note: 0x3C, amount: midi1(64), chan: 0x1, group: 0x2)"},
       {MIDIEvent::noteCC(60_u7, PerNoteController::registered(PerNoteController::Registered::volume),
                          NoteValue::midi2(5), 1_u4, 2_u4),
        "",
@@ -240,6 +267,18 @@ TEST(MIDIEventEncodingTest, EveryCaseHasItsBytesItsPacketsAndItsText) {
   }
 }
 
+TEST(MIDIEventEncodingTest, TheTextOfALongBodyIsCutOff) {
+  const auto textOf = [](std::size_t length) {
+    return MIDIEvent(*SysEx7::make(SysExManufacturer::oneByte(0x41_u7), Bytes(length, 5))).debugDescription();
+  };
+  std::string all;
+  for (int byte = 0; byte < 64; ++byte) {
+    all += byte == 0 ? "0x05" : ", 0x05";
+  }
+  EXPECT_EQ(textOf(64), "sysEx7(mfr: 0x41, data: [" + all + "], group: 0x0)");
+  EXPECT_EQ(textOf(65), "sysEx7(mfr: 0x41, data: [" + all + "] and so on, 65 bytes, group: 0x0)");
+}
+
 TEST(MIDIEventEncodingTest, AListGivesWhatItsEventsGiveOneByOne) {
   Events events;
   Bytes bytes = {0xAA};
@@ -374,6 +413,7 @@ TEST(MIDIEventEncodingTest, WiderValuesGoOutWithoutTheirLowBits) {
                 1, upper << 16);
     expectVoice(MIDIEvent::noteOff(1_u7, Velocity::midi2(velocity), 6_u4, 11_u4), 0x80, 1, seven, 1,
                 upper << 16);
+    expectVoice(MIDIEvent::notePressure(1_u7, Amount::midi2(word), 6_u4, 11_u4), 0xA0, 1, seven, 1, word);
     expectVoice(MIDIEvent::cc(1_u7, Amount::midi2(word), 6_u4, 11_u4), 0xB0, 1, seven, 1, word);
     expectVoice(MIDIEvent::pressure(Amount::midi2(word), 6_u4, 11_u4), 0xD0, upper >> 9, -1, 0, word);
     expectVoice(MIDIEvent::pitchBend(Bend::midi2(word), 6_u4, 11_u4), 0xE0, word >> 18 & 0x7F,

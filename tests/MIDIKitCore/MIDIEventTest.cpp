@@ -188,6 +188,15 @@ TEST(MIDIEventTest, RefusesSystemExclusiveBytesOfEightBits) {
   EXPECT_FALSE(MIDIEvent::universalSysEx7(UniversalSysExType::realTime, 1_u7, 2_u7, 3_u7, tooLarge));
 }
 
+TEST(MIDIEventTest, TakesABodyThatIsCheckedAsItIs) {
+  const auto manufacturer = SysExManufacturer::oneByte(1_u7);
+  const auto realTime = UniversalSysExType::realTime;
+  const SysEx7Data body = *SysEx7Data::exactly(data);
+  EXPECT_EQ(MIDIEvent::sysEx7(manufacturer, body, 2_u4), *MIDIEvent::sysEx7(manufacturer, data, 2_u4));
+  EXPECT_EQ(MIDIEvent::universalSysEx7(realTime, 1_u7, 2_u7, 3_u7, body),
+            *MIDIEvent::universalSysEx7(realTime, 1_u7, 2_u7, 3_u7, data));
+}
+
 // Events can be constants, and are small.
 constexpr MIDIEvent constant = MIDIEvent::pitchBend(Bend::bipolarUnitInterval(0.0), 1_u4);
 constexpr MIDIEvent constantCopy = constant;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <type_traits>
 #include <vector>
 
 namespace midikit::core {
@@ -37,6 +38,10 @@ TEST(MIDIIOError, IsEqualOnlyWithTheSameCaseAndPayload) {
   }
   EXPECT_TRUE(MIDIIOError::osStatus(7) == MIDIIOError::osStatus(MIDIOSStatus::ioError));
 }
+
+// Else an error on its way to its handler could end the program.
+static_assert(std::is_nothrow_copy_constructible_v<MIDIIOError> &&
+              std::is_nothrow_copy_assignable_v<MIDIIOError>);
 
 TEST(MIDIIOError, ACheckedStatusThrowsUnlessItIsZero) {
   EXPECT_NO_THROW(checkStatus(0));

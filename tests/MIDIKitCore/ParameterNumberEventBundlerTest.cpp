@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 using karvex::foundation::Duration;
 using Source = std::optional<std::string>;
 
-MIDIEvent rpn(UInt7 msb, std::optional<UInt7> lsb, UInt4 channel = 0_u4, UInt7 number = 9_u7) {
+MIDIEvent rpn(std::optional<UInt7> msb, std::optional<UInt7> lsb, UInt4 channel = 0_u4, UInt7 number = 9_u7) {
   return MIDIEvent::rpn(RegisteredController::raw({.msb = 2_u7, .lsb = number}, msb, lsb), channel);
 }
 
@@ -88,6 +88,11 @@ TEST_F(ParameterNumberEventBundlerTest, BatchesAreRewrittenInPlace) {
       {"what waited goes ahead of all", {{{clock, half, clock, clock}, {half, clock, clock, clock}}}},
       {"the kinds flush each other",
        {{{half}, {}}, {{nrpn(1_u7, {})}, {half}}, {{half}, {nrpn(1_u7, {})}}, {{whole}, {whole}}}},
+      {"what went ahead keeps its order",
+       {{{half, nrpn(1_u7, {}), clock}, {half, nrpn(1_u7, {}), clock}},
+        {{nrpn(1_u7, {}), half, clock}, {nrpn(1_u7, {}), half, clock}}}},
+      {"both without a byte of the entry", {{{rpn({}, {})}, {}}, {{rpn({}, 5_u7)}, {rpn({}, 5_u7)}}}},
+      {"one of them without", {{{rpn({}, {})}, {}}, {{rpn(0_u7, 5_u7)}, {rpn({}, {}), rpn(0_u7, 5_u7)}}}},
       {"an NRPN doesn't complete an RPN", {{{half}, {}}, {{nrpn(1_u7, 5_u7)}, {half, nrpn(1_u7, 5_u7)}}}},
       {"NRPN", {{{nrpn(1_u7, {})}, {}}, {{nrpn(1_u7, 5_u7)}, {nrpn(1_u7, 5_u7)}}}},
       {"an empty batch decides nothing", {{{half}, {}}, {{}, {}}, {{whole}, {whole}}}},
@@ -160,6 +165,16 @@ TEST_F(ParameterNumberEventBundlerTest, TheAdvancedParserBundlesIfItIsToldTo) {
                                                {0ms, {asWhole}, 2, "b"},
                                                {0ms, nothing, 1, "a"},
                                                {50ms, {asHalf}, 1, "a"}}));
+}
+
+TEST_F(ParameterNumberEventBundlerTest, WhatIsHeldIsHandedOnWithItsOwnPacketsTimestampAndSource) {
+  AdvancedMIDI2Parser<Source> parser(runtime.clock(), runtime.mainQueue(), handler());
+  parser.bundleRPNAndNRPNDataEntryLSB = true;
+  parser.parseEvents(Packet{bytesOf("40 20 02 09 02 00 00 00"), 1, "a"});
+  parser.parseEvents(Packet{bytesOf("60 00 00 00"), 3, {}});
+  runFor(1s);
+  ASSERT_EQ(deliveries.size(), 3U);
+  EXPECT_EQ(deliveries.back(), (Delivery{50ms, {rpn(1_u7, 0_u7)}, 1, "a"}));
 }
 
 TEST_F(ParameterNumberEventBundlerTest, AHandlerMayParseAnotherPacket) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 #include "tests/MIDIKitCore/Events.hpp"
@@ -84,6 +85,11 @@ TEST(SysEx7DataTest, RefusesAByteOfEightBitsWhereverItStands) {
     }
   }
 }
+
+// Nothing but checked bytes becomes a body of 7-bit bytes, and no body is changed by way of the general one.
+static_assert(!std::is_convertible_v<SysEx7Data&, SysExData&> && !std::is_base_of_v<SysExData, SysEx7Data>);
+static_assert(!std::is_assignable_v<SysEx7Data&, SysExData> &&
+              !std::is_constructible_v<SysEx7Data, SysExData>);
 
 }  // namespace
 }  // namespace midikit::core

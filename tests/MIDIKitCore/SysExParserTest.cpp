@@ -87,6 +87,12 @@ TEST(SysExParserTest, ReadsWholeMessages) {
   }
 }
 
+TEST(SysExParserTest, SaysWhyThereIsNoEvent) {
+  EXPECT_EQ(description(ParseError::rawBytesEmpty), "Raw bytes empty.");
+  EXPECT_EQ(description(ParseError::malformed), "Malformed.");
+  EXPECT_EQ(description(ParseError::invalidType), "Invalid type.");
+}
+
 TEST(SysExParserTest, ReadsHexadecimalText) {
   const Case cases[] = {
       {"f0 41 01 f7", sysEx7(roland, "01")},
@@ -159,6 +165,19 @@ TEST(SysExParserTest, FramingIsOptional) {
   EXPECT_EQ(sysEx7Bytes(event, {.leading = false}), bytesOf("00 01 02 03 04 F7"));
   EXPECT_EQ(sysEx7Bytes(event, {.leading = false, .trailing = false}), bytesOf("00 01 02 03 04"));
   EXPECT_EQ(sysEx7Bytes(identityRequest(0x10_u7), {.trailing = false}), bytesOf("F0 7E 10 06 01"));
+}
+
+TEST(SysExParserTest, AListOfMessagesSeldomMoves) {
+  const MIDIEvent event = *SysEx7::make(roland, bytesOf("01 02"));
+  Bytes list;
+  std::size_t moves = 0;
+  for (int count = 1; count <= 1000; ++count) {
+    const std::size_t before = list.capacity();
+    event.appendMIDI1Bytes(list);
+    moves += list.capacity() != before ? 1U : 0U;
+    ASSERT_EQ(list.size(), 5U * static_cast<std::size_t>(count));
+  }
+  EXPECT_LT(moves, 30U);
 }
 
 TEST(SysExParserTest, IdentityMessagesAreThoseOfTheStandard) {

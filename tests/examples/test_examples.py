@@ -19,13 +19,13 @@ def run(program: str, *arguments: str, data: bytes = b"", code: int = 0) -> byte
 
 
 class DecodeSysEx(unittest.TestCase):
-    # An identity request, junk, a dump, a message that another cuts off, and one with half an ID.
-    DUMP = bytes.fromhex("F07E7F0601F7" "903C40" "F00021090102F7" "F0417F" "F0002FF7")
+    # An identity request, junk, a dump with a clock in it, a message that another cuts off, and one with half an ID.
+    DUMP = bytes.fromhex("F07E7F0601F7" "903C40" "F000210901F802F7" "F0417F" "F0002FF7")
     TEXT = (
         "0: nonRealTime, device 127, 06 01, 0 bytes: \n"
         "9: 0x00 0x21 0x09 (Native Instruments), 2 bytes: 01 02\n"
-        "16: 0x41 (Roland Corporation), 1 bytes: 7F\n"
-        "19: Malformed.\n"
+        "17: 0x41 (Roland Corporation), 1 bytes: 7F\n"
+        "20: Malformed.\n"
     )
 
     def test_standard_input(self):
