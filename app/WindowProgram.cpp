@@ -14,23 +14,31 @@ WindowProgram::WindowProgram(MakeCore makeCore)
       thread_([this, makeCore = std::move(makeCore)] { runCore(makeCore); }) {
   try {
     core_ = made_.get_future().get();
+    window_ = std::make_unique<ui::qt::MainWindow>(
+        ui::qt::WindowLinks{core_->actions(), upgrade::currentLoadProgress,
+                            [this](ui::Leaving leaving) { closeUnlessRunning(leaving); }});
   } catch (...) {
-    thread_.join();
+    endCore();
     throw;
   }
-  window_ = std::make_unique<ui::qt::MainWindow>(
-      ui::qt::WindowLinks{core_->actions(), upgrade::currentLoadProgress, [this] { closeUnlessRunning(); }});
 }
 
 WindowProgram::~WindowProgram() {
-  core_->runtime().stopMain();
+  endCore();
+}
+
+void WindowProgram::endCore() {
+  if (core_ != nullptr) {
+    core_->runtime().stopMain();
+  }
   isOver_.set_value();
   thread_.join();
 }
 
 void WindowProgram::run() {
-  const ui::EndSignals endSignals(
-      [this] { QMetaObject::invokeMethod(&toolkit_, [this] { closeByOrder(); }, Qt::QueuedConnection); });
+  const ui::EndSignals endSignals([this] {
+    QMetaObject::invokeMethod(&toolkit_, [this] { window_->closeByOrder(); }, Qt::QueuedConnection);
+  });
   window_->show();
   core_->shown();
   QApplication::exec();
@@ -56,13 +64,8 @@ void WindowProgram::runCore(const MakeCore& makeCore) {
   isOver_.get_future().wait();
 }
 
-void WindowProgram::closeByOrder() {
-  leaving_ = ui::Actions::Leaving::byOrder;
-  window_->close();
-}
-
-void WindowProgram::closeUnlessRunning() {
-  core_->actions().leave(leaving_, [this] {
+void WindowProgram::closeUnlessRunning(ui::Leaving leaving) {
+  core_->actions().leave(leaving, [this] {
     QMetaObject::invokeMethod(&toolkit_, [this] { window_->closeForGood(); }, Qt::QueuedConnection);
   });
 }

@@ -34,8 +34,8 @@ class WindowProgram {
 
  private:
   void runCore(const MakeCore& makeCore);
-  void closeByOrder();
-  void closeUnlessRunning();
+  void endCore();
+  void closeUnlessRunning(ui::Leaving leaving);
 
   QObject toolkit_;  // Takes what the core's thread asks the toolkit's for.
   ui::qt::Mailbox<ui::Snapshot> snapshots_;
@@ -43,7 +43,6 @@ class WindowProgram {
   std::promise<void> isOver_;  // The window uses the core no more.
   ApplicationCore* core_ = nullptr;
   std::unique_ptr<ui::qt::MainWindow> window_;
-  ui::Actions::Leaving leaving_ = ui::Actions::Leaving::byUser;
   std::thread thread_;
 };
 

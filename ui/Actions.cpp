@@ -50,7 +50,7 @@ void Actions::confirm(upgrade::Alert alert) {
 }
 
 void Actions::sendReport() {
-  post([](ContentView& view) {
+  postUnlessAlert([](ContentView& view) {
     if (const auto sheet = view.deviceExplorerView()) {
       sheet->sendClicked();
     }
@@ -58,7 +58,7 @@ void Actions::sendReport() {
 }
 
 void Actions::closeSheet() {
-  post([](ContentView& view) { view.showDeviceExplorer.set(false); });
+  postUnlessAlert([](ContentView& view) { view.showDeviceExplorer.set(false); });
 }
 
 void Actions::leave(Leaving leaving, std::function<void()> leave) {

@@ -5,6 +5,7 @@
 
 #include "foundation/Queue.hpp"
 #include "foundation/Uuid.hpp"
+#include "ui/LeavingWish.hpp"
 #include "ui/UserActions.hpp"
 #include "upgrade/Alert.hpp"
 
@@ -28,13 +29,9 @@ class Actions final : public UserActions {
   void sendReport() override;
   void closeSheet() override;
 
-  /// Who wants the program to end.
-  enum class Leaving {
-    byUser,   ///< somebody looks on, and is to see a failure first
-    byOrder,  ///< of the system, or because nobody is there any more
-  };
   /// Calls `leave` on the main thread if nothing stands against it then: an upgrade, of which a click may be
-  /// on its way ahead of this, or a failure that nobody has seen. Ask again when the snapshot has changed.
+  /// on its way ahead of this, or a failure that nobody has seen. Ask again when the snapshot has changed;
+  /// a LeavingWish says when.
   void leave(Leaving leaving, std::function<void()> leave);
 
  private:

@@ -1,6 +1,8 @@
 #include "ui/ContentView.hpp"
 
-#include "MIDIKitCore/MIDIIOError.hpp"
+#include <exception>
+#include <string>
+
 #include "foundation/Log.hpp"
 #include "foundation/NotificationCenter.hpp"
 
@@ -30,7 +32,7 @@ void ContentView::showOrHideDeviceExplorer(bool shown) {
 void ContentView::appear() {
   try {
     midiManager->start();
-  } catch (const midikit::core::MIDIIOError& error) {
+  } catch (const std::exception& error) {
     foundation::log::print(std::string(error.what()) + '\n');
   }
   deviceListView.appear();

@@ -101,9 +101,24 @@ TEST_F(ActionsTest, WhileAnAlertIsUpOnlyItsOkDoesAnything) {
   }
 }
 
+TEST_F(ActionsTest, TheSheetStaysAsItIsBelowAnAlert) {
+  actions.sync();
+  runFor(1ms);
+  view.deviceListView.portBusyError.set(true);
+  actions.sendReport();
+  actions.closeSheet();
+  runFor(1s);
+  EXPECT_TRUE(view.showDeviceExplorer.get());
+  EXPECT_EQ(requestsTo("/services/deviceExplorer.php"), 0U);
+  actions.confirm(Alert::portBusy);
+  actions.closeSheet();
+  runFor(1s);
+  EXPECT_FALSE(view.showDeviceExplorer.get());
+}
+
 TEST_F(ActionsTest, LeavingWaitsForWhatMustNotBeLeft) {
-  using enum Actions::Leaving;
-  const auto mayLeave = [&](Actions::Leaving leaving) {
+  using enum Leaving;
+  const auto mayLeave = [&](Leaving leaving) {
     bool hasLeft = false;
     actions.leave(leaving, [&hasLeft] { hasLeft = true; });
     runFor(1ms);

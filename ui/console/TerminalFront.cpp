@@ -56,6 +56,7 @@ TerminalFront::TerminalFront(ContentView& view, Actions& actions, std::function<
       quit_(std::move(quit)),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       told_{.snapshot = snapshotOf(view)} {
+  told_.wish.see(told_.snapshot);
   if (wakeDescriptor_ < 0) {
     throw std::system_error(errno, std::generic_category(), "eventfd");
   }
@@ -63,9 +64,10 @@ TerminalFront::TerminalFront(ContentView& view, Actions& actions, std::function<
     auto snapshot = snapshotOf(view_);
     const std::lock_guard lock(mutex_);
     told_.snapshot = std::move(snapshot);
+    told_.wish.see(told_.snapshot);
     wake();
   });
-  endSignals_.emplace([this] { askToLeave(Actions::Leaving::byOrder); });
+  endSignals_.emplace([this] { askToLeave(Leaving::byOrder); });
   thread_ = std::thread([this] { run(); });
 }
 
@@ -87,11 +89,9 @@ void TerminalFront::notice(std::string_view line) {
   wake();
 }
 
-void TerminalFront::askToLeave(Actions::Leaving leaving) {
+void TerminalFront::askToLeave(Leaving leaving) {
   const std::lock_guard lock(mutex_);
-  if (told_.leaving != Actions::Leaving::byOrder) {
-    told_.leaving = leaving;
-  }
+  told_.wish.make(leaving);
   wake();
 }
 
@@ -128,7 +128,7 @@ void TerminalFront::takeKeys(short events) {
   const auto length = ::read(STDIN_FILENO, bytes.data(), bytes.size());
   if (length <= 0 && (events & (POLLHUP | POLLERR)) != 0) {
     isHungUp_ = true;  // Nobody is there any more.
-    askToLeave(Actions::Leaving::byOrder);
+    askToLeave(Leaving::byOrder);
   }
   for (const auto key : keysIn({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0))})) {
     handle(key);
@@ -136,11 +136,10 @@ void TerminalFront::takeKeys(short events) {
 }
 
 void TerminalFront::draw() {
-  const auto [snapshot, notice, leaving, isEnding] = told();
-  const bool isHeldBack = leaving && isBusy(snapshot);
+  const auto [snapshot, notice, wish, isEnding] = told();
   const auto size = pageSize();
   auto drawing = drawingOf(pageOf(snapshot, upgrade::currentLoadProgress(),
-                                  isHeldBack ? std::string(texts::closingHeldBack) : notice, size));
+                                  wish.isHeldBack() ? std::string(texts::closingHeldBack) : notice, size));
   if (size != std::exchange(drawnSize_, size)) {
     TerminalMode::write(clearAll);  // The terminal has moved about what was there.
   } else if (drawing == drawn_) {
@@ -151,8 +150,7 @@ void TerminalFront::draw() {
 }
 
 void TerminalFront::leaveWhenIdle() {
-  const auto [snapshot, notice, leaving, isEnding] = told();
-  if (leaving && !isBusy(snapshot)) {
+  if (const auto leaving = told().wish.due()) {
     actions_.leave(*leaving, quit_);
   }
 }
@@ -161,7 +159,7 @@ void TerminalFront::handle(Key key) {
   const auto snapshot = told().snapshot;
   if (key == Key::quit) {
     // An alert that is up has been seen.
-    askToLeave(snapshot.alert ? Actions::Leaving::byOrder : Actions::Leaving::byUser);
+    askToLeave(snapshot.alert ? Leaving::byOrder : Leaving::byUser);
   } else if (snapshot.alert) {
     if (key == Key::enter) {
       actions_.confirm(snapshot.alert->alert);

@@ -23,7 +23,8 @@ namespace karvex::ui::console {
 class TerminalFront {
  public:
   /// `quit` is called, on the main thread, when the user or a signal (EndSignals) wants the program to end:
-  /// behind the run that is going, and behind its reports to the service. Everything must outlive the front.
+  /// behind the run that is going, and behind its reports to the service; a user's wish is dropped if that
+  /// run fails (LeavingWish). Everything must outlive the front.
   TerminalFront(ContentView& view, Actions& actions, std::function<void()> quit);
   ~TerminalFront();
   TerminalFront(const TerminalFront&) = delete;
@@ -38,7 +39,7 @@ class TerminalFront {
   void handle(Key key);
   void moveSelection(int step);
   void takeKeys(short events);
-  void askToLeave(Actions::Leaving leaving);
+  void askToLeave(Leaving leaving);
   void leaveWhenIdle();
   void wake();
 
@@ -46,7 +47,7 @@ class TerminalFront {
   struct Told {
     Snapshot snapshot;
     std::string notice;
-    std::optional<Actions::Leaving> leaving;
+    LeavingWish wish;
     bool isEnding = false;
   };
   Told told();

@@ -20,8 +20,9 @@ constexpr int spacing = 14;
 constexpr int iconSize = 40;
 constexpr int okWidth = 84;
 
+/// What failed may have the name of a foreign device in it; the program's own words stay as they are.
 QLabel* makeText(const std::string& text, const char* name, QWidget* parent) {
-  auto* label = new QLabel(qtText(text), parent);
+  auto* label = new QLabel(linesText(text), parent);
   label->setObjectName(QLatin1String(name));
   label->setTextFormat(Qt::PlainText);
   label->setTextInteractionFlags(Qt::TextSelectableByMouse);  // What failed is worth a copy.
@@ -75,7 +76,7 @@ AlertBox::AlertBox(const AlertText& alert, UserActions& actions, QWidget* window
   setWindowModality(Qt::WindowModal);
   setWindowTitle(qtText(alert.title));
   setAccessibleName(qtText(alert.title));
-  setAccessibleDescription(qtText(alert.message));
+  setAccessibleDescription(linesText(alert.message));
   auto* ok = makeOkButton(this);
   connect(ok, &QPushButton::clicked, this, &AlertBox::accept);
 

@@ -4,6 +4,8 @@
 #include <QHeaderView>
 #include <QPainter>
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "ui/qt/CellDelegate.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
@@ -14,6 +16,7 @@
 namespace karvex::ui::qt {
 namespace {
 
+constexpr int statusColumn = static_cast<int>(Column::status);
 constexpr int leastRowHeight = 44;
 /// Room above and below two lines of status text.
 constexpr int rowPadding = 10;
@@ -56,10 +59,10 @@ DeviceTable::DeviceTable(std::function<void(std::optional<foundation::Uuid>)> se
   setWordWrap(false);
   setCornerButtonEnabled(false);
   setFrameShape(NoFrame);
-  setHorizontalScrollMode(ScrollPerPixel);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);  // The columns share the width that there is.
   setVerticalScrollMode(ScrollPerPixel);
   setItemDelegate(new CellDelegate(this));
-  setItemDelegateForColumn(static_cast<int>(Column::status), new StatusDelegate(this));
+  setItemDelegateForColumn(statusColumn, new StatusDelegate(this));
   setAccessibleName(tr("Devices"));
   setAccessibleDescription(tr("The devices that can be upgraded. Choose one with the arrow keys."));
   layOutColumns();
@@ -70,12 +73,29 @@ void DeviceTable::layOutColumns() {
   auto* titles = new TableHeader(this);
   setHorizontalHeader(titles);
   verticalHeader()->hide();
-  titles->setSectionResizeMode(QHeaderView::ResizeToContents);
-  titles->setSectionResizeMode(static_cast<int>(Column::device), QHeaderView::Stretch);
-  titles->setSectionResizeMode(static_cast<int>(Column::status), QHeaderView::Fixed);
-  titles->resizeSection(static_cast<int>(Column::status), statusColumnWidth);
+  titles->setSectionResizeMode(QHeaderView::Fixed);
+  titles->resizeSection(statusColumn, statusColumnWidth);
   addScrollBarWidget(new ScrollBarEnd(titles, this), Qt::AlignTop);
   addScrollBarWidget(new ScrollBarEnd(nullptr, this), Qt::AlignBottom);
+}
+
+/// Each column gets what it asks for, and the first one the rest. Where the width is short, the widest give
+/// way.
+void DeviceTable::shareWidth() {
+  auto room = std::max(0, viewport()->width() - statusColumnWidth);
+  std::vector<std::pair<int, int>> wishes;  // The width, and the column.
+  for (int column = 0; column < statusColumn; ++column) {
+    const auto wish = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
+    wishes.emplace_back(column == 0 ? std::max(room, wish) : wish, column);
+  }
+  // The narrowest are served first, and none gets more than an equal share of what is left; the first column
+  // comes last, as what it asks for grows with the room.
+  std::ranges::sort(wishes);
+  for (auto left = static_cast<int>(wishes.size()); const auto& [wish, column] : wishes) {
+    const auto width = std::min(wish, room / left--);
+    horizontalHeader()->resizeSection(column, width);
+    room -= width;
+  }
 }
 
 void DeviceTable::setRowHeight() {
@@ -87,6 +107,7 @@ void DeviceTable::setRowHeight() {
 void DeviceTable::draw(const Snapshot& snapshot) {
   const auto wasSelected = selection_->currentIndex();
   model_->setRows(snapshot.rows);
+  shareWidth();
   const auto selected = model_->indexOf(snapshot.selected);
   selection_->showSelected(selected);
   if (selected.isValid() && selected != wasSelected) {
@@ -112,7 +133,13 @@ void DeviceTable::changeEvent(QEvent* event) {
   QTableView::changeEvent(event);
   if (event->type() == QEvent::FontChange) {
     setRowHeight();
+    shareWidth();
   }
+}
+
+void DeviceTable::resizeEvent(QResizeEvent* event) {
+  QTableView::resizeEvent(event);
+  shareWidth();
 }
 
 }  // namespace karvex::ui::qt

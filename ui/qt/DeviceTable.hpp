@@ -28,9 +28,11 @@ class DeviceTable final : public QTableView {
  protected:
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   void changeEvent(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   void layOutColumns();
+  void shareWidth();
   void setRowHeight();
 
   DeviceTableModel* model_;

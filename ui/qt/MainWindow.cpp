@@ -53,10 +53,8 @@ void MainWindow::draw(const Snapshot& snapshot) {
   drawProgress();
   drawSheet();
   drawAlert();
-  drawCloseNotice();
-  if (wantsToClose_ && !isBusy(snapshot_)) {
-    links_.askToClose();
-  }
+  wish_.see(snapshot_);
+  followWish();
 }
 
 void MainWindow::drawProgress() {
@@ -72,8 +70,7 @@ void MainWindow::drawProgress() {
 
 void MainWindow::drawAlert() {
   if (alert_ && !(snapshot_.alert && alert_->shows(*snapshot_.alert))) {
-    alert_->dismiss();
-    alert_ = nullptr;
+    dismissAlert();
   }
   if (!alert_ && snapshot_.alert) {
     alert_ = new AlertBox(*snapshot_.alert, links_.actions, sheet_ ? static_cast<QWidget*>(sheet_) : this);
@@ -81,8 +78,16 @@ void MainWindow::drawAlert() {
   }
 }
 
+void MainWindow::dismissAlert() {
+  if (alert_) {
+    alert_->dismiss();
+    alert_ = nullptr;
+  }
+}
+
 void MainWindow::drawSheet() {
   if (sheet_ && !snapshot_.showsDeviceExplorer) {
+    dismissAlert();  // It would go with the sheet that it belongs to; drawAlert() makes another one.
     sheet_->dismiss();
     sheet_ = nullptr;
   } else if (!sheet_ && snapshot_.showsDeviceExplorer) {
@@ -94,12 +99,14 @@ void MainWindow::drawSheet() {
   }
 }
 
-void MainWindow::drawCloseNotice() {
-  const bool isHeldBack = wantsToClose_ && isBusy(snapshot_);
-  if (isHeldBack == closeNotice_->isVisibleTo(this)) {
-    return;
+/// Says why the window stays, or asks for its end.
+void MainWindow::followWish() {
+  if (wish_.isHeldBack() != closeNotice_->isVisibleTo(this)) {
+    closeNotice_->setVisible(wish_.isHeldBack());
   }
-  closeNotice_->setVisible(isHeldBack);
+  if (const auto leaving = wish_.due()) {
+    links_.askToClose(*leaving);
+  }
 }
 
 void MainWindow::showEvent(QShowEvent* event) {
@@ -115,9 +122,13 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     return QWidget::closeEvent(event);
   }
   event->ignore();
-  wantsToClose_ = true;
-  drawCloseNotice();
-  links_.askToClose();
+  wish_.make(Leaving::byUser);
+  followWish();
+}
+
+void MainWindow::closeByOrder() {
+  wish_.make(Leaving::byOrder);
+  followWish();
 }
 
 void MainWindow::closeForGood() {

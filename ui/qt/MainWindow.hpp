@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <functional>
 
+#include "ui/LeavingWish.hpp"
 #include "ui/Snapshot.hpp"
 #include "ui/UserActions.hpp"
 #include "upgrade/LoadProgress.hpp"
@@ -23,9 +24,9 @@ struct WindowLinks {
   UserActions& actions;
   /// How far the load under way has come; asked while a snapshot has a row that shows it.
   std::function<upgrade::LoadProgress()> progress;
-  /// The user wants to close the window. Whoever finds that nothing stands against it calls closeForGood();
-  /// asked again with each further snapshot until then.
-  std::function<void()> askToClose;
+  /// The window is to be closed, and shows nothing that stands against it. Whoever finds that nothing does
+  /// calls closeForGood(); asked again with each further snapshot until then.
+  std::function<void(Leaving)> askToClose;
 };
 
 /// The main window: draws snapshots and hands on what the user does. The toolkit's thread.
@@ -36,6 +37,9 @@ class MainWindow final : public QWidget {
   explicit MainWindow(WindowLinks links);
 
   void draw(const Snapshot& snapshot);
+  /// As the user's wish to close, but no failure keeps the window: the system ends, or somebody without a
+  /// screen wants it.
+  void closeByOrder();
   void closeForGood();
   /// In front of the other windows and with the keyboard.
   void bringToFront();
@@ -46,8 +50,9 @@ class MainWindow final : public QWidget {
 
  private:
   void drawAlert();
+  void dismissAlert();
   void drawSheet();
-  void drawCloseNotice();
+  void followWish();
   void drawProgress();
 
   WindowLinks links_;
@@ -58,8 +63,8 @@ class MainWindow final : public QWidget {
   QPointer<AlertBox> alert_;
   QPointer<SyncSheet> sheet_;
   QTimer progressTimer_;
+  LeavingWish wish_;
   bool hasAppeared_ = false;
-  bool wantsToClose_ = false;
   bool closesForGood_ = false;
 };
 

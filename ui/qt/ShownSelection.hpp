@@ -20,8 +20,12 @@ class ShownSelection final : public QItemSelectionModel {
   void select(const QModelIndex& index, SelectionFlags command) override;
   void select(const QItemSelection& selection, SelectionFlags command) override;
   void setCurrentIndex(const QModelIndex& index, SelectionFlags command) override;
+  void clear() override;
+  void reset() override;
 
  private:
+  void showNone();
+
   std::function<void(const QModelIndex&)> wish_;
 };
 

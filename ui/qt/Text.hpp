@@ -10,8 +10,12 @@ namespace karvex::ui::qt {
 QString qtText(std::string_view utf8);
 
 /// Text for one line of the table: what a device or the service is called must not break its line, so control
-/// characters and those that turn the direction of reading are replaced (U+FFFD).
+/// characters and those that turn the direction of reading are replaced (U+FFFD). What goes on and on is cut
+/// off behind a few hundred characters.
 QString lineText(std::string_view utf8);
+
+/// Text of several lines, each of them as lineText() has it.
+QString linesText(std::string_view utf8);
 
 /// A tooltip with the text as it stands: by itself, a text that looks like markup would be read as such.
 QString plainToolTip(const QString& text);

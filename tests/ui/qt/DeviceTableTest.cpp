@@ -2,12 +2,14 @@
 
 #include <QAccessible>
 #include <QHeaderView>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
+#include <vector>
 
 #include "tests/ui/qt/WindowBench.hpp"
-#include "ui/Texts.hpp"
 #include "ui/qt/CellDelegate.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
 #include "ui/qt/Shades.hpp"
@@ -15,7 +17,11 @@
 namespace karvex::ui::qt {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
+using testing::Eq;
+using testing::IsEmpty;
+using testing::Not;
 
 QString textAt(DeviceTable& table, int row, Column column) {
   return table.model()->index(row, static_cast<int>(column)).data().toString();
@@ -47,11 +53,12 @@ bool hasPixel(const QImage& picture, const QColor& colour) {
 TEST(DeviceTable, ShowsTheTitlesAndTheCellsInOrder) {
   WindowBench bench(samples::idle());
   const auto& model = *bench.table().model();
-  ASSERT_EQ(model.columnCount(), static_cast<int>(texts::columnTitles.size()));
+  QStringList titles;
   for (int column = 0; column < model.columnCount(); ++column) {
-    EXPECT_EQ(model.headerData(column, Qt::Horizontal).toString().toStdString(),
-              texts::columnTitles.at(static_cast<std::size_t>(column)));
+    titles << model.headerData(column, Qt::Horizontal).toString();
   }
+  EXPECT_THAT(titles, ElementsAre("Device", "Serial Number", "Firmware Name", "Current Version",
+                                  "Target Version", "Status"));
   ASSERT_EQ(model.rowCount(), 5);
   EXPECT_EQ(textAt(bench.table(), 0, Column::device), "1 - LED Ring");
   EXPECT_EQ(textAt(bench.table(), 0, Column::serialNumber), "#1000010");
@@ -113,6 +120,34 @@ TEST(DeviceTable, AClickOnARowIsAWishAndSelectsNothingByItself) {
   EXPECT_EQ(bench.selectedRow(), -1);
   bench.window.draw(samples::selected());
   EXPECT_EQ(bench.selectedRow(), 0) << "what is shown is what the snapshot says";
+}
+
+TEST(DeviceTable, WhoTakesTheSelectionAwayWishesForNoneAndSeesWhatTheSnapshotSays) {
+  for (const auto& snapshot : {samples::selected(), samples::running()}) {
+    WindowBench bench(snapshot);
+    const auto row = bench.selectedRow();
+    ASSERT_GE(row, 0);
+    auto& viewport = *bench.table().viewport();
+    const QPoint beside(viewport.width() / 2, viewport.height() - 60);
+    ASSERT_FALSE(bench.table().indexAt(beside).isValid());
+    QTest::mouseClick(&viewport, Qt::LeftButton, Qt::NoModifier, beside);
+    EXPECT_THAT(bench.actions.selections, Not(IsEmpty()));
+    for (const auto& take : std::vector<std::function<void()>>{
+             [&] { bench.table().clearSelection(); },
+             [&] { bench.table().selectionModel()->clearSelection(); },
+             [&] { bench.table().selectionModel()->clear(); },
+         }) {
+      const auto before = bench.actions.selections.size();
+      take();
+      EXPECT_EQ(bench.actions.selections.size(), before + 1);
+    }
+    EXPECT_THAT(bench.actions.selections, Each(Eq(std::nullopt)));
+    EXPECT_EQ(bench.selectedRow(), row) << "during a run it is the run's";
+  }
+  WindowBench bench(samples::selected());
+  bench.window.draw(samples::idle());
+  EXPECT_EQ(bench.selectedRow(), -1);
+  EXPECT_THAT(bench.actions.selections, IsEmpty()) << "drawing is no wish";
 }
 
 TEST(DeviceTable, TheArrowKeysGoFromTheShownSelection) {
@@ -183,6 +218,55 @@ TEST(DeviceTable, NamesCantBreakTheirLineOrActAsMarkup) {
   const auto tip =
       bench.table().model()->index(1, static_cast<int>(Column::firmwareName)).data(Qt::ToolTipRole);
   EXPECT_EQ(tip.toString(), "<span>&lt;img src='file:///etc/hostname'&gt;</span>");
+}
+
+TEST(DeviceTable, ShowsNoMoreOfANameThanSomebodyReads) {
+  const struct {
+    std::string name;
+    std::string shown;
+  } cases[] = {
+      {std::string(300, 'x'), std::string(300, 'x')},
+      {std::string(2'000'000, 'x'), std::string(300, 'x') + "\xE2\x80\xA6"},
+      {"\xF0\x9F\x8E\xB8 guitar \xF3\xA0\x80\x81", "\xF0\x9F\x8E\xB8 guitar \xEF\xBF\xBD"},  // A tag (Cf).
+  };
+  auto snapshot = samples::idle();
+  for (const auto& one : cases) {
+    snapshot.rows[0].firmwareName = one.name;
+    WindowBench bench(snapshot);
+    EXPECT_EQ(textAt(bench.table(), 0, Column::firmwareName).toStdString(), one.shown);
+  }
+}
+
+TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
+  const std::string longText = "a text that is too long for its column, whichever that is";
+  auto crowded = samples::idle();
+  for (auto& row : crowded.rows) {
+    row.device = row.serialNumber = row.firmwareName = row.currentVersion = row.targetVersion = longText;
+  }
+  auto fewLong = samples::idle();
+  fewLong.rows[0].firmwareName = longText;
+  for (const auto& snapshot : {crowded, fewLong, samples::idle(), Snapshot{}}) {
+    WindowBench bench(snapshot);
+    for (const auto& size : {bench.window.minimumSize(), QSize(1300, 860)}) {
+      bench.window.resize(size);
+      QApplication::processEvents();
+      const auto& header = *bench.table().horizontalHeader();
+      EXPECT_EQ(header.length(), bench.table().viewport()->width());
+      EXPECT_EQ(header.sectionSize(5), 180);
+      EXPECT_FALSE(bench.table().horizontalScrollBar()->isVisible());
+      for (int column = 0; column < 5; ++column) {
+        EXPECT_GE(header.sectionSize(column), 100) << column;
+      }
+    }
+  }
+  WindowBench bench(crowded);
+  EXPECT_TRUE(bench.table()
+                  .model()
+                  ->index(0, 0)
+                  .data(Qt::ToolTipRole)
+                  .toString()
+                  .contains(QString::fromStdString(longText)))
+      << "what is cut off can be read";
 }
 
 TEST(DeviceTable, HasALookForAnEmptyList) {

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "tests/ui/qt/WindowBench.hpp"
-#include "ui/Texts.hpp"
 #include "ui/qt/AlertBox.hpp"
 #include "ui/qt/CloseNotice.hpp"
 #include "ui/qt/SyncSheet.hpp"
@@ -37,7 +36,7 @@ std::string textOf(const AlertBox& box, const char* label) {
 
 TEST(MainWindow, TellsOnceThatItIsOnTheScreen) {
   RecordingActions actions;
-  MainWindow window({actions, [] { return upgrade::LoadProgress(); }, [] {}});
+  MainWindow window({actions, [] { return upgrade::LoadProgress(); }, [](Leaving) {}});
   EXPECT_THAT(actions.calls, IsEmpty());
   window.show();
   window.hide();
@@ -55,9 +54,11 @@ struct ButtonCase {
 };
 
 const std::vector<ButtonCase> buttons{
-    {"upload", texts::uploadButton, texts::uploadHelp, &Snapshot::canUpload, Qt::Key_U, Qt::ControlModifier},
-    {"refresh", "", texts::refreshHelp, &Snapshot::canAct, Qt::Key_F5, Qt::NoModifier},
-    {"sync", "", texts::syncHelp, &Snapshot::canAct, Qt::Key_E, Qt::ControlModifier}};
+    {"upload", "Upload Firmware", "Start device(s) upload process", &Snapshot::canUpload, Qt::Key_U,
+     Qt::ControlModifier},
+    {"refresh", "", "Refresh device list", &Snapshot::canAct, Qt::Key_F5, Qt::NoModifier},
+    {"sync", "", "Sync your current equipment information", &Snapshot::canAct, Qt::Key_E,
+     Qt::ControlModifier}};
 
 TEST(MainWindow, EachButtonHasItsTextsAndWorksByMouseEnterSpaceAndShortcut) {
   for (const auto& one : buttons) {
@@ -141,12 +142,40 @@ TEST_P(EachAlert, IsConfirmedByEnterEscapeAndItsWindowsCloseButton) {
   EXPECT_TRUE(box->isVisible());
 }
 
+TEST(MainWindow, NamesInAnAlertCantTurnItsText) {
+  auto snapshot = samples::idle();
+  const auto alert = upgrade::Alert::halfkayModeFailed;
+  snapshot.alert = AlertText{alert, std::string(upgrade::titleOf(alert)),
+                             upgrade::messageOf(alert,
+                                                "port \xE2\x80\xAE"
+                                                "10\x1b[0m\xF3\xA0\x80\x81")};
+  WindowBench bench(snapshot);
+  EXPECT_EQ(textOf(*shown<AlertBox>(bench), "message"), upgrade::messageOf(alert,
+                                                                           "port \xEF\xBF\xBD"
+                                                                           "10\xEF\xBF\xBD[0m\xEF\xBF\xBD"));
+}
+
 TEST(MainWindow, OneAlertGivesWayToTheNext) {
   WindowBench bench(samples::withAlert(upgrade::Alert::portBusy));
   bench.window.draw(samples::withAlert(upgrade::Alert::uploadError));
   auto* box = shown<AlertBox>(bench);
   ASSERT_NE(box, nullptr);
   EXPECT_EQ(textOf(*box, "title"), upgrade::titleOf(upgrade::Alert::uploadError));
+}
+
+TEST(MainWindow, AnAlertOverTheSheetOutlivesIt) {
+  WindowBench bench(samples::withSheet(true));
+  auto snapshot = samples::withSheet(true);
+  snapshot.alert = samples::withAlert(upgrade::Alert::portBusy).alert;
+  bench.window.draw(snapshot);
+  snapshot.showsDeviceExplorer = false;  // Its report was answered.
+  bench.window.draw(snapshot);
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  EXPECT_EQ(shown<SyncSheet>(bench), nullptr);
+  auto* box = shown<AlertBox>(bench);
+  ASSERT_NE(box, nullptr);
+  QTest::keyClick(box, Qt::Key_Return);
+  EXPECT_THAT(bench.actions.confirmed, ElementsAre(upgrade::Alert::portBusy));
 }
 
 TEST(MainWindow, AnAlertKeepsTheMouseAndTheShortcutsFromTheWindow) {
@@ -220,22 +249,53 @@ TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
   WindowBench bench(samples::idle());
   bench.window.close();
   EXPECT_TRUE(bench.window.isVisible());
-  EXPECT_EQ(bench.closeRequests, 1);
+  EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser));
   EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+  bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
+  EXPECT_EQ(bench.closeRequests.size(), 2U) << "nobody has answered yet";
   bench.window.closeForGood();
   EXPECT_FALSE(bench.window.isVisible());
 }
 
-TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForAgainBehindIt) {
+TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForBehindItsSuccess) {
   WindowBench bench(samples::running());
+  auto* notice = bench.window.findChild<CloseNotice*>();
   QTest::keyClick(&bench.table(), Qt::Key_Q, Qt::ControlModifier);
-  EXPECT_EQ(bench.closeRequests, 1);
-  EXPECT_TRUE(bench.window.findChild<CloseNotice*>()->isVisible());
-  bench.window.draw(samples::running());
-  EXPECT_EQ(bench.closeRequests, 1);
+  EXPECT_TRUE(notice->isVisible());
+  auto snapshot = samples::running();
+  snapshot.isRunning = false;
+  snapshot.isReporting = true;
+  bench.window.draw(snapshot);  // The alert is not up yet.
+  snapshot.alert = samples::withAlert(upgrade::Alert::procedureComplete).alert;
+  bench.window.draw(snapshot);
+  EXPECT_TRUE(notice->isVisible());
+  EXPECT_THAT(bench.closeRequests, IsEmpty());
+  bench.window.draw(samples::idle());  // The user has answered the alert meanwhile.
+  EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser));
+  EXPECT_FALSE(notice->isVisible());
+}
+
+TEST(Closing, IsGivenUpWhenTheRunFailsSoThatTheRedRowIsSeen) {
+  WindowBench bench(samples::running());
+  bench.window.close();
+  auto failed = samples::idle();
+  failed.rows[2] = samples::rowWith(11, 3);
+  bench.window.draw(failed);
   bench.window.draw(samples::idle());
-  EXPECT_EQ(bench.closeRequests, 2);
+  EXPECT_THAT(bench.closeRequests, IsEmpty());
   EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+  bench.window.close();
+  EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser)) << "now it has been seen";
+}
+
+TEST(Closing, ByOrderWaitsForTheRunAndForNothingElse) {
+  WindowBench bench(samples::running());
+  bench.window.closeByOrder();
+  bench.window.close();
+  EXPECT_TRUE(bench.window.findChild<CloseNotice*>()->isVisible());
+  EXPECT_THAT(bench.closeRequests, IsEmpty());
+  bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
+  EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byOrder));
 }
 
 TEST(Closing, HidesNoFailure) {

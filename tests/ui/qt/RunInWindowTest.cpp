@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <atomic>
 #include <functional>
+#include <future>
 #include <memory>
 #include <string>
 
@@ -29,6 +30,12 @@ using ui::qt::SyncSheet;
 /// The rig's time runs as fast as the machine can; the window is the real one.
 class RunInWindow : public testing::Test {
  protected:
+  ~RunInWindow() override {
+    program_.reset();  // It may still say something.
+    foundation::log::redirectDebug(nullptr);
+    foundation::log::redirectSystem(nullptr);
+  }
+
   static constexpr int patience = 20000;  // Milliseconds, for a slow machine.
   static constexpr int statusColumn = 5;
 
@@ -218,21 +225,22 @@ TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
 
 TEST_F(RunInWindow, TheSheetStaysWhenTheReportDidNotGoOut) {
   ASSERT_EQ(rig::addServiceFault("cut-off@report", options.serviceFaults), std::nullopt);
-  std::atomic<bool> hasFailed = false;
-  foundation::log::redirectDebug(
-      [&](std::string_view text) { hasFailed = hasFailed || text.starts_with("Error => "); });
+  const auto hasFailed = std::make_shared<std::atomic<bool>>(false);
+  foundation::log::redirectDebug([hasFailed](std::string_view text) {
+    if (text.starts_with("Error => ")) {
+      *hasFailed = true;
+    }
+  });
   start();
   click("sync");
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
   QTest::keyClick(shown<SyncSheet>(), Qt::Key_Return);
-  ASSERT_TRUE(eventually([&] { return hasFailed.load(); }));
+  ASSERT_TRUE(eventually([&] { return hasFailed->load(); }));
   QTest::qWait(0);
   ASSERT_NE(shown<SyncSheet>(), nullptr);
   EXPECT_FALSE(shown<SyncSheet>()->findChild<QProgressBar*>()->isVisible());
   QTest::keyClick(shown<SyncSheet>(), Qt::Key_Escape);
   EXPECT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
-  end();
-  foundation::log::redirectDebug(nullptr);
 }
 
 TEST_F(RunInWindow, TheSheetCanBeClosedWhileItsReportIsUnderWay) {
@@ -256,6 +264,31 @@ TEST_F(RunInWindow, AClosedWindowGoesByItselfBehindTheRun) {
   for (const auto& board : end().boards) {
     EXPECT_TRUE(board.flashMatches && board.isReported) << board.serialNumber;
   }
+}
+
+TEST_F(RunInWindow, AClosedWindowStaysForAFailureThatNoAlertTellsOf) {
+  ASSERT_EQ(rig::addFault("refuses-for-good", options.boardFaults[1]), std::nullopt);
+  std::promise<void> isClosed;
+  foundation::log::redirectSystem([ready = isClosed.get_future().share()](std::string_view line) {
+    if (line.ends_with("Calling File loader...")) {
+      ready.wait();  // The run would be over before anybody could close the window.
+    }
+  });
+  start();
+  clickRow(0);
+  click("upload");
+  ASSERT_TRUE(eventually([&] { return !button("refresh").isEnabled(); }));
+  window().close();
+  auto& notice = *window().findChild<ui::qt::CloseNotice*>();
+  EXPECT_TRUE(notice.isVisible());
+  isClosed.set_value();
+  ASSERT_TRUE(eventually([&] { return button("refresh").isEnabled() && !notice.isVisible(); }));
+  EXPECT_EQ(textAt(1, statusColumn), "Program error");
+  EXPECT_EQ(shown<AlertBox>(), nullptr);
+  QTest::qWait(100);
+  EXPECT_TRUE(window().isVisible());
+  close();
+  EXPECT_TRUE(end().boards[0].isReported);
 }
 
 TEST_F(RunInWindow, EndsWhenTheCoreStops) {

@@ -3,6 +3,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <memory>
+#include <vector>
 
 #include "tests/ui/qt/RecordingActions.hpp"
 #include "tests/ui/qt/SampleSnapshots.hpp"
@@ -15,8 +16,9 @@ namespace karvex::ui::qt {
 struct WindowBench {
   RecordingActions actions;
   upgrade::LoadProgress progress = samples::progress();
-  int closeRequests = 0;
-  MainWindow window{{actions, [this] { return progress; }, [this] { ++closeRequests; }}};
+  std::vector<Leaving> closeRequests;
+  MainWindow window{
+      {actions, [this] { return progress; }, [this](Leaving leaving) { closeRequests.push_back(leaving); }}};
 
   explicit WindowBench(const Snapshot& snapshot) {
     window.draw(snapshot);

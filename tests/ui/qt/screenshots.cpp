@@ -88,7 +88,7 @@ std::vector<Scene> scenes() {
 
 bool take(const Scene& scene, const QString& file) {
   RecordingActions actions;
-  MainWindow window({actions, samples::progress, [] {}});
+  MainWindow window({actions, samples::progress, [](Leaving) {}});
   window.draw(scene.snapshot);
   window.show();
   if (!QTest::qWaitForWindowExposed(&window)) {
