@@ -1,5 +1,5 @@
-// The desktop application. It has no options: an argument is a URL that the desktop hands over. A second start
-// brings the window of the first to the front, hands its URL over and ends.
+// The desktop application. It has no options: an argument is a URL that the desktop hands over. A second
+// start brings the window of the first to the front, hands its URL over and ends.
 
 #include <QApplication>
 #include <QMessageBox>
@@ -69,7 +69,8 @@ int run(int argumentCount, char** arguments) {
   instance.listen([&program](const app::Handover& later) { receive(later, program.window()); });
   openUrl(handover.url);
   program.run();
-  instance.giveUp();  // Who starts it again from here on wants a window, although this one's end takes its time.
+  instance
+      .giveUp();  // Who starts it again from here on wants a window, although this one's end takes its time.
   return 0;
 }
 

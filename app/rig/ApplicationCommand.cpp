@@ -37,7 +37,8 @@ class RigApplication {
         actions_(runtime_->mainQueue(), view_),
         recorder_(rig_, view_, plan_) {
     if (common.realTime && ui::console::TerminalMode::isPossible()) {
-      page_ = std::make_unique<TerminalPage>(view_, actions_, [this] { runtime_->stopMain(); }, common.showLog);
+      page_ =
+          std::make_unique<TerminalPage>(view_, actions_, [this] { runtime_->stopMain(); }, common.showLog);
     } else {
       writeLines(options);
     }
