@@ -32,7 +32,7 @@ int run(int argc, char** argv) {
   }
   foundation::log::setSystemSink(foundation::log::SystemSink::systemLog);
   app::KarvexCore core;
-  app::TerminalPage page(core.view(), core.actions(), [&core] { core.runtime().stopMain(); });
+  const app::TerminalPage page(core.view(), core.actions(), [&core] { core.runtime().stopMain(); });
   core.actions().appear();
   core.runtime().runMain();
   core.runtime().finish();  // Nobody writes to the page any more.
