@@ -22,6 +22,7 @@
 #include <thread>
 #include <vector>
 
+#include "app/WindowProgram.hpp"
 #include "app/rig/RigCore.hpp"
 #include "app/rig/WindowCommand.hpp"
 #include "bench/ui/MeasuringApplication.hpp"
