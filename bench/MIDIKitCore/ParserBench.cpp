@@ -6,11 +6,9 @@
 
 #include <alsa/asoundlib.h>
 
-#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
-#include <new>
 #include <random>
 #include <span>
 #include <string>
@@ -21,24 +19,7 @@
 #include "MIDIKitCore/UMPWords.hpp"
 #include "bench/MIDIKitCore/Measure.hpp"
 #include "bench/MIDIKitCore/MessageCounting.hpp"
-
-namespace {
-
-std::atomic<std::size_t> allocations = 0;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  allocations.fetch_add(1, std::memory_order_relaxed);
-  void* const memory = std::malloc(size);
-  return memory != nullptr ? memory : throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
+#include "tests/AllocationCounter.hpp"
 
 namespace midikit::bench {
 namespace {
@@ -213,9 +194,10 @@ void measureBytes(const std::string& title, const Packets& packets, int rounds,
   };
   parse();
   require(parsed == count);
-  const auto before = allocations.load();
+  const auto before = karvex::tests::allocationsSoFar();
   parse();
-  const auto allocated = static_cast<double>(allocations.load() - before) / static_cast<double>(count);
+  const auto allocated =
+      static_cast<double>(karvex::tests::allocationsSoFar() - before) / static_cast<double>(count);
 
   Series bound("count the messages", count);
   Series alsa("alsa-lib snd_midi_event_encode", count);
@@ -307,9 +289,10 @@ void measurePackets(const std::string& title, const Packets& packets, int rounds
   };
   parse();
   require(events.size() == count);
-  const auto before = allocations.load();
+  const auto before = karvex::tests::allocationsSoFar();
   parse();
-  const auto allocated = static_cast<double>(allocations.load() - before) / static_cast<double>(count);
+  const auto allocated =
+      static_cast<double>(karvex::tests::allocationsSoFar() - before) / static_cast<double>(count);
 
   Series bound("count the messages", packets.size());
   Series ours("MIDI2Parser::parse", packets.size());

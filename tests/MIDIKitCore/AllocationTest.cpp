@@ -3,34 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdint>
-#include <cstdlib>
-#include <new>
 #include <string>
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
 #include "MIDIKitCore/MIDI2Parser.hpp"
 #include "MIDIKitCore/UMPWords.hpp"
+#include "tests/AllocationCounter.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
-
-namespace {
-
-std::atomic<std::size_t> allocations = 0;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  allocations.fetch_add(1, std::memory_order_relaxed);
-  void* const memory = std::malloc(size);
-  return memory != nullptr ? memory : throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace midikit::core {
 namespace {
@@ -41,9 +21,9 @@ using namespace literals;
 template <class Work>
 std::size_t allocationsOf(const Work& work) {
   work();
-  const auto before = allocations.load();
+  const auto before = karvex::tests::allocationsSoFar();
   work();
-  return allocations.load() - before;
+  return karvex::tests::allocationsSoFar() - before;
 }
 
 struct Case {
