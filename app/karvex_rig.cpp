@@ -122,16 +122,16 @@ std::optional<std::string> addBoardFault(std::string_view text, app::Application
   }
   const auto fault = text.substr(colon + 1);
   if (fault == "port-busy" || fault == "port-snatched") {
-    (fault == "port-busy" ? options.occupied : options.snatched).insert(board - 1);
+    (fault == "port-busy" ? options.equipment.occupied : options.equipment.snatched).insert(board - 1);
     return std::nullopt;
   }
-  return rig::addFault(fault, options.boardFaults[board - 1]);
+  return rig::addFault(fault, options.equipment.faults[board - 1]);
 }
 
 void addApplicationOptions(CLI::App& command, Choices& choices) {
   addCommonOptions(command, choices);
   auto& options = choices.application;
-  command.add_option("--boards", options.boards, "boards that are listed and attached (default 3)")
+  command.add_option("--boards", options.equipment.boards, "boards that are listed and attached (default 3)")
       ->check(CLI::Range(0, 1000));
   command
       .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end and without a hand")

@@ -27,15 +27,11 @@ class RigApplication {
   RigApplication(const CommonOptions& common, const ApplicationOptions& options)
       : options_(options),
         runtime_(makeRuntime(common)),
-        plan_{.boards = options.boards,
-              .faults = options.boardFaults,
-              .occupied = options.occupied,
-              .snatched = options.snatched},
-        rig_(*runtime_, plan_, options.serviceFaults),
+        rig_(*runtime_, options.equipment, options.serviceFaults),
         app_(rig_.platform()),
         view_(rig_.platform(), app_),
         actions_(runtime_->mainQueue(), view_),
-        recorder_(rig_, view_, plan_) {
+        recorder_(rig_, view_, options.equipment) {
     if (common.realTime && ui::console::TerminalMode::isPossible()) {
       page_ =
           std::make_unique<TerminalPage>(view_, actions_, [this] { runtime_->stopMain(); }, common.showLog);
@@ -56,10 +52,11 @@ class RigApplication {
   RunRecord run() {
     const bool isScripted = options_.upgradeFrom.has_value();
     if (isScripted || !page_) {
-      user_.emplace(*runtime_, view_,
-                    ScriptedUser::Plan{.firstRow = isScripted ? *options_.upgradeFrom - 1 : options_.boards,
-                                       .answersAlerts = options_.answersAlerts},
-                    [this] { runtime_->stopMain(); });
+      user_.emplace(
+          *runtime_, view_,
+          ScriptedUser::Plan{.firstRow = isScripted ? *options_.upgradeFrom - 1 : options_.equipment.boards,
+                             .answersAlerts = options_.answersAlerts},
+          [this] { runtime_->stopMain(); });
     }
     actions_.appear();
     runtime_->runMain();
@@ -78,7 +75,6 @@ class RigApplication {
 
   const ApplicationOptions& options_;
   std::unique_ptr<foundation::Runtime> runtime_;
-  EquipmentPlan plan_;
   RigPlatform rig_;
   ui::KarvexApp app_;
   ui::ContentView view_;

@@ -2,22 +2,17 @@
 
 #include <cstddef>
 #include <filesystem>
-#include <map>
 #include <optional>
-#include <set>
 
+#include "app/rig/Equipment.hpp"
 #include "app/rig/RigSupport.hpp"
-#include "rig/Faults.hpp"
 #include "rig/service/ServiceFaults.hpp"
 
 namespace karvex::app {
 
 struct ApplicationOptions {
-  std::size_t boards = 3;
-  std::optional<std::size_t> upgradeFrom;          ///< the row to begin with, counted from 1
-  std::map<std::size_t, rig::Faults> boardFaults;  ///< by place, counted from 0
-  std::set<std::size_t> occupied;                  ///< places of boards whose port another program holds
-  std::set<std::size_t> snatched;  ///< of those whose port it takes when it has been used once
+  EquipmentPlan equipment;
+  std::optional<std::size_t> upgradeFrom;  ///< the row to begin with, counted from 1
   rig::ServiceFaults serviceFaults;
   bool answersAlerts = false;
   bool isInWindow = false;  ///< in a window, in real time; otherwise on the terminal or in plain lines

@@ -5,15 +5,11 @@ namespace karvex::app {
 RigCore::RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record)
     : options_(options),
       runtime_(makeRuntime(common)),
-      plan_{.boards = options.boards,
-            .faults = options.boardFaults,
-            .occupied = options.occupied,
-            .snatched = options.snatched},
-      rig_(*runtime_, plan_, options.serviceFaults),
+      rig_(*runtime_, options.equipment, options.serviceFaults),
       app_(rig_.platform()),
       view_(rig_.platform(), app_),
       actions_(runtime_->mainQueue(), view_),
-      recorder_(rig_, view_, plan_),
+      recorder_(rig_, view_, options.equipment),
       record_(record) {}
 
 /// What runs on the global queue uses the others' state, so it ends first.

@@ -31,7 +31,6 @@ class RigCore final : public ApplicationCore {
  private:
   const ApplicationOptions& options_;
   std::unique_ptr<foundation::Runtime> runtime_;
-  EquipmentPlan plan_;
   RigPlatform rig_;
   ui::KarvexApp app_;
   ui::ContentView view_;

@@ -69,7 +69,7 @@ class BlockedTime {
 
 int benchRun(bench::MeasuringApplication& application, std::size_t boards) {
   const app::CommonOptions common{.realTime = true};
-  const app::ApplicationOptions options{.boards = boards, .upgradeFrom = 1};
+  const app::ApplicationOptions options{.equipment = {.boards = boards}, .upgradeFrom = 1};
   app::RunRecord record;
   Milliseconds blocked{};
   const auto start = Clock::now();

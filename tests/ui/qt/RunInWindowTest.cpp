@@ -48,8 +48,8 @@ class RunInWindow : public testing::Test {
     window().show();
     window().activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
-    ASSERT_TRUE(
-        eventually([this] { return table().model()->rowCount() == static_cast<int>(options.boards); }));
+    ASSERT_TRUE(eventually(
+        [this] { return table().model()->rowCount() == static_cast<int>(options.equipment.boards); }));
   }
   /// Ends the program. What happened on the rig.
   const RunRecord& end() {
@@ -165,14 +165,15 @@ TEST_P(FailureInWindow, IsToldAndItsOkBringsTheListBack) {
 
 INSTANTIATE_TEST_SUITE_P(
     RunInWindow, FailureInWindow,
-    testing::Values(FailureCase{"PortBusy", [](auto& options) { options.occupied.insert(0); },
+    testing::Values(FailureCase{"PortBusy", [](auto& options) { options.equipment.occupied.insert(0); },
                                 "Device Port currently in use! "},
-                    FailureCase{"PortSnatched", [](auto& options) { options.snatched.insert(0); },
+                    FailureCase{"PortSnatched", [](auto& options) { options.equipment.snatched.insert(0); },
                                 "Could not switch device to programming mode"},
                     FailureCase{"Upload",
                                 [](auto& options) {
-                                  EXPECT_EQ(rig::addFault("never-enters-halfkay", options.boardFaults[0]),
-                                            std::nullopt);
+                                  EXPECT_EQ(
+                                      rig::addFault("never-enters-halfkay", options.equipment.faults[0]),
+                                      std::nullopt);
                                 },
                                 "An error occurred during upload"},
                     FailureCase{"Download",
@@ -184,7 +185,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& one) { return one.param.name; });
 
 TEST_F(RunInWindow, ABoardInItsBootloaderIsToldOfAndItsOkBringsItBack) {
-  ASSERT_EQ(rig::addFault("in-halfkay", options.boardFaults[1]), std::nullopt);
+  ASSERT_EQ(rig::addFault("in-halfkay", options.equipment.faults[1]), std::nullopt);
   make();
   window().show();
   ASSERT_TRUE(eventually([&] { return titleOfAlert() == "Device already in programming mode"; }));
@@ -201,7 +202,7 @@ TEST_F(RunInWindow, ABoardInItsBootloaderIsToldOfAndItsOkBringsItBack) {
 }
 
 TEST_F(RunInWindow, AFailureNamesWhoIsInTheWay) {
-  options.snatched.insert(0);
+  options.equipment.snatched.insert(0);
   start();
   clickRow(0);
   click("upload");
@@ -267,7 +268,7 @@ TEST_F(RunInWindow, AClosedWindowGoesByItselfBehindTheRun) {
 }
 
 TEST_F(RunInWindow, AClosedWindowStaysForAFailureThatNoAlertTellsOf) {
-  ASSERT_EQ(rig::addFault("refuses-for-good", options.boardFaults[1]), std::nullopt);
+  ASSERT_EQ(rig::addFault("refuses-for-good", options.equipment.faults[1]), std::nullopt);
   std::promise<void> isClosed;
   foundation::log::redirectSystem([ready = isClosed.get_future().share()](std::string_view line) {
     if (line.ends_with("Calling File loader...")) {
