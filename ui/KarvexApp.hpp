@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "upgrade/NotificationManager.hpp"
 #include "upgrade/Platform.hpp"
 

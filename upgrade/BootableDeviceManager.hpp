@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "device/DeviceExplorer.hpp"
 #include "foundation/Published.hpp"
 #include "foundation/Task.hpp"

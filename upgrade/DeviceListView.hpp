@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "device/SerialPortManagement.hpp"
 #include "foundation/Observers.hpp"
 #include "foundation/Published.hpp"

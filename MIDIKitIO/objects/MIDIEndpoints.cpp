@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <set>
 
-#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/Hash.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
 

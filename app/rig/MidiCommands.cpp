@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "MIDIKitIO/objects/PropertyAccess.hpp"
 #include "app/rig/Equipment.hpp"
 #include "rig/midi/BoardMidiDevices.hpp"

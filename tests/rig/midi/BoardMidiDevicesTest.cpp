@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
 
 namespace karvex::rig {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/manager/MIDIManager.hpp"
 
 namespace midikit::io {
 

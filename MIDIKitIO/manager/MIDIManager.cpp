@@ -1,4 +1,4 @@
-#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/manager/MIDIManager.hpp"
 
 #include <string_view>
 #include <variant>

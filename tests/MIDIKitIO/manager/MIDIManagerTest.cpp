@@ -1,4 +1,4 @@
-#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/manager/MIDIManager.hpp"
 
 #include <gmock/gmock.h>
 
@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "tests/MIDIKitIO/MIDITestBench.hpp"
 
 namespace midikit::io {

@@ -2,7 +2,7 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
-#include "MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
 
 namespace karvex::rig {
 namespace {

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "MIDIKitIO/MIDIManaged.hpp"
-#include "MIDIKitIO/ManagedType.hpp"
+#include "MIDIKitIO/manager/MIDIManaged.hpp"
+#include "MIDIKitIO/manager/ManagedType.hpp"
 #include "MIDIKitInternals/ThreadSafeAccess.hpp"
 
 namespace midikit::io {

@@ -8,11 +8,11 @@
 #include <string>
 #include <utility>
 
-#include "MIDIKitIO/CoreMIDIAPIVersion.hpp"
-#include "MIDIKitIO/MIDIIONotification.hpp"
-#include "MIDIKitIO/MIDIIORawNotification.hpp"
-#include "MIDIKitIO/ManagedObjects.hpp"
-#include "MIDIKitIO/ManagedType.hpp"
+#include "MIDIKitIO/manager/CoreMIDIAPIVersion.hpp"
+#include "MIDIKitIO/manager/MIDIIONotification.hpp"
+#include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
+#include "MIDIKitIO/manager/ManagedObjects.hpp"
+#include "MIDIKitIO/manager/ManagedType.hpp"
 #include "MIDIKitIO/objects/MIDIDevices.hpp"
 #include "MIDIKitIO/objects/MIDIEndpoints.hpp"
 #include "MIDIKitIO/objects/MIDIIOObjectCache.hpp"

@@ -1,4 +1,4 @@
-#include "MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

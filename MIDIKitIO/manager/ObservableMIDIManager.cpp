@@ -1,4 +1,4 @@
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 
 #include <utility>
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <optional>
 
-#include "MIDIKitIO/CoreMIDIAPIVersion.hpp"
+#include "MIDIKitIO/manager/CoreMIDIAPIVersion.hpp"
 #include "MIDIKitIO/platform/MIDIService.hpp"
 
 namespace midikit::io {

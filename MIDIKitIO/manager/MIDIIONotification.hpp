@@ -7,7 +7,7 @@
 #include <variant>
 
 #include "MIDIKitCore/MIDIIOError.hpp"
-#include "MIDIKitIO/MIDIIORawNotification.hpp"
+#include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
 #include "MIDIKitIO/objects/AnyMIDIIOObject.hpp"
 #include "MIDIKitIO/objects/MIDIIOObjectCache.hpp"
 

@@ -1,4 +1,4 @@
-#include "MIDIKitIO/MIDIIONotification.hpp"
+#include "MIDIKitIO/manager/MIDIIONotification.hpp"
 
 #include "MIDIKitIO/objects/ObjectFor.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"

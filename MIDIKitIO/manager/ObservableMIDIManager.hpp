@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "foundation/Published.hpp"
 
 namespace midikit::io {

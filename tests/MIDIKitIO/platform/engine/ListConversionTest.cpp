@@ -1,6 +1,6 @@
 #include "MIDIKitIO/platform/engine/ListConversion.hpp"
 
-#include "MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
 
 namespace karvex::rig {
 namespace {

@@ -1,4 +1,4 @@
-#include "MIDIKitIO/ManagedObjects.hpp"
+#include "MIDIKitIO/manager/ManagedObjects.hpp"
 
 namespace midikit::io {
 

@@ -1,4 +1,4 @@
-#include "MIDIKitIO/ManagedObjects.hpp"
+#include "MIDIKitIO/manager/ManagedObjects.hpp"
 
 #include <gmock/gmock.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/MIDIKitIO/FakeManaged.hpp"
 #include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/manager/FakeManaged.hpp"
 
 namespace midikit::io {
 namespace {

@@ -1,6 +1,6 @@
-#include "MIDIKitIO/MIDIManaged.hpp"
+#include "MIDIKitIO/manager/MIDIManaged.hpp"
 
-#include "MIDIKitIO/MIDIManager.hpp"
+#include "MIDIKitIO/manager/MIDIManager.hpp"
 
 namespace midikit::io {
 

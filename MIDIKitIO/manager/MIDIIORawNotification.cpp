@@ -1,4 +1,4 @@
-#include "MIDIKitIO/MIDIIORawNotification.hpp"
+#include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
 
 namespace midikit::io {
 namespace {

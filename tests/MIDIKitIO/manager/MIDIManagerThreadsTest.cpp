@@ -6,10 +6,10 @@
 #include <thread>
 #include <vector>
 
-#include "MIDIKitIO/ObservableMIDIManager.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "foundation/SystemRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
-#include "tests/MIDIKitIO/FakeManaged.hpp"
+#include "tests/MIDIKitIO/manager/FakeManaged.hpp"
 
 namespace midikit::io {
 namespace {

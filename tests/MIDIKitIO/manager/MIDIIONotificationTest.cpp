@@ -1,4 +1,4 @@
-#include "MIDIKitIO/MIDIIONotification.hpp"
+#include "MIDIKitIO/manager/MIDIIONotification.hpp"
 
 #include <gmock/gmock.h>
 
