@@ -42,7 +42,7 @@ struct SafeDispatchTimer::State : std::enable_shared_from_this<State> {
 
   struct Plan {
     TimePoint due;
-    std::shared_ptr<const Handler> handler;
+    std::shared_ptr<Handler> handler;
     Run run = 0;
   };
 
@@ -127,7 +127,7 @@ void SafeDispatchTimer::suspend() {
 }
 
 void SafeDispatchTimer::setEventHandler(Handler handler) {
-  auto next = handler ? std::make_shared<const Handler>(std::move(handler)) : nullptr;
+  auto next = handler ? std::make_shared<Handler>(std::move(handler)) : nullptr;
   state_->plan.modify([&next](State::Plan& shared) { shared.handler.swap(next); });
 }
 

@@ -1,13 +1,9 @@
 #pragma once
 
-#include <functional>
-
 #include "foundation/Clock.hpp"
+#include "foundation/Job.hpp"
 
 namespace karvex::foundation {
-
-/// A piece of work. It must not throw: there is nobody to catch it.
-using Job = std::function<void()>;
 
 /// Where work runs. Jobs that are ready start in the order in which they became so; whether they can overlap
 /// is the queue's own property (the main queue and a SerialQueue never, the global queue always). Posting is

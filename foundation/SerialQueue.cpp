@@ -2,9 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace karvex::foundation {
 namespace {
@@ -13,18 +13,50 @@ thread_local const detail::InsideQueue* inside = nullptr;  ///< the innermost
 
 }  // namespace
 
-struct SerialQueue::State : std::enable_shared_from_this<State> {
-  /// What waits: a job, or the gate behind which a thread waits that will run its job itself.
-  struct Waiting {
-    Job job;
-    std::shared_ptr<Gate> gate;
-  };
+namespace {
 
+/// What waits: a job, or the gate of a thread that waits to run its work itself.
+struct Waiting {
+  Job job;
+  std::shared_ptr<Gate> gate;
+};
+
+/// What waits, in order. It keeps its memory, so a queue that is used steadily stops allocating.
+class WaitingLine {
+ public:
+  bool isEmpty() const { return first_ == entries_.size(); }
+
+  void push(Waiting entry) {
+    // What has been taken makes room before the line grows; each entry moves at most once for that.
+    if (entries_.size() == entries_.capacity() && first_ >= entries_.size() / 2) {
+      entries_.erase(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(first_));
+      first_ = 0;
+    }
+    entries_.push_back(std::move(entry));
+  }
+
+  Waiting pop() {
+    Waiting entry = std::move(entries_[first_++]);
+    if (isEmpty()) {
+      entries_.clear();
+      first_ = 0;
+    }
+    return entry;
+  }
+
+ private:
+  std::vector<Waiting> entries_;
+  std::size_t first_ = 0;  ///< of those that haven't been taken
+};
+
+}  // namespace
+
+struct SerialQueue::State : std::enable_shared_from_this<State> {
   State(Queue& queue, std::string name) : target(queue), label(std::move(name)) {}
 
   void add(Job job) {
     const std::lock_guard lock(mutex);
-    waiting.push_back({std::move(job), nullptr});
+    waiting.push({std::move(job), nullptr});
     if (!std::exchange(isBusy, true)) {
       target.post([self = shared_from_this()] { self->runNext(); });
     }
@@ -38,7 +70,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
         return;
       }
       gate = runtime.makeGate();
-      waiting.push_back({nullptr, gate});
+      waiting.push({nullptr, gate});
     }
     gate->wait();
   }
@@ -48,8 +80,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
     Waiting next;
     {
       const std::lock_guard lock(mutex);
-      next = std::move(waiting.front());
-      waiting.pop_front();
+      next = waiting.pop();
     }
     if (next.gate) {
       return next.gate->open();
@@ -64,7 +95,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
 
   void endTurn() {
     const std::lock_guard lock(mutex);
-    isBusy = !waiting.empty();
+    isBusy = !waiting.isEmpty();
     if (isBusy) {
       target.post([self = shared_from_this()] { self->runNext(); });
     }
@@ -73,7 +104,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   Queue& target;
   const std::string label;
   std::mutex mutex;
-  std::deque<Waiting> waiting;
+  WaitingLine waiting;
   bool isBusy = false;
 };
 

@@ -41,13 +41,13 @@ void VirtualRuntime::finish() {
   }
   dropped.swap(globalReady_);
   droppedFromMain.swap(mainReady_);
-  std::erase_if(timed_, [&droppedDeliveries](auto& entry) {
-    auto* delivery = std::get_if<Delivery>(&entry.second);
-    if (delivery != nullptr) {
+  for (auto entry = timed_.begin(); entry != timed_.end();) {
+    const auto place = entry++;
+    if (auto* delivery = std::get_if<Delivery>(&place->second)) {
       droppedDeliveries.push_back(std::move(*delivery));
+      timed_.erase(place);
     }
-    return delivery != nullptr;
-  });
+  }
   while (idleWorkers_.size() < workers_.size()) {
     // The sleepers go on one after the other; behind the last of them the baton comes back here.
     timed_.emplace(keyAt(TimePoint::max()), &main_);
