@@ -10,8 +10,8 @@
 
 namespace karvex::foundation {
 
-/// A piece of work, run once or more often by the one that holds it. It moves and doesn't copy, so it may hold
-/// what can't be copied. It must not throw: there is nobody to catch it.
+/// A piece of work, run once or more often by the one that holds it. It moves and doesn't copy, so it may
+/// hold what can't be copied. It must not throw: there is nobody to catch it.
 ///
 /// Work of up to `room` bytes that moves without throwing is held in the job itself, so that making, moving
 /// and running such a job allocates nothing; anything else takes one allocation.
