@@ -8,14 +8,16 @@
 namespace midikit::io {
 
 std::vector<AnyMIDIEndpoint> MIDIEndpointMaskedFilter::ownedEndpoints(const MIDIManager& manager) {
-  const auto managed = manager.managedEndpoints();
   std::vector<AnyMIDIEndpoint> owned;
-  for (const auto& [tag, input] : managed.inputs) {
-    owned.emplace_back(input->endpoint());
-  }
-  for (const auto& [tag, output] : managed.outputs) {
-    owned.emplace_back(output->endpoint());
-  }
+  manager.creations().look([&] {
+    owned.clear();
+    for (const auto& [tag, input] : manager.managedInputs()) {
+      owned.emplace_back(input->endpoint());
+    }
+    for (const auto& [tag, output] : manager.managedOutputs()) {
+      owned.emplace_back(output->endpoint());
+    }
+  });
   return owned;
 }
 

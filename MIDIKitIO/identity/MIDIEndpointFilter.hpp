@@ -16,7 +16,7 @@ class MIDIManager;
 struct MIDIEndpointFilter {
   /// The endpoints of the program's own virtual inputs and outputs.
   bool owned = false;
-  MIDIEndpointIdentities criteria = {};
+  MIDIEndpointIdentities criteria;
 
   friend bool operator==(const MIDIEndpointFilter&, const MIDIEndpointFilter&) = default;
 };
