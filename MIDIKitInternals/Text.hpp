@@ -14,4 +14,16 @@ std::string quoted(std::string_view text);
 /// too, one by one, so that a broken character takes no good one with it.
 std::string onlyAlphanumerics(std::string_view text);
 
+/// "[a, b]": the text that `textOf` returns for each element, in their order.
+template <class List, class TextOf>
+std::string listText(const List& list, const TextOf& textOf) {
+  std::string text("[");
+  std::string_view between;
+  for (const auto& element : list) {
+    text.append(between).append(textOf(element));
+    between = ", ";
+  }
+  return text.append("]");
+}
+
 }  // namespace midikit::internals

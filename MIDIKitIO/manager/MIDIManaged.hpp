@@ -1,38 +1,64 @@
 #pragma once
 
-#include <cstdint>
+#include <concepts>
 #include <memory>
-#include <optional>
+#include <string>
 
 #include "MIDIKitIO/manager/CoreMIDIAPIVersion.hpp"
 #include "MIDIKitIO/platform/MIDIService.hpp"
+#include "MIDIKitIO/receive/MIDIReceiverProtocol.hpp"
 
 namespace midikit::io {
 
-class MIDIIORawNotification;
 class MIDIManager;
 
-/// An object that a manager holds under a tag, and that refers back to it without keeping it alive. Its
-/// destructor frees what it has on the platform. That runs on the manager's eventQueue when the object is
-/// removed or replaced, on the notification thread if it is following a change just then, and on whatever
-/// thread lets go of the manager.
+/// An object that a manager makes and holds under a tag, and that refers back to it without keeping it alive.
 class MIDIManaged {
  public:
   virtual ~MIDIManaged() = default;
   MIDIManaged(const MIDIManaged&) = delete;
   MIDIManaged& operator=(const MIDIManaged&) = delete;
 
-  /// The interface that the object uses, one that the platform has. Any thread.
-  CoreMIDIAPIVersion api() const { return api_; }
+  /// The interface that the object uses, one that the platform has.
+  virtual CoreMIDIAPIVersion api() const = 0;
 
-  /// None once the manager is gone. Any thread.
-  std::shared_ptr<MIDIManager> midiManager() const { return midiManager_.lock(); }
+  /// None once the manager is gone.
+  virtual std::shared_ptr<MIDIManager> midiManager() const = 0;
+
+  /// Frees what the object has on the platform, and lets go of its receive handler: packets that still wait
+  /// are dropped. Nothing brings it back. The manager calls it on eventQueue when it removes or replaces the
+  /// object, whoever else still holds it. Calling it again does nothing.
+  ///
+  /// Thread-safe: yes, but not under a lock that a receiver waits for.
+  /// Realtime-safe: no, it waits for a list that is being received.
+  virtual void dispose() noexcept = 0;
+
+  /// What the object is, for people.
+  virtual std::string description() const = 0;
+
+ protected:
+  MIDIManaged() = default;
+};
+
+/// What receives packets: MIDIInput and MIDIInputConnection. MIDIManagedSendsMessages is its counterpart.
+template <class T>
+concept MIDIManagedReceivesMessages = std::derived_from<T, MIDIManaged> && requires(const T& object) {
+  { object.receiveHandler() } -> std::same_as<std::shared_ptr<MIDIReceiverProtocol>>;
+};
+
+namespace internal {
+
+/// What all managed objects have.
+class MIDIManaged : public io::MIDIManaged {
+ public:
+  CoreMIDIAPIVersion api() const final { return api_; }
+  std::shared_ptr<MIDIManager> midiManager() const final { return midiManager_.lock(); }
 
  protected:
   /// Takes the older interface if the platform doesn't have `api`.
   MIDIManaged(const std::shared_ptr<MIDIManager>& manager, CoreMIDIAPIVersion api);
 
-  /// There for as long as the object, also when the manager is gone.
+  /// Lives as long as the object, even when the manager is gone.
   MIDIService& service() const { return *service_; }
 
  private:
@@ -41,26 +67,5 @@ class MIDIManaged {
   CoreMIDIAPIVersion api_;
 };
 
-/// An endpoint that the program itself makes.
-class MIDIManagedEndpoint : public MIDIManaged {
- public:
-  /// The unique ID in use, if there is one. Any thread. Must not wait for whoever waits for the manager.
-  virtual std::optional<std::int32_t> uniqueID() const = 0;
-
- protected:
-  using MIDIManaged::MIDIManaged;
-};
-
-/// A connection with endpoints that come and go.
-class MIDIManagedConnection : public MIDIManaged {
- public:
-  /// Something changed, and the manager's lists are up to date: the connection adapts itself. On the
-  /// notification thread, beside whatever eventQueue does to the connection. A MIDIIOError that it throws is
-  /// dropped.
-  virtual void follow(const MIDIIORawNotification& change) = 0;
-
- protected:
-  using MIDIManaged::MIDIManaged;
-};
-
+}  // namespace internal
 }  // namespace midikit::io

@@ -37,7 +37,8 @@ MIDIManager::MIDIManager(MIDIManagerSettings settings)
     : settings_(std::move(settings)),
       eventQueue_(
           std::make_shared<SerialQueue>(settings_.runtime.globalQueue(), queueLabel(settings_.clientName))),
-      state_({.preferredAPI = CoreMIDIAPIVersion::bestFor(settings_.service->platformVersion())}) {}
+      state_({.preferredAPI = CoreMIDIAPIVersion::bestFor(settings_.service->platformVersion())}),
+      creations_(settings_.runtime) {}
 
 void MIDIManager::adopt() {
   state_.modify([this](State& state) { state.endpoints.manager = weak_from_this(); });
@@ -100,13 +101,7 @@ void MIDIManager::handle(const MIDINotification& message) noexcept {
   if (auto notification = MIDIIONotification::from(raw, *settings_.service, cache.get())) {
     send(*std::move(notification));
   }
-  for (const auto& connection : managed_.followers()) {
-    try {
-      connection->follow(raw);
-    } catch (const core::MIDIIOError&) {
-      continue;  // There is nobody to tell; this one follows the next change all the same.
-    }
-  }
+  managed_.follow(raw);
 }
 
 std::shared_ptr<const MIDIIOObjectCache> MIDIManager::objects() const {
@@ -120,16 +115,6 @@ void MIDIManager::send(MIDIIONotification notification) {
   if (auto handler = notificationHandler()) {
     settings_.runtime.mainQueue().post([handler = std::move(handler), notification = std::move(notification),
                                         manager = shared_from_this()] { handler(notification, *manager); });
-  }
-}
-
-void MIDIManager::remove(ManagedType type, const TagSelection& selection) {
-  onEventQueue([&] { managed_.remove(type, selection); });
-}
-
-void MIDIManager::removeAll() {
-  for (const auto type : allManagedTypes) {
-    remove(type, TagSelection::all());
   }
 }
 
@@ -152,26 +137,6 @@ MIDIDevices MIDIManager::devices() const {
 
 MIDIEndpoints MIDIManager::endpoints() const {
   return state_.modify([](const State& state) { return state.endpoints; });
-}
-
-ManagedObjects::Connections MIDIManager::managedInputConnections() const {
-  return managed_.get(&ManagedObjects::Maps::inputConnections);
-}
-
-ManagedObjects::Connections MIDIManager::managedOutputConnections() const {
-  return managed_.get(&ManagedObjects::Maps::outputConnections);
-}
-
-ManagedObjects::Endpoints MIDIManager::managedInputs() const {
-  return managed_.get(&ManagedObjects::Maps::inputs);
-}
-
-ManagedObjects::Endpoints MIDIManager::managedOutputs() const {
-  return managed_.get(&ManagedObjects::Maps::outputs);
-}
-
-ManagedObjects::Connections MIDIManager::managedThruConnections() const {
-  return managed_.get(&ManagedObjects::Maps::thruConnections);
 }
 
 MIDIManager::NotificationHandler MIDIManager::notificationHandler() const {

@@ -5,10 +5,13 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "MIDIKitIO/manager/CoreMIDIAPIVersion.hpp"
+#include "MIDIKitIO/manager/CreationGate.hpp"
 #include "MIDIKitIO/manager/MIDIIONotification.hpp"
 #include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
 #include "MIDIKitIO/manager/ManagedObjects.hpp"
@@ -17,6 +20,7 @@
 #include "MIDIKitIO/objects/MIDIEndpoints.hpp"
 #include "MIDIKitIO/objects/MIDIIOObjectCache.hpp"
 #include "MIDIKitIO/platform/MIDIService.hpp"
+#include "MIDIKitIO/receive/ReceiveContext.hpp"
 #include "MIDIKitInternals/ThreadSafeAccess.hpp"
 #include "foundation/Runtime.hpp"
 #include "foundation/SerialQueue.hpp"
@@ -39,10 +43,11 @@ struct MIDIManagerSettings {
 /// devices and endpoints, and every port, virtual endpoint and connection that the program makes.
 ///
 /// Three kinds of threads come here. What changes the managed objects hops onto eventQueue and waits for it,
-/// so start(), remove() and removeAll() must not be called on that queue. A change of the setup is worked up
-/// on the platform's notification thread: the lists are up to date before the handler is queued on the main
-/// queue. All other operations may be called on any thread and give copies of one moment; no handler,
-/// observer or managed object is called under a lock.
+/// so start(), the add operations, remove() and removeAll() must not be called on that queue: receivers and
+/// the handlers of a MIDIIdentifierPersistence run there. A change of the setup is worked up on the platform's
+/// notification thread: the lists are up to date before the handler is queued on the main queue. All other
+/// operations may be called on any thread and give copies of one moment; no handler, observer or managed
+/// object is called under a lock.
 ///
 /// When the manager goes, the managed objects go; the client stays until the process ends, and what the
 /// platform still tells is passed over.
@@ -60,15 +65,65 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
 
   /// Makes the client and fills the lists. Does nothing once it has succeeded; may be tried again.
   /// @throws MIDIIOError `osStatus`
+  ///
+  /// Thread-safe: yes, but not on eventQueue.
+  /// Realtime-safe: no, it waits for eventQueue and asks the service.
   void start();
 
   /// Replaces the lists by those of this moment. On the calling thread.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it asks the service and waits for an endpoint that is being made.
   virtual void refreshObjects();
 
-  /// Lets go of managed objects, which takes them off the platform. A tag that isn't there is no error.
+  /// @name Making managed objects
+  /// The object is in its map, in the place of one with the same tag, before it is made on the platform. If that
+  /// fails, it stays there with nothing on the platform until it is replaced or removed.
+  ///
+  /// Thread-safe: yes, but not on eventQueue.
+  /// Realtime-safe: no, they wait for eventQueue and ask the service.
+  /// @{
+
+  /// A virtual endpoint, with the unique ID that is kept for it if that one is free.
+  /// @throws MIDIIOError `osStatus`; `connectionError` if the endpoint has no unique ID afterwards
+  void addInput(const MIDIInputSettings& settings);
+  void addOutput(const MIDIOutputSettings& settings);
+
+  /// A connection with what is there of what is wanted. What isn't there is no error.
+  /// @throws MIDIIOError `osStatus`
+  void addInputConnection(const MIDIInputConnectionSettings& settings);
+  void addOutputConnection(const MIDIOutputConnectionSettings& settings);
+
+  /// A thru connection, which the manager holds only if it isn't persistent.
+  /// @throws MIDIIOError `osStatus`; `notSupported` for a persistent one on the platforms 11 and 12
+  void addThruConnection(const MIDIThruConnectionSettings& settings);
+  /// @}
+
+  /// Lets go of managed objects, which takes them off the platform at once, whoever else holds them. A tag that
+  /// isn't there is no error.
+  ///
+  /// Thread-safe: yes, but not on eventQueue.
+  /// Realtime-safe: no, it waits for eventQueue and for lists that are being received.
   void remove(ManagedType type, const TagSelection& selection);
-  /// Lets go of all managed objects, in the order of ManagedType.
+  /// The same for all managed objects, in the order of ManagedType.
+  ///
+  /// Thread-safe: yes, but not on eventQueue.
+  /// Realtime-safe: no, it waits for eventQueue and for lists that are being received.
   void removeAll();
+
+  /// The platform's persistent thru connections of that owner, those of earlier runs too.
+  /// @throws MIDIIOError `osStatus`
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it asks the service.
+  std::vector<MIDIObjectRef> persistentThruConnections(const std::string& ownerID) const;
+
+  /// Ends them, and returns how many have gone. One that can't be ended doesn't stop the others.
+  /// @throws MIDIIOError `osStatus` if they can't be found
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it asks the service.
+  std::size_t disposePersistentThruConnections(const std::string& ownerID);
 
   const std::string& clientName() const { return settings_.clientName; }
   const std::string& model() const { return settings_.model; }
@@ -87,13 +142,22 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
 
   /// @name The managed objects by their tags
   /// @{
-  ManagedObjects::Connections managedInputConnections() const;
-  ManagedObjects::Connections managedOutputConnections() const;
-  ManagedObjects::Endpoints managedInputs() const;
-  ManagedObjects::Endpoints managedOutputs() const;
+  ManagedObjects::ByTag<MIDIInputConnection> managedInputConnections() const;
+  ManagedObjects::ByTag<MIDIOutputConnection> managedOutputConnections() const;
+  ManagedObjects::ByTag<MIDIInput> managedInputs() const;
+  ManagedObjects::ByTag<MIDIOutput> managedOutputs() const;
   /// Non-persistent ones alone: the platform keeps the others.
-  ManagedObjects::Connections managedThruConnections() const;
+  ManagedObjects::ByTag<MIDIThruConnection> managedThruConnections() const;
   /// @}
+
+  /// Where endpoints of the program's own are made, and where who asks for them waits until they are.
+  const CreationGate& creations() const { return creations_; }
+
+  /// The unique IDs of the managed inputs or outputs that have one.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it allocates and waits for an endpoint that is being made.
+  std::set<std::int32_t> ownedUniqueIDs(MIDIEndpointType type) const;
 
   /// Whoever is told of changes. A change that came in while there was none stays untold.
   NotificationHandler notificationHandler() const;
@@ -106,6 +170,8 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   const std::shared_ptr<MIDIService>& service() const { return settings_.service; }
   /// All changes of the managed objects, and what they receive. Its label names the client.
   const std::shared_ptr<karvex::foundation::SerialQueue>& eventQueue() const { return eventQueue_; }
+  /// What receive handlers of this manager are made with.
+  ReceiveContext receiveContext() const { return {settings_.runtime.clock(), eventQueue_}; }
 
  protected:
   /// Whoever derives calls adopt() when the object is in its shared pointer.
@@ -119,9 +185,6 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   decltype(auto) onEventQueue(Work&& work) {
     return eventQueue_->runSynchronously(settings_.runtime, std::forward<Work>(work));
   }
-
-  /// To be changed on eventQueue.
-  ManagedObjects& managedObjects() { return managed_; }
 
   /// Numbers the walks over the platform's lists. Several threads may refresh at once, and a list must not be
   /// replaced by that of a walk which began earlier: it would stay behind until the next change.
@@ -140,6 +203,8 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
     std::shared_ptr<const MIDIIOObjectCache> notificationCache;
   };
 
+  template <class Map, class Settings>
+  void addEndpoint(Map ManagedObjects::Maps::* map, const Settings& settings);
   void handle(const MIDINotification& message) noexcept;
   std::shared_ptr<const MIDIIOObjectCache> objects() const;
   void send(MIDIIONotification notification);
@@ -148,6 +213,7 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   const std::shared_ptr<karvex::foundation::SerialQueue> eventQueue_;
   std::atomic<std::uint64_t> walks_ = 0;
   mutable internals::ThreadSafeAccess<State> state_;
+  CreationGate creations_;
   ManagedObjects managed_;
 };
 

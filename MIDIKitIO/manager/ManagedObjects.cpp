@@ -25,7 +25,7 @@ void ManagedObjects::remove(ManagedType type, const TagSelection& selection) {
 
 template <class Map>
 void ManagedObjects::remove(Map Maps::* map, const TagSelection& selection) {
-  Map removed;  // Destroyed behind the lock: the objects ask the platform.
+  Map removed;
   maps_.modify([&](Maps& maps) {
     if (const auto& tag = selection.tag()) {
       removed.insert((maps.*map).extract(*tag));
@@ -33,18 +33,20 @@ void ManagedObjects::remove(Map Maps::* map, const TagSelection& selection) {
       removed.swap(maps.*map);
     }
   });
+  for (const auto& [tag, object] : removed) {
+    object->dispose();
+  }
 }
 
-std::vector<std::shared_ptr<MIDIManagedConnection>> ManagedObjects::followers() const {
-  return maps_.modify([](const Maps& maps) {
-    std::vector<std::shared_ptr<MIDIManagedConnection>> all;
-    for (const auto* map : {&maps.outputConnections, &maps.inputConnections, &maps.thruConnections}) {
-      for (const auto& [tag, connection] : *map) {
-        all.push_back(connection);
-      }
+void ManagedObjects::follow(const MIDIIORawNotification& change) const {
+  const auto followAll = [&change](const auto& connections) {
+    for (const auto& [tag, connection] : connections) {
+      connection->follow(change);
     }
-    return all;
-  });
+  };
+  followAll(get(&Maps::outputConnections));
+  followAll(get(&Maps::inputConnections));
+  followAll(get(&Maps::thruConnections));
 }
 
 }  // namespace midikit::io

@@ -4,27 +4,31 @@
 #include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
-#include "MIDIKitIO/manager/MIDIManaged.hpp"
+#include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
 #include "MIDIKitIO/manager/ManagedType.hpp"
+#include "MIDIKitIO/ports/MIDIInput.hpp"
+#include "MIDIKitIO/ports/MIDIInputConnection.hpp"
+#include "MIDIKitIO/ports/MIDIOutput.hpp"
+#include "MIDIKitIO/ports/MIDIOutputConnection.hpp"
+#include "MIDIKitIO/thru/MIDIThruConnection.hpp"
 #include "MIDIKitInternals/ThreadSafeAccess.hpp"
 
 namespace midikit::io {
 
-/// The objects that a manager holds, by kind and tag. All operations may be called on any thread; no object
-/// is used or destroyed under the lock.
+/// The objects that a manager holds, by kind and tag. What it lets go of is disposed at once, also if others
+/// hold it. All operations may be called on any thread; no object is used or destroyed under the lock.
 class ManagedObjects {
  public:
-  using Endpoints = std::map<std::string, std::shared_ptr<MIDIManagedEndpoint>>;
-  using Connections = std::map<std::string, std::shared_ptr<MIDIManagedConnection>>;
+  template <class Object>
+  using ByTag = std::map<std::string, std::shared_ptr<Object>>;
 
   struct Maps {
-    Connections inputConnections;
-    Connections outputConnections;
-    Endpoints inputs;
-    Endpoints outputs;
-    Connections thruConnections;  ///< non-persistent ones alone
+    ByTag<MIDIInputConnection> inputConnections;
+    ByTag<MIDIOutputConnection> outputConnections;
+    ByTag<MIDIInput> inputs;
+    ByTag<MIDIOutput> outputs;
+    ByTag<MIDIThruConnection> thruConnections;  ///< non-persistent ones alone
   };
 
   /// Lets go of the kinds in the order of ManagedType.
@@ -43,14 +47,17 @@ class ManagedObjects {
   template <class Map>
   void put(Map Maps::* map, const std::string& tag, typename Map::mapped_type object) {
     maps_.modify([&](Maps& maps) { std::swap((maps.*map)[tag], object); });
+    if (object) {
+      object->dispose();
+    }
   }
 
   /// Lets go of the objects that are meant. A tag that isn't there is no error.
   void remove(ManagedType type, const TagSelection& selection);
 
-  /// All connections in the order in which they follow a change: output connections, input connections, thru
+  /// Lets all connections follow a change, on the calling thread: output connections, input connections, thru
   /// connections, each in the order of the tags.
-  std::vector<std::shared_ptr<MIDIManagedConnection>> followers() const;
+  void follow(const MIDIIORawNotification& change) const;
 
  private:
   template <class Map>

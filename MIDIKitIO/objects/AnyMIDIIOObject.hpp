@@ -61,4 +61,10 @@ static_assert(MIDIIOObject<MIDIDevice> && MIDIIOObject<MIDIEntity> && MIDIIOObje
               MIDIIOObject<MIDIOutputEndpoint> && MIDIIOObject<AnyMIDIEndpoint> &&
               MIDIIOObject<AnyMIDIIOObject>);
 
+/// What is both an object of the platform's and an endpoint.
+template <class T>
+concept MIDIIOEndpointProtocol = MIDIIOObject<T> && MIDIEndpoint<T>;
+static_assert(MIDIIOEndpointProtocol<MIDIInputEndpoint> && MIDIIOEndpointProtocol<MIDIOutputEndpoint> &&
+              MIDIIOEndpointProtocol<AnyMIDIEndpoint>);
+
 }  // namespace midikit::io

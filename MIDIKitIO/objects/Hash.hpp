@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <vector>
 
 namespace midikit::io {
 
@@ -12,12 +11,12 @@ inline void addToHash(std::size_t& seed, std::size_t hash) {
   seed ^= hash + goldenRatio + (seed << 6U) + (seed >> 2U);
 }
 
-/// Mixes the count of a list in, and then each element.
-template <class Element>
-void addListToHash(std::size_t& seed, const std::vector<Element>& list) {
+/// Mixes the count of a list or ordered set in, and then each element.
+template <class List>
+void addListToHash(std::size_t& seed, const List& list) {
   addToHash(seed, list.size());
   for (const auto& element : list) {
-    addToHash(seed, std::hash<Element>()(element));
+    addToHash(seed, std::hash<typename List::value_type>()(element));
   }
 }
 

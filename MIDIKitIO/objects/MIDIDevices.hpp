@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <unordered_map>
@@ -25,6 +26,22 @@ struct MIDIDevices {
 
   friend bool operator==(const MIDIDevices&, const MIDIDevices&) = default;
 };
+
+/// What lists devices.
+template <class T>
+concept MIDIDevicesProtocol = requires(const T& list) {
+  { list.devices } -> std::convertible_to<std::vector<MIDIDevice>>;
+};
+
+/// What lists the platform's devices, and can be brought up to date.
+template <class T>
+concept MIDIIODevicesProtocol =
+    MIDIDevicesProtocol<T> && requires(T& list, const T& constant, const MIDIService& service) {
+      list.refresh(service);
+      constant.inputsByDevice(service);
+      constant.outputsByDevice(service);
+    };
+static_assert(MIDIIODevicesProtocol<MIDIDevices>);
 
 }  // namespace midikit::io
 

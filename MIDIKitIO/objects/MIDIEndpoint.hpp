@@ -107,10 +107,22 @@ struct MIDIEndpointHash {
   }
 };
 
-/// The records of endpoints, whatever their direction.
+/// What stands for an endpoint, whatever its direction: the three records.
 template <class T>
-concept MIDIEndpoint =
-    std::derived_from<T, MIDIEndpointOperations<T>> && std::convertible_to<T, AnyMIDIEndpoint>;
+concept MIDIEndpoint = std::convertible_to<T, AnyMIDIEndpoint> && requires(const T& endpoint) {
+  { endpoint.displayName } -> std::convertible_to<std::string>;
+  { endpoint.endpointType } -> std::convertible_to<MIDIEndpointType>;
+};
+
+namespace internal {
+
+/// Endpoints that are read from the platform by their reference.
+template <class T>
+concept MIDIEndpoint = io::MIDIEndpoint<T> && std::derived_from<T, MIDIEndpointOperations<T>>;
+static_assert(MIDIEndpoint<MIDIInputEndpoint> && MIDIEndpoint<MIDIOutputEndpoint> &&
+              MIDIEndpoint<AnyMIDIEndpoint>);
+
+}  // namespace internal
 
 }  // namespace midikit::io
 

@@ -11,14 +11,7 @@ namespace midikit::io {
 namespace {
 
 template <class Endpoint>
-std::vector<Endpoint> without(const std::vector<Endpoint>& endpoints,
-                              const ManagedObjects::Endpoints& managed) {
-  std::set<std::int32_t> owned;
-  for (const auto& [tag, object] : managed) {
-    if (const auto uniqueID = object->uniqueID()) {
-      owned.insert(*uniqueID);
-    }
-  }
+std::vector<Endpoint> without(const std::vector<Endpoint>& endpoints, const std::set<std::int32_t>& owned) {
   std::vector<Endpoint> others;
   others.reserve(endpoints.size());
   for (const auto& endpoint : endpoints) {
@@ -32,11 +25,14 @@ std::vector<Endpoint> without(const std::vector<Endpoint>& endpoints,
 }  // namespace
 
 void MIDIEndpoints::refresh(const MIDIService& service) {
-  inputs = systemDestinations(service);
-  outputs = systemSources(service);
   const auto owner = manager.lock();
-  inputsUnowned = owner ? without(inputs, owner->managedInputs()) : inputs;
-  outputsUnowned = owner ? without(outputs, owner->managedOutputs()) : outputs;
+  const auto walk = [&] {
+    inputs = systemDestinations(service);
+    outputs = systemSources(service);
+    inputsUnowned = owner ? without(inputs, owner->ownedUniqueIDs(MIDIEndpointType::input)) : inputs;
+    outputsUnowned = owner ? without(outputs, owner->ownedUniqueIDs(MIDIEndpointType::output)) : outputs;
+  };
+  owner ? owner->creations().look(walk) : walk();
 }
 
 bool operator==(const MIDIEndpoints& a, const MIDIEndpoints& b) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -22,11 +23,29 @@ struct MIDIEndpoints {
   std::vector<MIDIOutputEndpoint> outputsUnowned;  ///< without the virtual outputs of the manager
 
   /// Replaces the lists by those of this moment. Without a manager, or when it is gone, nothing is left out.
+  /// Waits for an endpoint that the manager is making.
   void refresh(const MIDIService& service);
 
   /// Same manager, or none on both sides, and equal lists.
   friend bool operator==(const MIDIEndpoints& a, const MIDIEndpoints& b);
 };
+
+/// What lists endpoints, all and without the program's own.
+template <class T>
+concept MIDIEndpointsProtocol = requires(const T& list) {
+  { list.inputs } -> std::convertible_to<std::vector<MIDIInputEndpoint>>;
+  { list.inputsUnowned } -> std::convertible_to<std::vector<MIDIInputEndpoint>>;
+  { list.outputs } -> std::convertible_to<std::vector<MIDIOutputEndpoint>>;
+  { list.outputsUnowned } -> std::convertible_to<std::vector<MIDIOutputEndpoint>>;
+};
+
+/// What lists the platform's endpoints for a manager, and can be brought up to date.
+template <class T>
+concept MIDIIOEndpointsProtocol = MIDIEndpointsProtocol<T> && requires(T& list, const MIDIService& service) {
+  { list.manager } -> std::convertible_to<std::weak_ptr<MIDIManager>>;
+  list.refresh(service);
+};
+static_assert(MIDIIOEndpointsProtocol<MIDIEndpoints>);
 
 }  // namespace midikit::io
 

@@ -1,0 +1,37 @@
+#include "MIDIKitIO/manager/CreationGate.hpp"
+
+namespace midikit::io {
+
+void CreationGate::begin() {
+  const std::lock_guard lock(mutex_);
+  ++begun_;
+  isUnderWay_ = true;
+}
+
+void CreationGate::end() {
+  const std::lock_guard lock(mutex_);
+  isUnderWay_ = false;
+  for (const auto& gate : std::exchange(awaited_, {})) {
+    gate->open();
+  }
+}
+
+std::uint64_t CreationGate::awaitEnd() const {
+  std::shared_ptr<karvex::foundation::Gate> gate;
+  {
+    const std::lock_guard lock(mutex_);
+    if (!isUnderWay_) {
+      return begun_;
+    }
+    gate = awaited_.emplace_back(runtime_.makeGate());
+  }
+  gate->wait();
+  return count();
+}
+
+std::uint64_t CreationGate::count() const {
+  const std::lock_guard lock(mutex_);
+  return begun_;
+}
+
+}  // namespace midikit::io

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+
+#include "foundation/Clock.hpp"
+#include "foundation/Queue.hpp"
+
+namespace midikit::io {
+
+/// Where handlers live: the queue that gives them packets, for events that come out later than their packet.
+struct ReceiveContext {
+  /// Must outlive the handlers.
+  karvex::foundation::Clock& clock;
+  /// The manager's eventQueue, which handlers don't keep alive. What comes out when it is gone is dropped.
+  std::weak_ptr<karvex::foundation::Queue> eventQueue;
+};
+
+}  // namespace midikit::io
