@@ -28,8 +28,7 @@ class ManagerBench : public MIDITestBench {
   /// A device with one source, whose reference is returned; the manager has heard of it.
   MIDIObjectRef addSource(const std::string& name, std::int32_t uniqueID) {
     service->addDevice(
-        {.name = name,
-         .entities = {{.sources = {{.name = name, .properties = {{"uniqueID", uniqueID}}}}}}});
+        {.name = name, .entities = {{.sources = {{.name = name, .properties = {{"uniqueID", uniqueID}}}}}}});
     settle();
     return *findSource(*service, uniqueID);
   }

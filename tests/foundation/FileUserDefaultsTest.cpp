@@ -19,9 +19,7 @@ namespace fs = std::filesystem;
 
 class FileUserDefaultsTest : public testing::Test {
  protected:
-  void write(const std::string& content) const {
-    std::ofstream(file, std::ios::binary) << content;
-  }
+  void write(const std::string& content) const { std::ofstream(file, std::ios::binary) << content; }
   std::string content() const {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};

@@ -75,7 +75,7 @@ TEST_F(ManagedObjectsTest, EverythingIsRemovedInTheOrderOfTheKindsAndWithTheMana
   lookOnce(MIDIOperation::endpointDispose);
   lookOnce(MIDIOperation::thruConnectionDispose);
   manager->removeAll();
-  const std::vector<std::vector<std::size_t>> expected = {{0, 1, 1, 1, 1}, {0, 0, 0, 1, 1}, {0, 0, 0, 0, 0}};
+  const std::vector<std::vector<std::size_t>> expected = {{1, 1, 1, 1, 1}, {0, 0, 1, 1, 1}, {0, 0, 0, 0, 1}};
   EXPECT_EQ(left, expected);
   addOneOfEach("b");
   const auto held = manager->managedOutputs();
@@ -92,7 +92,8 @@ TEST_F(ManagedObjectsTest, RemovalWaitsForItsTurnOnTheEventQueue) {
     runtime.clock().sleepFor(std::chrono::milliseconds(5));
     order.emplace_back("a list is worked up");
   });
-  service->calls().interruptNext(MIDIOperation::endpointDispose, [&] { order.emplace_back("the input goes"); });
+  service->calls().interruptNext(MIDIOperation::endpointDispose,
+                                 [&] { order.emplace_back("the input goes"); });
   manager->remove(ManagedType::input, TagSelection::all());
   EXPECT_THAT(order, ElementsAre("a list is worked up", "the input goes"));
 }
@@ -101,8 +102,12 @@ TEST_F(ManagedObjectsTest, AManagersOwnEndpointsAreLeftOutOfTheUnownedLists) {
   addSource("equipment", 21);
   addDestination("equipment", 22);
   addOneOfEach("own");
-  manager->addOutput(
-      {.name = "of another direction", .tag = "2", .persistence = MIDIIdentifierPersistence::unmanaged(22)});
+  service->calls().failNext(MIDIOperation::sourceCreateWithProtocol, -50);
+  EXPECT_TRUE(errorOf([&] {
+    manager->addOutput({.name = "of another direction",
+                        .tag = "2",
+                        .persistence = MIDIIdentifierPersistence::unmanaged(22)});
+  }));
   settle();
   auto endpoints = manager->endpoints();
   EXPECT_THAT(namesOf(endpoints.inputs), ElementsAre("equipment", "in"));
@@ -136,7 +141,8 @@ TEST_F(ManagedObjectsTest, WhileAnEndpointIsMadeNobodyTakesItForAForeignOne) {
     MIDIOperation moment;  ///< at which the notification thread gets its turn
   } rows[] = {
       {"its ID isn't read yet", MIDIIdentifierPersistence::adHoc(), MIDIOperation::objectSetStringProperty},
-      {"its ID isn't set yet", MIDIIdentifierPersistence::unmanaged(7), MIDIOperation::objectSetIntegerProperty},
+      {"its ID isn't set yet", MIDIIdentifierPersistence::unmanaged(7),
+       MIDIOperation::objectSetIntegerProperty},
   };
   for (const auto& [description, persistence, moment] : rows) {
     SCOPED_TRACE(description);

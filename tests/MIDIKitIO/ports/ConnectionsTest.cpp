@@ -65,9 +65,13 @@ TEST_F(ConnectionsTest, AConnectionFollowsWhatItsCriteriaMean) {
       {"an endpoint by its unique ID",
        [&] { listening()->removeOutputs(std::vector{makeOutputEndpoint(*service, one)}); },
        {"three", "two", "four"}},
-      {"an identity of another case", [&] { listening()->removeOutputs({uniqueID(22)}); }, {"three", "two", "four"}},
+      {"an identity of another case",
+       [&] { listening()->removeOutputs({uniqueID(22)}); },
+       {"three", "two", "four"}},
       {"all", [&] { listening()->removeAllOutputs(); }, {}},
-      {"endpoints", [&] { listening()->addOutputs(std::vector{makeOutputEndpoint(*service, one)}); }, {"one"}},
+      {"endpoints",
+       [&] { listening()->addOutputs(std::vector{makeOutputEndpoint(*service, one)}); },
+       {"one"}},
   };
   for (const auto& row : rows) {
     row.change();
@@ -86,10 +90,13 @@ TEST_F(ConnectionsTest, AFilterDropsIdentitiesNotEndpointsAndTheOwnOnesOfTheOthe
   addSource("one", 1);
   addSource("two", 2);
   manager->addOutput({.name = "mine", .tag = "mine", .persistence = MIDIIdentifierPersistence::unmanaged(3)});
-  manager->addInput({.name = "in",
-                     .tag = "in",
-                     .persistence = MIDIIdentifierPersistence::unmanaged(2),
-                     .receiver = writer()});
+  service->calls().failNext(MIDIOperation::destinationCreateWithProtocol, -50);
+  EXPECT_TRUE(errorOf([&] {
+    manager->addInput({.name = "of the other direction",
+                       .tag = "in",
+                       .persistence = MIDIIdentifierPersistence::unmanaged(2),
+                       .receiver = writer()});
+  }));
   settle();
   const auto all = MIDIInputConnectionMode::allOutputs();
   const auto fixed = MIDIInputConnectionMode::outputs;

@@ -27,7 +27,8 @@ class OneDefault final : public karvex::foundation::UserDefaults {
 class VirtualEndpointsTest : public ManagerBench {
  protected:
   void addInput(Persistence persistence = Persistence::adHoc()) {
-    manager->addInput({.name = "in", .tag = "tag", .persistence = std::move(persistence), .receiver = writer()});
+    manager->addInput(
+        {.name = "in", .tag = "tag", .persistence = std::move(persistence), .receiver = writer()});
   }
   void addOutput(Persistence persistence = Persistence::adHoc()) {
     manager->addOutput({.name = "out", .tag = "tag", .persistence = std::move(persistence)});
@@ -134,6 +135,7 @@ TEST_F(VirtualEndpointsTest, AFailureReachesTheCallerAndLeavesTheObjectUnderItsT
 TEST_F(VirtualEndpointsTest, PacketsReachTheHandlerWithoutASourceAndNotWhenItHasGone) {
   addInput();
   const auto in = input();
+  settle();
   manager->addOutputConnection(
       {.mode = MIDIOutputConnectionMode::inputs({uniqueID(*in->uniqueID())}), .tag = "to the input"});
   const auto sender = manager->managedOutputConnections().at("to the input");

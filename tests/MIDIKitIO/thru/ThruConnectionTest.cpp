@@ -18,7 +18,9 @@ class ThruConnectionTest : public ManagerBench, public testing::WithParamInterfa
  protected:
   ThruConnectionTest() { startOn(GetParam()); }
 
-  static bool isFaulty() { return GetParam() >= PlatformVersion{11, 0} && GetParam() < PlatformVersion{13, 0}; }
+  static bool isFaulty() {
+    return GetParam() >= PlatformVersion{11, 0} && GetParam() < PlatformVersion{13, 0};
+  }
 
   /// Equipment that is listened to.
   MIDIObjectRef addReader(const std::string& name, std::int32_t uniqueID) {
@@ -63,9 +65,10 @@ TEST_P(ThruConnectionTest, ANonPersistentOneForwardsUntilItIsRemoved) {
   const auto reference = thru()->coreMIDIThruConnectionRef();
   EXPECT_EQ(isFaulty(), thru()->proxy() != nullptr);
   EXPECT_EQ(isFaulty(), reference == 0U);
-  EXPECT_EQ(thru()->description(), "MIDIThruConnection(ref: " + std::to_string(*reference) +
-                                       ", outputs: [MIDIOutputEndpoint(name: \"keys\", uniqueID: 1)], inputs: "
-                                       "[MIDIInputEndpoint(name: \"synth\", uniqueID: 11)], nonPersistent)");
+  EXPECT_EQ(thru()->description(),
+            "MIDIThruConnection(ref: " + std::to_string(*reference) +
+                ", outputs: [MIDIOutputEndpoint(name: \"keys\", uniqueID: 1)], inputs: "
+                "[MIDIInputEndpoint(name: \"synth\", uniqueID: 11)], nonPersistent)");
   service->calls().resetCounts();
   const auto reader = thru();
   manager->remove(ManagedType::nonPersistentThruConnection, TagSelection::withTag("tag"));
@@ -96,10 +99,11 @@ TEST_P(ThruConnectionTest, APersistentOneOutlivesItsObjectOrIsRefused) {
   addReader("synth", 11);
   const auto failure = errorOf([&] { addThru(Lifecycle::persistent("owner")); });
   EXPECT_EQ(failure,
-            isFaulty() ? std::optional(MIDIIOError::notSupported(
-                             "Persistent MIDI Thru Connections cannot be created on macOS 11 & 12 and iOS 14 & 15 "
-                             "due to a Core MIDI bug. Consider using a non-persistent thru connection instead."))
-                       : std::nullopt);
+            isFaulty()
+                ? std::optional(MIDIIOError::notSupported(
+                      "Persistent MIDI Thru Connections cannot be created on macOS 11 & 12 and iOS 14 & 15 "
+                      "due to a Core MIDI bug. Consider using a non-persistent thru connection instead."))
+                : std::nullopt);
   EXPECT_THAT(manager->managedThruConnections(), IsEmpty());
   manager->removeAll();
   play(source, 60);
@@ -146,8 +150,8 @@ TEST_P(ThruConnectionTest, AFailureLeavesNothingBehindAndAProxyFollowsWithBothCo
 }
 
 INSTANTIATE_TEST_SUITE_P(Platforms, ThruConnectionTest,
-                         testing::Values(PlatformVersion{10, 15}, PlatformVersion{11, 0}, PlatformVersion{12, 7},
-                                         PlatformVersion{13, 0}),
+                         testing::Values(PlatformVersion{10, 15}, PlatformVersion{11, 0},
+                                         PlatformVersion{12, 7}, PlatformVersion{13, 0}),
                          [](const auto& platform) {
                            return std::string("Platform").append(std::to_string(platform.param.major));
                          });
