@@ -51,7 +51,7 @@ class OpenFile {
 
   /// All of a regular file; none for another kind of file and for one of more than `limit` bytes.
   std::optional<std::string> read(std::size_t limit) const {
-    struct stat status {};
+    struct stat status{};
     if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode) ||
         static_cast<std::size_t>(status.st_size) > limit) {
       return std::nullopt;

@@ -9,7 +9,7 @@ namespace midikit::io {
 
 std::vector<AnyMIDIEndpoint> MIDIEndpointMaskedFilter::ownedEndpoints(const MIDIManager& manager) {
   std::vector<AnyMIDIEndpoint> owned;
-  manager.creations().look([&] {
+  manager.ownership().look([&] {
     owned.clear();
     for (const auto& [tag, input] : manager.managedInputs()) {
       owned.emplace_back(input->endpoint());

@@ -38,7 +38,7 @@ MIDIManager::MIDIManager(MIDIManagerSettings settings)
       eventQueue_(
           std::make_shared<SerialQueue>(settings_.runtime.globalQueue(), queueLabel(settings_.clientName))),
       state_({.preferredAPI = CoreMIDIAPIVersion::bestFor(settings_.service->platformVersion())}),
-      creations_(settings_.runtime) {}
+      managed_(settings_.runtime) {}
 
 void MIDIManager::adopt() {
   state_.modify([this](State& state) { state.endpoints.manager = weak_from_this(); });

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "MIDIKitIO/manager/CoreMIDIAPIVersion.hpp"
-#include "MIDIKitIO/manager/CreationGate.hpp"
 #include "MIDIKitIO/manager/MIDIIONotification.hpp"
 #include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
 #include "MIDIKitIO/manager/ManagedObjects.hpp"
@@ -44,10 +43,10 @@ struct MIDIManagerSettings {
 ///
 /// Three kinds of threads come here. What changes the managed objects hops onto eventQueue and waits for it,
 /// so start(), the add operations, remove() and removeAll() must not be called on that queue: receivers and
-/// the handlers of a MIDIIdentifierPersistence run there. A change of the setup is worked up on the platform's
-/// notification thread: the lists are up to date before the handler is queued on the main queue. All other
-/// operations may be called on any thread and give copies of one moment; no handler, observer or managed
-/// object is called under a lock.
+/// the handlers of a MIDIIdentifierPersistence run there. A change of the setup is worked up on the
+/// platform's notification thread: the lists are up to date before the handler is queued on the main queue.
+/// All other operations may be called on any thread and give copies of one moment; no handler, observer or
+/// managed object is called under a lock.
 ///
 /// When the manager goes, the managed objects go; the client stays until the process ends, and what the
 /// platform still tells is passed over.
@@ -77,8 +76,8 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   virtual void refreshObjects();
 
   /// @name Making managed objects
-  /// The object is in its map, in the place of one with the same tag, before it is made on the platform. If that
-  /// fails, it stays there with nothing on the platform until it is replaced or removed.
+  /// The object is in its map, in the place of one with the same tag, before it is made on the platform. If
+  /// that fails, it stays there with nothing on the platform until it is replaced or removed.
   ///
   /// Thread-safe: yes, but not on eventQueue.
   /// Realtime-safe: no, they wait for eventQueue and ask the service.
@@ -99,8 +98,8 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   void addThruConnection(const MIDIThruConnectionSettings& settings);
   /// @}
 
-  /// Lets go of managed objects, which takes them off the platform at once, whoever else holds them. A tag that
-  /// isn't there is no error.
+  /// Lets go of managed objects, which takes them off the platform at once, whoever else holds them. A tag
+  /// that isn't there is no error.
   ///
   /// Thread-safe: yes, but not on eventQueue.
   /// Realtime-safe: no, it waits for eventQueue and for lists that are being received.
@@ -150,8 +149,8 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   ManagedObjects::ByTag<MIDIThruConnection> managedThruConnections() const;
   /// @}
 
-  /// Where endpoints of the program's own are made, and where who asks for them waits until they are.
-  const CreationGate& creations() const { return creations_; }
+  /// Where those who ask for the program's own endpoints wait for one that is being made.
+  const OwnershipGate& ownership() const { return managed_.ownership(); }
 
   /// The unique IDs of the managed inputs or outputs that have one.
   ///
@@ -213,7 +212,6 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   const std::shared_ptr<karvex::foundation::SerialQueue> eventQueue_;
   std::atomic<std::uint64_t> walks_ = 0;
   mutable internals::ThreadSafeAccess<State> state_;
-  CreationGate creations_;
   ManagedObjects managed_;
 };
 

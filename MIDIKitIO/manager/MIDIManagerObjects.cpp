@@ -16,7 +16,7 @@ void MIDIManager::addEndpoint(Map Maps::* map, const Settings& settings) {
     const auto kept = settings.persistence.read();
     const auto endpoint = std::make_shared<Endpoint>(shared_from_this(), settings, kept);
     managed_.put(map, settings.tag, endpoint);
-    creations_.create([&] { endpoint->create(*this); });
+    managed_.ownership().change([&] { endpoint->create(*this); });
     const auto uniqueID = endpoint->uniqueID();
     if (!uniqueID) {
       throw core::MIDIIOError::connectionError("Could not read virtual MIDI endpoint unique ID.");
@@ -122,7 +122,7 @@ std::set<std::int32_t> MIDIManager::ownedUniqueIDs(MIDIEndpointType type) const 
       }
     }
   };
-  creations_.look([&] {
+  ownership().look([&] {
     owned.clear();
     type == MIDIEndpointType::input ? addFrom(managedInputs()) : addFrom(managedOutputs());
   });

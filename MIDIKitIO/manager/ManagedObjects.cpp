@@ -26,16 +26,19 @@ void ManagedObjects::remove(ManagedType type, const TagSelection& selection) {
 template <class Map>
 void ManagedObjects::remove(Map Maps::* map, const TagSelection& selection) {
   Map removed;
-  maps_.modify([&](Maps& maps) {
-    if (const auto& tag = selection.tag()) {
-      removed.insert((maps.*map).extract(*tag));
-    } else {
-      removed.swap(maps.*map);
+  for (const auto& [tag, object] : get(map)) {
+    if (selection.tag().value_or(tag) == tag) {
+      object->dispose();
+      removed.emplace(tag, object);
     }
-  });
-  for (const auto& [tag, object] : removed) {
-    object->dispose();
   }
+  ownership_.change([&] {
+    maps_.modify([&](Maps& maps) {
+      for (const auto& [tag, object] : removed) {
+        (maps.*map).erase(tag);
+      }
+    });
+  });
 }
 
 void ManagedObjects::follow(const MIDIIORawNotification& change) const {

@@ -7,6 +7,7 @@
 
 #include "MIDIKitIO/manager/MIDIIORawNotification.hpp"
 #include "MIDIKitIO/manager/ManagedType.hpp"
+#include "MIDIKitIO/manager/OwnershipGate.hpp"
 #include "MIDIKitIO/ports/MIDIInput.hpp"
 #include "MIDIKitIO/ports/MIDIInputConnection.hpp"
 #include "MIDIKitIO/ports/MIDIOutput.hpp"
@@ -16,8 +17,9 @@
 
 namespace midikit::io {
 
-/// The objects that a manager holds, by kind and tag. What it lets go of is disposed at once, also if others
-/// hold it. All operations may be called on any thread; no object is used or destroyed under the lock.
+/// The objects that a manager holds, by kind and tag. What it lets go of is disposed first, also if others
+/// hold it. Changes are made on eventQueue; all else may be called on any thread. No object is used or
+/// destroyed under the lock.
 class ManagedObjects {
  public:
   template <class Object>
@@ -31,9 +33,10 @@ class ManagedObjects {
     ByTag<MIDIThruConnection> thruConnections;  ///< non-persistent ones alone
   };
 
+  /// The runtime must outlive the objects.
+  explicit ManagedObjects(karvex::foundation::Runtime& runtime) : ownership_(runtime) {}
   /// Lets go of the kinds in the order of ManagedType.
   ~ManagedObjects();
-  ManagedObjects() = default;
   ManagedObjects(const ManagedObjects&) = delete;
   ManagedObjects& operator=(const ManagedObjects&) = delete;
 
@@ -43,13 +46,14 @@ class ManagedObjects {
     return maps_.modify([map](const Maps& maps) { return maps.*map; });
   }
 
-  /// Puts the object under the tag, and lets go of the one that stood there.
+  /// Lets go of the object under the tag, if there is one, and puts this one there.
   template <class Map>
   void put(Map Maps::* map, const std::string& tag, typename Map::mapped_type object) {
-    maps_.modify([&](Maps& maps) { std::swap((maps.*map)[tag], object); });
-    if (object) {
-      object->dispose();
+    const auto present = get(map);
+    if (const auto old = present.find(tag); old != present.end()) {
+      old->second->dispose();
     }
+    ownership_.change([&] { maps_.modify([&](Maps& maps) { std::swap((maps.*map)[tag], object); }); });
   }
 
   /// Lets go of the objects that are meant. A tag that isn't there is no error.
@@ -59,10 +63,15 @@ class ManagedObjects {
   /// connections, each in the order of the tags.
   void follow(const MIDIIORawNotification& change) const;
 
+  /// Where endpoints of the program's own are made, and where those who ask for them wait.
+  OwnershipGate& ownership() { return ownership_; }
+  const OwnershipGate& ownership() const { return ownership_; }
+
  private:
   template <class Map>
   void remove(Map Maps::* map, const TagSelection& selection);
 
+  OwnershipGate ownership_;
   mutable internals::ThreadSafeAccess<Maps> maps_;
 };
 

@@ -32,7 +32,7 @@ void MIDIEndpoints::refresh(const MIDIService& service) {
     inputsUnowned = owner ? without(inputs, owner->ownedUniqueIDs(MIDIEndpointType::input)) : inputs;
     outputsUnowned = owner ? without(outputs, owner->ownedUniqueIDs(MIDIEndpointType::output)) : outputs;
   };
-  owner ? owner->creations().look(walk) : walk();
+  owner ? owner->ownership().look(walk) : walk();
 }
 
 bool operator==(const MIDIEndpoints& a, const MIDIEndpoints& b) {

@@ -16,9 +16,8 @@ struct Read {
   }
   std::optional<std::int32_t> operator()(const Persistence::UserDefaultsManaged& managed) const {
     const auto stored = suiteOf(managed)->integer(managed.key);
-    return stored && std::in_range<std::int32_t>(*stored)
-               ? std::optional(static_cast<std::int32_t>(*stored))
-               : std::nullopt;
+    return stored && std::in_range<std::int32_t>(*stored) ? std::optional(static_cast<std::int32_t>(*stored))
+                                                          : std::nullopt;
   }
   std::optional<std::int32_t> operator()(const Persistence::ManagedStorage& storage) const {
     return storage.readHandler ? storage.readHandler() : std::nullopt;

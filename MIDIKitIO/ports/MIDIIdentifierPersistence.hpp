@@ -44,8 +44,9 @@ class MIDIIdentifierPersistence {
     return Case(UserDefaultsManaged{std::move(key), std::move(suite)});
   }
   /// Wherever the handlers keep it. Either may be null. They run on the manager's eventQueue, while whoever
-  /// adds the endpoint waits: they must not call start(), remove(), removeAll() or an operation of the manager
-  /// that adds something, which would wait for themselves. What they throw reaches whoever adds the endpoint.
+  /// adds the endpoint waits: they must not call start(), remove(), removeAll() or an operation of the
+  /// manager that adds something, which would wait for themselves. What they throw reaches whoever adds the
+  /// endpoint.
   static MIDIIdentifierPersistence managedStorage(ReadHandler readHandler, StoreHandler storeHandler) {
     return Case(ManagedStorage{std::move(readHandler), std::move(storeHandler)});
   }

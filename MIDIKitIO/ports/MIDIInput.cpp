@@ -29,8 +29,8 @@ bool MIDIInput::isTaken(std::int32_t uniqueID) const {
 OSStatus MIDIInput::makeEndpoint(const MIDIManager& manager, MIDIObjectRef& outEndpoint) {
   const internal::ReceiveBlocks blocks{service(), manager.eventQueue(), receiveHandler()};
   const auto protocol = internal::platformProtocol(api(), service().platformVersion());
-  return protocol ? service().MIDIDestinationCreateWithProtocol(manager.coreMIDIClientRef(), name(), *protocol, outEndpoint,
-                                                                blocks.forEvents())
+  return protocol ? service().MIDIDestinationCreateWithProtocol(manager.coreMIDIClientRef(), name(),
+                                                                *protocol, outEndpoint, blocks.forEvents())
                   : service().MIDIDestinationCreateWithBlock(manager.coreMIDIClientRef(), name(), outEndpoint,
                                                              blocks.forPackets());
 }

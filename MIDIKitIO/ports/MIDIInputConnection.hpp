@@ -19,8 +19,8 @@ namespace midikit::io {
 struct MIDIInputConnectionSettings {
   MIDIInputConnectionMode mode;
   std::string tag;
-  MIDIEndpointFilter filter;
   MIDIReceiver receiver;
+  MIDIEndpointFilter filter;
 };
 
 /// A port that listens to outputs, which are told by criteria: what comes up later is connected then, what

@@ -41,8 +41,7 @@ void MIDIManagedEndpoint::create(const MIDIManager& manager) {
     service().MIDIEndpointDispose(endpoint);
     return setUniqueID(std::nullopt);
   }
-  static_cast<void>(
-      service().MIDIObjectSetStringProperty(endpoint, kMIDIPropertyModel, manager.model()));
+  static_cast<void>(service().MIDIObjectSetStringProperty(endpoint, kMIDIPropertyModel, manager.model()));
   static_cast<void>(
       service().MIDIObjectSetStringProperty(endpoint, kMIDIPropertyManufacturer, manager.manufacturer()));
   if (wanted) {

@@ -36,8 +36,8 @@ class MIDIManagedEndpoint : public MIDIManaged {
 
   void dispose() noexcept override;
 
-  /// Makes the endpoint on the platform, with the kept unique ID unless another endpoint has that one. For the
-  /// manager.
+  /// Makes the endpoint on the platform, with the kept unique ID unless another endpoint has that one. For
+  /// the manager.
   /// @throws MIDIIOError
   ///
   /// Thread-safe: on eventQueue alone.

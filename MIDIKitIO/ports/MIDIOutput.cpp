@@ -30,7 +30,8 @@ bool MIDIOutput::isTaken(std::int32_t uniqueID) const {
 
 OSStatus MIDIOutput::makeEndpoint(const MIDIManager& manager, MIDIObjectRef& outEndpoint) {
   const auto protocol = internal::platformProtocol(api(), service().platformVersion());
-  return protocol ? service().MIDISourceCreateWithProtocol(manager.coreMIDIClientRef(), name(), *protocol, outEndpoint)
+  return protocol ? service().MIDISourceCreateWithProtocol(manager.coreMIDIClientRef(), name(), *protocol,
+                                                           outEndpoint)
                   : service().MIDISourceCreate(manager.coreMIDIClientRef(), name(), outEndpoint);
 }
 

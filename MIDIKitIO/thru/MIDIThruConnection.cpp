@@ -71,7 +71,8 @@ MIDIThruConnection::Platform MIDIThruConnection::makePlatform() const {
   }
   if (lifecycle_.ownerID()) {
     throw core::MIDIIOError::notSupported(
-        "Persistent MIDI Thru Connections cannot be created on macOS 11 & 12 and iOS 14 & 15 due to a Core MIDI "
+        "Persistent MIDI Thru Connections cannot be created on macOS 11 & 12 and iOS 14 & 15 due to a Core "
+        "MIDI "
         "bug. Consider using a non-persistent thru connection instead.");
   }
   return {.reference = 0,

@@ -12,8 +12,8 @@ std::shared_ptr<MIDIThruConnectionProxy> MIDIThruConnectionProxy::create(
   proxy->outputConnection_ = std::make_shared<MIDIOutputConnection>(
       manager, api, MIDIOutputConnectionSettings{.mode = MIDIOutputConnectionMode::inputs(inputs)});
   auto receiver = MIDIReceiver::events(
-      {}, [weak = proxy->weak_from_this()](std::span<const core::MIDIEvent> events, std::uint64_t /*timeStamp*/,
-                                           const MIDIPacketSource& /*source*/) {
+      {}, [weak = proxy->weak_from_this()](std::span<const core::MIDIEvent> events,
+                                           std::uint64_t /*timeStamp*/, const MIDIPacketSource& /*source*/) {
         if (const auto its = weak.lock()) {
           its->forward(events);
         }

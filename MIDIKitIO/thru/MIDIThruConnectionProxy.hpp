@@ -9,9 +9,9 @@
 
 namespace midikit::io {
 
-/// Forwards in the place of the platform: an input connection that hears the outputs, and an output connection
-/// that sends the same events to the inputs. Events are read and built again on the way, so what is no event
-/// doesn't get through.
+/// Forwards in the place of the platform: an input connection that hears the outputs, and an output
+/// connection that sends the same events to the inputs. Events are read and built again on the way, so what
+/// is no event doesn't get through.
 class MIDIThruConnectionProxy : public std::enable_shared_from_this<MIDIThruConnectionProxy> {
  public:
   /// A proxy that forwards. What was made of it goes again if this throws.

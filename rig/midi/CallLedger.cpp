@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace karvex::rig {
 
@@ -31,13 +32,23 @@ void CallLedger::failNext(MIDIOperation operation, OSStatus status, std::uint64_
   }
 }
 
+void CallLedger::interruptNext(MIDIOperation operation, std::function<void()> action) {
+  const std::lock_guard lock(mutex_);
+  interruptions_[operation] = std::move(action);
+}
+
 void CallLedger::clearFailures() {
   const std::lock_guard lock(mutex_);
   failures_.clear();
 }
 
 std::optional<OSStatus> CallLedger::begin(MIDIOperation operation, MIDIObjectRef object) {
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
+  if (const auto interruption = interruptions_.extract(operation)) {
+    lock.unlock();
+    interruption.mapped()();
+    lock.lock();
+  }
   ++counts_.at(static_cast<std::size_t>(operation));
   const auto failure = std::find_if(failures_.begin(), failures_.end(), [&](const Failure& candidate) {
     return candidate.operation == operation && candidate.object.value_or(object) == object;

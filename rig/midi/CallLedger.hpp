@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -28,6 +30,8 @@ class CallLedger {
   /// same call are used up one after the other, in the order in which they were made.
   void failNext(MIDIOperation operation, midikit::io::OSStatus status, std::uint64_t times = 1,
                 std::optional<midikit::io::MIDIObjectRef> object = std::nullopt);
+  /// The next call of the operation does `action` first, on its own thread and without a lock.
+  void interruptNext(MIDIOperation operation, std::function<void()> action);
   /// Drops the injected failures that haven't come up yet.
   void clearFailures();
 
@@ -46,6 +50,7 @@ class CallLedger {
   mutable std::mutex mutex_;
   std::array<std::uint64_t, midikit::io::engine::midiOperationCount> counts_{};
   std::vector<Failure> failures_;
+  std::map<MIDIOperation, std::function<void()>> interruptions_;
 };
 
 }  // namespace karvex::rig

@@ -9,7 +9,6 @@
 #include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "foundation/SystemRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
-#include "tests/MIDIKitIO/manager/FakeManaged.hpp"
 
 namespace midikit::io {
 namespace {
@@ -102,33 +101,41 @@ TEST(MIDIManagerThreadsTest, ReadersSeeWholeListsWhileTheSetupChangesAThousandTi
   EXPECT_GE(announced, setup.notifications);
 }
 
-TEST(MIDIManagerThreadsTest, ObjectsComeAndGoWhileOthersFollow) {
-  using Maps = ManagedObjects::Maps;
-  Concurrency<HoldingManager> setup;
+TEST(MIDIManagerThreadsTest, ObjectsComeAndGoWhileOthersFollowSendAndReceive) {
+  Concurrency<MIDIManager> setup;
   auto& manager = *setup.manager;
   manager.setNotificationHandler(
       [&](const MIDIIONotification& notification, MIDIManager&) { setup.handle(notification); });
-  std::atomic<int> goneCount = 0;
-  std::atomic<int> madeCount = 0;
-  const Story story = [&](const std::string& what) { goneCount += what.find("goes") != std::string::npos; };
+  int received = 0;  // Guarded by eventQueue alone.
+  const auto receiver = MIDIReceiver::rawData([&](const AnyMIDIPacket&) { ++received; });
+  const auto clock = core::MIDIEvent::timingClock();
   const auto exchangeObjects = [&](const std::string& tag) {
-    manager.put(&Maps::inputConnections, tag, std::make_shared<FakeConnection>(setup.manager, tag, story));
-    manager.put(&Maps::thruConnections, tag, std::make_shared<FakeConnection>(setup.manager, tag, story));
-    manager.put(&Maps::inputs, tag, std::make_shared<FakeEndpoint>(setup.manager, tag, story, 1));
-    madeCount += 3;
-    manager.remove(ManagedType::input, TagSelection::withTag(tag));
-    manager.remove(ManagedType::inputConnection, TagSelection::all());
+    manager.addOutput({.name = tag, .tag = tag});
+    manager.addInputConnection(
+        {.mode = MIDIInputConnectionMode::allOutputs(), .tag = tag, .receiver = receiver});
+    manager.addOutputConnection({.mode = MIDIOutputConnectionMode::allInputs(), .tag = tag});
+    manager.managedOutputConnections().at(tag)->sendEvent(clock);
+    manager.managedOutputs().at(tag)->sendEvent(clock);
+    const auto connection = manager.managedInputConnections().at(tag);
+    manager.remove(ManagedType::inputConnection, TagSelection::withTag(tag));
+    connection->addOutputs({MIDIEndpointIdentity::name(tag)});
   };
   manager.start();
+  manager.addInput({.name = "in", .tag = "in", .receiver = receiver});
   setup.run({
       [&] { exchangeObjects("a"); },
       [&] { exchangeObjects("b"); },
-      [&] { static_cast<void>(manager.managedInputs().size() + manager.managedInputConnections().size()); },
+      [&] { EXPECT_THAT(manager.endpoints().outputsUnowned.size(), testing::Le(1U)); },
+      [&] {
+        for (const auto& [tag, output] : manager.managedOutputs()) {
+          static_cast<void>(output->description());
+        }
+      },
   });
   manager.removeAll();
+  EXPECT_EQ(setup.service->MIDIGetNumberOfDestinations(), 1U) << "the last device";
   setup.manager.reset();
-  setup.service.reset();  // Behind this, no block follows a change any more.
-  EXPECT_EQ(goneCount, madeCount);
+  setup.service.reset();  // After this, no block follows a change any more.
 }
 
 }  // namespace

@@ -1,188 +1,195 @@
-#include "MIDIKitIO/manager/ManagedObjects.hpp"
-
-#include <gmock/gmock.h>
-
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
-#include "tests/MIDIKitIO/manager/FakeManaged.hpp"
+#include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
+#include "tests/MIDIKitIO/ManagerBench.hpp"
 
 namespace midikit::io {
 namespace {
 
-using Maps = ManagedObjects::Maps;
+using karvex::rig::MIDIOperation;
 using karvex::rig::simpleDevice;
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
-/// Lets something happen while the manager is in the middle of a refresh: it has read the platform's lists
-/// and asks for the unique IDs of its own endpoints.
-class InterruptingEndpoint final : public MIDIManagedEndpoint {
- public:
-  InterruptingEndpoint(const std::shared_ptr<MIDIManager>& manager, std::function<void()> interruption)
-      : MIDIManagedEndpoint(manager, CoreMIDIAPIVersion::legacyCoreMIDI()),
-        interruption_(std::move(interruption)) {}
-
-  std::optional<std::int32_t> uniqueID() const override {
-    if (const auto interruption = std::exchange(interruption_, nullptr)) {
-      interruption();
-    }
-    return std::nullopt;
-  }
-
- private:
-  mutable std::function<void()> interruption_;
-};
-
-class ManagedObjectsTest : public MIDITestBench {
+class ManagedObjectsTest : public ManagerBench {
  protected:
-  std::shared_ptr<FakeConnection> connection(const std::string& name) {
-    return std::make_shared<FakeConnection>(manager, name, story);
-  }
-  std::shared_ptr<FakeEndpoint> endpoint(const std::string& name,
-                                         std::optional<std::int32_t> uniqueID = std::nullopt) {
-    return std::make_shared<FakeEndpoint>(manager, name, story, uniqueID);
-  }
   /// One of each kind, in an order of no importance.
-  void putOneOfEach() {
-    manager->put(&Maps::thruConnections, "tag", connection("thru"));
-    manager->put(&Maps::outputs, "tag", endpoint("output"));
-    manager->put(&Maps::inputs, "tag", endpoint("input"));
-    manager->put(&Maps::outputConnections, "tag", connection("output connection"));
-    manager->put(&Maps::inputConnections, "tag", connection("input connection"));
+  void addOneOfEach(const std::string& tag) {
+    manager->addThruConnection({.tag = tag});
+    manager->addOutput({.name = "out", .tag = tag});
+    manager->addInput({.name = "in", .tag = tag, .receiver = writer()});
+    manager->addOutputConnection({.mode = MIDIOutputConnectionMode::allInputs(), .tag = tag});
+    manager->addInputConnection(
+        {.mode = MIDIInputConnectionMode::allOutputs(), .tag = tag, .receiver = writer()});
   }
-  std::vector<std::string> told() { return std::exchange(told_, {}); }
-
-  std::vector<std::string> told_;
-  const Story story = [this](const std::string& what) { told_.push_back(what); };
-  std::shared_ptr<HoldingManager> manager = HoldingManager::create(
-      {.service = service, .runtime = runtime, .clientName = "client", .model = "m", .manufacturer = "f"});
+  /// How many there are of each kind, in the order of ManagedType.
+  std::vector<std::size_t> counts() const {
+    return {manager->managedInputConnections().size(), manager->managedOutputConnections().size(),
+            manager->managedInputs().size(), manager->managedOutputs().size(),
+            manager->managedThruConnections().size()};
+  }
+  /// What was freed on the platform since the last time: ports, endpoints, thru connections.
+  std::vector<std::uint64_t> freed() {
+    auto& calls = service->calls();
+    const std::vector<std::uint64_t> numbers = {calls.count(MIDIOperation::portDispose),
+                                                calls.count(MIDIOperation::endpointDispose),
+                                                calls.count(MIDIOperation::thruConnectionDispose)};
+    calls.resetCounts();
+    return numbers;
+  }
 };
-
-TEST_F(ManagedObjectsTest, ATagInUseReplacesItsObjectWhichGoesAtOnce) {
-  manager->put(&Maps::inputs, "tag", endpoint("first"));
-  manager->put(&Maps::inputs, "other", endpoint("other"));
-  manager->put(&Maps::outputs, "tag", endpoint("output"));
-  EXPECT_THAT(told(), IsEmpty());
-  manager->put(&Maps::inputs, "tag", endpoint("second"));
-  EXPECT_THAT(told(), ElementsAre("first goes"));
-  EXPECT_EQ(manager->managedInputs().size(), 2U);
-}
 
 TEST_F(ManagedObjectsTest, RemovalTakesTheOneWithTheTagOrAllOfAKindAndNothingElse) {
-  for (const auto type : allManagedTypes) {
-    EXPECT_NO_THROW(manager->remove(type, TagSelection::all())) << "nothing there";
-  }
-  putOneOfEach();
-  manager->put(&Maps::inputs, "tag 2", endpoint("input 2"));
-  manager->remove(ManagedType::input, TagSelection::withTag("no such tag"));
-  EXPECT_THAT(told(), IsEmpty());
-  const std::vector<std::pair<ManagedType, std::string>> kinds = {
-      {ManagedType::inputConnection, "input connection goes"},
-      {ManagedType::outputConnection, "output connection goes"},
-      {ManagedType::input, "input goes"},
-      {ManagedType::output, "output goes"},
-      {ManagedType::nonPersistentThruConnection, "thru goes"}};
-  for (const auto& [type, end] : kinds) {
-    manager->remove(type, TagSelection::withTag("tag"));
-    EXPECT_THAT(told(), ElementsAre(end));
-  }
-  manager->remove(ManagedType::input, TagSelection::all());
-  EXPECT_THAT(told(), ElementsAre("input 2 goes"));
-}
-
-TEST_F(ManagedObjectsTest, EverythingIsRemovedInTheOrderOfTheKinds) {
-  putOneOfEach();
   manager->removeAll();
-  EXPECT_THAT(told(), ElementsAre("input connection goes", "output connection goes", "input goes",
-                                  "output goes", "thru goes"));
-  EXPECT_THAT(manager->managedInputConnections(), IsEmpty());
-  EXPECT_THAT(manager->managedOutputConnections(), IsEmpty());
-  EXPECT_THAT(manager->managedInputs(), IsEmpty());
-  EXPECT_THAT(manager->managedOutputs(), IsEmpty());
-  EXPECT_THAT(manager->managedThruConnections(), IsEmpty());
+  EXPECT_THAT(freed(), Each(0U)) << "nothing there is no error";
+  addOneOfEach("a");
+  addOneOfEach("b");
+  manager->remove(ManagedType::input, TagSelection::withTag("no such tag"));
+  EXPECT_THAT(freed(), Each(0U));
+  std::vector<std::size_t> expected(allManagedTypes.size(), 2);
+  for (const auto type : allManagedTypes) {
+    manager->remove(type, TagSelection::withTag("a"));
+    expected.at(static_cast<std::size_t>(type)) = 1;
+    EXPECT_EQ(counts(), expected);
+  }
+  EXPECT_THAT(freed(), ElementsAre(2U, 2U, 1U));
+  addOneOfEach("b");
+  EXPECT_EQ(counts(), expected);
+  EXPECT_THAT(freed(), ElementsAre(2U, 2U, 1U)) << "those that were replaced";
+  manager->remove(ManagedType::input, TagSelection::all());
+  EXPECT_THAT(counts(), ElementsAre(1U, 1U, 0U, 1U, 1U));
 }
 
-TEST_F(ManagedObjectsTest, ObjectsGoWithTheManagerAndFindItGone) {
-  putOneOfEach();
+TEST_F(ManagedObjectsTest, EverythingIsRemovedInTheOrderOfTheKindsAndWithTheManager) {
+  addOneOfEach("a");
+  std::vector<std::vector<std::size_t>> left;
+  const auto lookOnce = [&](MIDIOperation operation) {
+    service->calls().interruptNext(operation, [&] { left.push_back(counts()); });
+  };
+  lookOnce(MIDIOperation::portDispose);
+  lookOnce(MIDIOperation::endpointDispose);
+  lookOnce(MIDIOperation::thruConnectionDispose);
+  manager->removeAll();
+  const std::vector<std::vector<std::size_t>> expected = {{1, 1, 1, 1, 1}, {0, 0, 1, 1, 1}, {0, 0, 0, 0, 1}};
+  EXPECT_EQ(left, expected);
+  addOneOfEach("b");
+  const auto held = manager->managedOutputs();
+  freed();
   manager.reset();
-  EXPECT_THAT(told(), ElementsAre("input connection goes after the manager",
-                                  "output connection goes after the manager", "input goes after the manager",
-                                  "output goes after the manager", "thru goes after the manager"));
+  EXPECT_THAT(freed(), ElementsAre(2U, 2U, 1U));
+  EXPECT_EQ(held.at("b")->midiManager(), nullptr);
 }
 
 TEST_F(ManagedObjectsTest, RemovalWaitsForItsTurnOnTheEventQueue) {
-  manager->put(&Maps::inputs, "tag", endpoint("input"));
-  manager->eventQueue()->post([this] {
+  std::vector<std::string> order;
+  addOneOfEach("a");
+  manager->eventQueue()->post([&] {
     runtime.clock().sleepFor(std::chrono::milliseconds(5));
-    told_.emplace_back("a list is worked up");
+    order.emplace_back("a list is worked up");
   });
+  service->calls().interruptNext(MIDIOperation::endpointDispose,
+                                 [&] { order.emplace_back("the input goes"); });
   manager->remove(ManagedType::input, TagSelection::all());
-  EXPECT_THAT(told(), ElementsAre("a list is worked up", "input goes"));
-}
-
-TEST_F(ManagedObjectsTest, ConnectionsFollowEachChangeWithTheNewListsAndWhateverOneThrows) {
-  manager->start();
-  putOneOfEach();
-  manager->put(&Maps::outputConnections, "b", connection("b"));
-  manager->put(&Maps::outputConnections, "a", connection("a"));
-  service->notify({.messageID = 2});
-  settle();
-  EXPECT_THAT(told(), ElementsAre("a follows 1 at 0 devices", "b follows 1 at 0 devices",
-                                  "output connection follows 1 at 0 devices",
-                                  "input connection follows 1 at 0 devices", "thru follows 1 at 0 devices"))
-      << "although there is no notification of this message";
-  service->addDevice({.name = "device"});
-  settle();
-  EXPECT_EQ(told().front(), "a follows 1 at 1 devices");
+  EXPECT_THAT(order, ElementsAre("a list is worked up", "the input goes"));
 }
 
 TEST_F(ManagedObjectsTest, AManagersOwnEndpointsAreLeftOutOfTheUnownedLists) {
-  auto description = simpleDevice("equipment");
-  description.entities.at(0).sources.at(0).properties["uniqueID"] = 21;
-  description.entities.at(0).destinations.at(0).properties["uniqueID"] = 22;
-  service->addDevice(description);
-  manager->start();
-  manager->put(&Maps::inputs, "own", endpoint("own", 22));
-  manager->put(&Maps::inputs, "without ID", endpoint("without ID"));
-  manager->put(&Maps::outputs, "of another direction", endpoint("of another direction", 22));
-  EXPECT_EQ(manager->endpoints().inputsUnowned.size(), 1U) << "not refreshed yet";
-  manager->refreshObjects();
+  addSource("equipment", 21);
+  addDestination("equipment", 22);
+  addOneOfEach("own");
+  service->calls().failNext(MIDIOperation::sourceCreateWithProtocol, -50);
+  EXPECT_TRUE(errorOf([&] {
+    manager->addOutput({.name = "of another direction",
+                        .tag = "2",
+                        .persistence = MIDIIdentifierPersistence::unmanaged(22)});
+  }));
+  settle();
   auto endpoints = manager->endpoints();
-  EXPECT_EQ(endpoints.inputs.size(), 1U);
-  EXPECT_THAT(endpoints.inputsUnowned, IsEmpty());
-  EXPECT_EQ(endpoints.outputsUnowned.size(), 1U);
+  EXPECT_THAT(namesOf(endpoints.inputs), ElementsAre("equipment", "in"));
+  EXPECT_THAT(namesOf(endpoints.inputsUnowned), ElementsAre("equipment"));
+  EXPECT_THAT(namesOf(endpoints.outputsUnowned), ElementsAre("equipment"));
   EXPECT_EQ(endpoints.manager.lock(), manager);
   manager.reset();
   endpoints.refresh(*service);
-  EXPECT_EQ(endpoints.inputsUnowned.size(), 1U) << "nobody owns it any more";
+  EXPECT_EQ(endpoints.inputsUnowned.size(), endpoints.inputs.size()) << "nobody owns any any more";
+}
+
+TEST_F(ManagedObjectsTest, WhileAnEndpointIsMadeNobodyTakesItForAForeignOne) {
+  const auto observable = ObservableMIDIManager::create(
+      {.service = service, .runtime = runtime, .clientName = "client", .model = "m", .manufacturer = "f"});
+  manager = observable;
+  observable->start();
+  std::vector<std::vector<std::string>> unowned;
+  const auto observation = observable->observableEndpoints.observe([&](const MIDIEndpoints& now) {
+    unowned.push_back(namesOf(now.outputsUnowned));
+    unowned.push_back(namesOf(manager->endpoints().outputsUnowned));
+  });
+  auto receiver = writer();
+  manager->addInputConnection({.mode = MIDIInputConnectionMode::allOutputs(),
+                               .tag = "all",
+                               .receiver = std::move(receiver),
+                               .filter = {.owned = true}});
+  const auto connection = manager->managedInputConnections().at("all");
+  const struct {
+    const char* description;
+    MIDIIdentifierPersistence persistence;
+    MIDIOperation moment;  ///< at which the notification thread gets its turn
+  } rows[] = {
+      {"its ID isn't read yet", MIDIIdentifierPersistence::adHoc(), MIDIOperation::objectSetStringProperty},
+      {"its ID isn't set yet", MIDIIdentifierPersistence::unmanaged(7),
+       MIDIOperation::objectSetIntegerProperty},
+  };
+  for (const auto& [description, persistence, moment] : rows) {
+    SCOPED_TRACE(description);
+    unowned.clear();
+    std::size_t ownedThen = 0;
+    service->calls().interruptNext(moment, [&] {
+      runtime.globalQueue().post(
+          [&] { ownedThen = manager->ownedUniqueIDs(MIDIEndpointType::output).size(); });
+      runtime.clock().sleepFor(std::chrono::milliseconds(5));
+      EXPECT_THAT(unowned, IsEmpty()) << "who asks waits";
+    });
+    manager->addOutput({.name = "mine", .tag = "mine", .persistence = persistence});
+    settle();
+    EXPECT_EQ(ownedThen, 1U);
+    EXPECT_THAT(unowned, Not(IsEmpty()));
+    EXPECT_THAT(unowned, Each(IsEmpty()));
+    EXPECT_THAT(connection->outputsCriteria(), IsEmpty());
+    manager->remove(ManagedType::output, TagSelection::all());
+    settle();
+  }
+}
+
+TEST_F(ManagedObjectsTest, ARefreshThatAnEndpointCameIntoBeginsAgain) {
+  // It has walked the destinations when the input comes, with another ID than the one that it is given.
+  service->calls().interruptNext(MIDIOperation::getNumberOfSources, [&] {
+    manager->addInput({.name = "mine",
+                       .tag = "mine",
+                       .persistence = MIDIIdentifierPersistence::unmanaged(7),
+                       .receiver = writer()});
+  });
+  manager->refreshObjects();
+  EXPECT_THAT(namesOf(manager->endpoints().inputs), ElementsAre("mine"));
+  EXPECT_THAT(manager->endpoints().inputsUnowned, IsEmpty());
 }
 
 TEST_F(ManagedObjectsTest, ARefreshThatWasOvertakenDoesntBringOldListsBack) {
-  manager->put(&Maps::outputs, "tag", std::make_shared<InterruptingEndpoint>(manager, [this] {
+  service->calls().interruptNext(MIDIOperation::getNumberOfSources, [&] {
     service->addDevice(simpleDevice("device"));
     manager->refreshObjects();
     EXPECT_EQ(manager->endpoints().inputs.size(), 1U);
-  }));
+  });
   manager->refreshObjects();
   EXPECT_EQ(manager->endpoints().inputs.size(), 1U);
   EXPECT_EQ(manager->devices().devices.size(), 1U);
   service->removeDevice(service->MIDIGetDevice(0));
   manager->refreshObjects();
   EXPECT_THAT(manager->endpoints().inputs, IsEmpty());
-}
-
-TEST_F(ManagedObjectsTest, AnObjectUsesTheInterfaceThatThePlatformHas) {
-  const auto newer = CoreMIDIAPIVersion::newCoreMIDI(core::MIDIProtocolVersion::midi1_0);
-  EXPECT_EQ(FakeEndpoint(manager, "e", story, std::nullopt, newer).api(), newer);
-  const auto old = HoldingManager::create({.service = serviceOf({10, 15}),
-                                           .runtime = runtime,
-                                           .clientName = "c",
-                                           .model = "m",
-                                           .manufacturer = "f"});
-  EXPECT_EQ(FakeEndpoint(old, "e", story, std::nullopt, newer).api(), CoreMIDIAPIVersion::legacyCoreMIDI());
 }
 
 }  // namespace

@@ -1,14 +1,14 @@
-#include "MIDIKitIO/manager/CreationGate.hpp"
+#include "MIDIKitIO/manager/OwnershipGate.hpp"
 
 namespace midikit::io {
 
-void CreationGate::begin() {
+void OwnershipGate::begin() {
   const std::lock_guard lock(mutex_);
   ++begun_;
   isUnderWay_ = true;
 }
 
-void CreationGate::end() {
+void OwnershipGate::end() {
   const std::lock_guard lock(mutex_);
   isUnderWay_ = false;
   for (const auto& gate : std::exchange(awaited_, {})) {
@@ -16,7 +16,7 @@ void CreationGate::end() {
   }
 }
 
-std::uint64_t CreationGate::awaitEnd() const {
+std::uint64_t OwnershipGate::awaitEnd() const {
   std::shared_ptr<karvex::foundation::Gate> gate;
   {
     const std::lock_guard lock(mutex_);
@@ -29,7 +29,7 @@ std::uint64_t CreationGate::awaitEnd() const {
   return count();
 }
 
-std::uint64_t CreationGate::count() const {
+std::uint64_t OwnershipGate::count() const {
   const std::lock_guard lock(mutex_);
   return begun_;
 }
