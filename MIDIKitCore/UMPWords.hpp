@@ -19,12 +19,19 @@ constexpr std::uint32_t umpWord(std::uint16_t upper, std::uint16_t lower) {
   return std::uint32_t{upper} << 16 | lower;
 }
 
-/// The bytes of all the words, in the order in which they are sent.
+/// Writes the bytes of all the words, in the order in which they are sent: four times as many bytes as words.
+constexpr void writeUMPBytes(std::span<const std::uint32_t> words, std::uint8_t* into) {
+  for (const std::uint32_t word : words) {
+    for (const int shift : {24, 16, 8, 0}) {
+      *into++ = static_cast<std::uint8_t>(word >> shift);
+    }
+  }
+}
+
+/// The same as a list.
 inline std::vector<std::uint8_t> umpBytes(std::span<const std::uint32_t> words) {
   std::vector<std::uint8_t> bytes(words.size() * 4);
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    bytes[i] = static_cast<std::uint8_t>(words[i / 4] >> (24 - i % 4 * 8));
-  }
+  writeUMPBytes(words, bytes.data());
   return bytes;
 }
 

@@ -12,14 +12,15 @@
 
 namespace midikit::internals {
 
-/// A list in contiguous memory whose first `inlineCapacity` elements need no allocation: they are in the object
-/// itself. More of them move to memory of their own, which doubles as the list grows. Otherwise like
+/// A list in contiguous memory whose first `inlineCapacity` elements need no allocation: they are in the
+/// object itself. More of them move to memory of their own, which doubles as the list grows. Otherwise like
 /// std::vector, but that a move of the list moves the elements one by one while they are inside, so that
 /// iterators and pointers end with it.
 template <class T, std::size_t inlineCapacity>
 class InlineVector {
   static_assert(inlineCapacity > 0);
-  static_assert(std::is_nothrow_move_constructible_v<T>, "growing has to keep the elements, whatever happens");
+  static_assert(std::is_nothrow_move_constructible_v<T>,
+                "growing has to keep the elements, whatever happens");
 
  public:
   using value_type = T;

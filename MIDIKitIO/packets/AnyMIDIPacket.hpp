@@ -12,12 +12,12 @@
 
 namespace midikit::io {
 
-/// Where a packet came from, null if that isn't known: packets for a virtual endpoint of the program have none.
-/// The record never changes and is shared, so copying it never allocates; it may be kept.
+/// Where a packet came from, null if that isn't known: packets for a virtual endpoint of the program have
+/// none. The record never changes and is shared, so copying it never allocates; it may be kept.
 using MIDIPacketSource = std::shared_ptr<const MIDIOutputEndpoint>;
 
-/// The bytes of a packet, which never change. Up to 15 of them are in the object; copies of more share them. Read
-/// it as a list of bytes (`size()`, `[]`, `begin()`, `data()`) or as a `std::span<const std::uint8_t>`.
+/// The bytes of a packet, which never change. Up to 15 of them are in the object; copies of more share them.
+/// Read it as a list of bytes (`size()`, `[]`, `begin()`, `data()`) or as a `std::span<const std::uint8_t>`.
 using MIDIPacketBytes = core::SysExData;
 
 /// One packet of MIDI 1.0 bytes.
@@ -39,8 +39,8 @@ struct UniversalMIDIPacketData {
   MIDIPacketSource source;
 };
 
-/// A packet of either kind: a sum type, and a value of 48 bytes. Copying one never allocates. Different packets may
-/// be used on different threads, copies of one included.
+/// A packet of either kind: a sum type, and a value of 48 bytes. Copying one never allocates. Different
+/// packets may be used on different threads, copies of one included.
 class AnyMIDIPacket {
  public:
   using Case = std::variant<MIDIPacketData, UniversalMIDIPacketData>;

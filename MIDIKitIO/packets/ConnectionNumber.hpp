@@ -9,8 +9,9 @@
 
 namespace midikit::io {
 
-/// What a connection hands to the platform as its token, by address: the reference of the source. It must stay
-/// where it is until no block can run any more that was given the token, which is when the port has been disposed.
+/// What a connection hands to the platform as its token, by address: the reference of the source. It must
+/// stay where it is until no block can run any more that was given the token, which is when the port has been
+/// disposed.
 class ConnectionNumber {
  public:
   explicit ConnectionNumber(MIDIObjectRef reference) : reference_(reference) {}
@@ -26,8 +27,8 @@ class ConnectionNumber {
     return static_cast<const ConnectionNumber*>(token);
   }
 
-  /// The source's record as the platform has it at this moment; none if its unique ID reads as 0. The record of the
-  /// last call is returned again if nothing in it has changed.
+  /// The source's record as the platform has it at this moment; none if its unique ID reads as 0. The record
+  /// of the last call is returned again if nothing in it has changed.
   ///
   /// Thread-safe: yes.
   /// Realtime-safe: no, it locks and asks the service; it allocates when the record has changed.

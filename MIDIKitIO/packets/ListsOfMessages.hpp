@@ -7,7 +7,8 @@
 #include "MIDIKitCore/MIDIProtocolVersion.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 
-/// The platform's lists, made of messages. Pure functions; time stamps are in units of MIDIService::machAbsoluteTime.
+/// The platform's lists, made of messages. Pure functions; time stamps are in units of
+/// MIDIService::machAbsoluteTime.
 namespace midikit::io {
 
 /// The most bytes that a list of several messages may have, its headers included.
@@ -23,8 +24,8 @@ inline constexpr std::size_t maximumEventPacketWords = 64;
 MIDIPacketList packetListOf(std::span<const std::uint8_t> message, std::uint64_t timeStamp);
 
 /// A list with one packet for each message, in order, an empty one included.
-/// @throws MIDIKitInternalError if the list would have more than maximumPacketListSize bytes: 4, and for each message
-/// 10 and its own
+/// @throws MIDIKitInternalError if the list would have more than maximumPacketListSize bytes: 4, and for each
+/// message 10 and its own
 ///
 /// Thread-safe: yes.
 /// Realtime-safe: no, it allocates for a second packet.

@@ -9,27 +9,29 @@
 
 namespace midikit::io {
 
-/// What sends MIDI: an output as a virtual source, an output connection to its destinations. Sends run on the caller's
-/// thread, and nothing is retried.
+/// What sends MIDI: an output as a virtual source, an output connection to its destinations. Sends run on the
+/// caller's thread, and nothing is retried.
 ///
-/// They throw a MIDIIOError, or a MIDIKitInternalError if the messages fit into no list. Neither is derived from the
-/// other; both are a std::exception.
+/// They throw a MIDIIOError, or a MIDIKitInternalError if the messages fit into no list. Neither is derived
+/// from the other; both are a std::exception.
 class MIDIManagedSendsMessages {
  public:
   virtual ~MIDIManagedSendsMessages() = default;
   MIDIManagedSendsMessages(const MIDIManagedSendsMessages&) = delete;
   MIDIManagedSendsMessages& operator=(const MIDIManagedSendsMessages&) = delete;
 
-  /// Sends one event, in the older interface as bytes and in the newer one as universal packets. The newer one sends
-  /// nothing for an event without packets; the older one sends an empty packet for an event without bytes.
+  /// Sends one event, in the older interface as bytes and in the newer one as universal packets. The newer
+  /// one sends nothing for an event without packets; the older one sends an empty packet for an event without
+  /// bytes.
   /// @throws MIDIIOError `internalInconsistency`, or `osStatus` from an output
   ///
   /// Thread-safe: yes.
   /// Realtime-safe: no, the service locks. A short event is not allocated for here.
   virtual void sendEvent(const core::MIDIEvent& event) = 0;
 
-  /// Sends events in their order. The older interface sends them as one list with one time stamp, unless a system
-  /// exclusive one is among them; otherwise it is as if each was sent by itself, and the first failure ends the send.
+  /// Sends events in their order. The older interface sends them as one list with one time stamp, unless a
+  /// system exclusive one is among them; otherwise it is as if each was sent by itself, and the first failure
+  /// ends the send.
   /// @throws MIDIIOError as sendEvent()
   /// @throws MIDIKitInternalError if the older interface's list has more than 65536 bytes: nothing is sent
   ///

@@ -10,8 +10,8 @@
 
 namespace midikit::io::internal {
 
-/// Brings what is to be sent into the platform's lists. What derives from it delivers them, by sendPacketList() and
-/// sendEventList(), which is all that tells an output from an output connection.
+/// Brings what is to be sent into the platform's lists. What derives from it delivers them, by
+/// sendPacketList() and sendEventList(), which is all that tells an output from an output connection.
 ///
 ///     class MIDIOutput final : public MIDIManagedEndpoint, public internal::MessageSender {
 ///       MIDIOutput(...) : MIDIManagedEndpoint(manager, api), MessageSender(service(), this->api()) {}
@@ -30,7 +30,10 @@ class MessageSender : public MIDIManagedSendsMessages {
   MessageSender(const MIDIService& service, CoreMIDIAPIVersion api) : service_(service), api_(api) {}
 
  private:
+  using Bytes = std::span<const std::uint8_t>;
+
   bool isLegacy() const { return api_ == CoreMIDIAPIVersion::legacyCoreMIDI(); }
+  void requireLegacy() const;
   void sendAsBytes(const core::MIDIEvent& event);
   void sendAsBytes(std::span<const core::MIDIEvent> events);
   void sendAsWords(const core::MIDIEvent& event);

@@ -9,7 +9,7 @@ bool MIDIPacketList::add(std::uint64_t timeStamp, std::span<const std::uint8_t> 
     return false;
   }
   packets_.push_back({timeStamp, bytes_.size(), bytes.size()});
-  bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
+  bytes_.append(bytes.data(), bytes.size());
   used_ += packetHeaderSize + bytes.size();
   return true;
 }

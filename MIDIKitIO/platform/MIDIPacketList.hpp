@@ -3,7 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
+
+#include "MIDIKitInternals/InlineVector.hpp"
 
 namespace midikit::io {
 
@@ -15,10 +16,13 @@ struct MIDIPacketView {
 
 /// A byte-oriented list of packets in a buffer whose size its maker fixes. Its bookkeeping takes `headerSize`
 /// bytes of that buffer, and each packet `packetHeaderSize` beside its own bytes.
+///
+/// One packet of up to `shortPacketBytes` needs no memory of its own, whatever the size of the buffer.
 class MIDIPacketList {
  public:
   static constexpr std::size_t headerSize = 4;
   static constexpr std::size_t packetHeaderSize = 10;
+  static constexpr std::size_t shortPacketBytes = 16;
 
   /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`).
   explicit MIDIPacketList(std::size_t size);
@@ -39,8 +43,8 @@ class MIDIPacketList {
 
   std::size_t size_;
   std::size_t used_ = headerSize;
-  std::vector<std::uint8_t> bytes_;
-  std::vector<Place> packets_;
+  internals::InlineVector<std::uint8_t, shortPacketBytes> bytes_;
+  internals::InlineVector<Place, 1> packets_;
 };
 
 }  // namespace midikit::io

@@ -7,9 +7,9 @@
 #include <map>
 #include <string>
 #include <variant>
-#include <vector>
 
 #include "MIDIKitIO/platform/MIDIPacketList.hpp"
+#include "MIDIKitInternals/InlineVector.hpp"
 
 namespace midikit::io {
 
@@ -73,9 +73,10 @@ struct MIDIEventPacket {
   std::array<std::uint32_t, 64> words{};
 };
 
+/// One packet needs no memory of its own.
 struct MIDIEventList {
   MIDIProtocolID protocol = MIDIProtocolID::midi1_0;
-  std::vector<MIDIEventPacket> packets;
+  internals::InlineVector<MIDIEventPacket, 1> packets;
 };
 
 /// What the maker of a connection gave to MIDIPortConnectSource; comes back with each list from that source.

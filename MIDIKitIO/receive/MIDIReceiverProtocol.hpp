@@ -7,8 +7,8 @@
 
 namespace midikit::io {
 
-/// What takes the packets of a port on the manager's eventQueue. It belongs to that queue alone, but may be let go of on
-/// any thread.
+/// What takes the packets of a port on the manager's eventQueue. It belongs to that queue alone, but may be
+/// let go of on any thread.
 class MIDIReceiverProtocol {
  public:
   virtual ~MIDIReceiverProtocol() = default;
@@ -21,7 +21,8 @@ class MIDIReceiverProtocol {
   /// Realtime-safe: no, it calls what the user of the layer gave it.
   virtual void packetsReceived(std::span<const AnyMIDIPacket> packets) = 0;
 
-  /// Universal packets, in their order, with the protocol of their list. They live during the call alone. Never throws.
+  /// Universal packets, in their order, with the protocol of their list. They live during the call alone.
+  /// Never throws.
   ///
   /// Thread-safe: on eventQueue alone.
   /// Realtime-safe: no, it calls what the user of the layer gave it.

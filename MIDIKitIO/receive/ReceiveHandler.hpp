@@ -8,8 +8,8 @@
 
 namespace midikit::io {
 
-/// Makes the handler of one port: it has the parsers that the receiver asks for, and keeps them until the port lets go of
-/// it.
+/// Makes the handler of one port: it has the parsers that the receiver asks for, and keeps them until the
+/// port lets go of it.
 ///
 /// Thread-safe: yes.
 /// Realtime-safe: no, it allocates.
