@@ -14,6 +14,7 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/BlockGate.hpp"
+#include "MIDIKitIO/platform/engine/MIDIDriver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
 #include "MIDIKitIO/platform/linux/EquipmentModel.hpp"
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
@@ -67,15 +68,22 @@ std::shared_ptr<engine::ThruConnectionStore> usualStore() {
   return file ? alsa::openThruConnectionStore(*file) : std::make_shared<engine::ThruConnectionStore>();
 }
 
-/// The layer's service on the kernel's sequencer: equipment and other programs for the engine. Whatever comes
-/// from the sequencer is worked up on one serial queue, what goes out on one for each destination.
-class AlsaMIDIService final : public engine::MIDIServiceEngine {
+/// The kernel's sequencer for a service: equipment and other programs. Whatever comes from the sequencer is
+/// worked up on one serial queue, what goes out on one for each destination.
+class AlsaMIDIDriver final : public engine::MIDIDriver {
  public:
-  explicit AlsaMIDIService(karvex::foundation::Runtime& itsRuntime);
-  ~AlsaMIDIService() override;
+  using Ref = MIDIObjectRef;
 
-  OSStatus MIDIClientCreateWithBlock(const std::string& name, Ref& outClient, MIDINotifyBlock block) override;
-  OSStatus MIDIObjectSetStringProperty(Ref object, std::string_view key, std::string_view value) override;
+  /// The runtime must outlive the driver.
+  explicit AlsaMIDIDriver(karvex::foundation::Runtime& runtime);
+
+  void attach(engine::MIDIDriverHost& host) override;
+  void detach() override;
+  void clientAdded(const std::string& name) override;
+  void ownEndpointAdded(Ref endpoint, MIDIObjectKind kind) override;
+  void ownEndpointRemoved(Ref endpoint) override;
+  void ownEndpointChanged(Ref endpoint, std::string_view key) override;
+  void wantedSourcesChanged() override;
 
  private:
   /// Bytes that came from one port to another of this program, not yet handed on.
@@ -84,10 +92,6 @@ class AlsaMIDIService final : public engine::MIDIServiceEngine {
     int to = -1;
     std::vector<std::uint8_t> bytes;
   };
-
-  void routesChanged() override;
-  void ownEndpointAdded(Ref endpoint) override;
-  void ownEndpointRemoved(Ref endpoint) override;
 
   karvex::foundation::ReadOutcome takeEvents();
   void takeEvent(const snd_seq_event_t* event, Incoming& incoming);
@@ -103,7 +107,9 @@ class AlsaMIDIService final : public engine::MIDIServiceEngine {
   void emit(Outlet& outlet, Ref source, const MIDIPacketList& list);
   std::int64_t sysExSpeedOf(Ref endpoint) const;
 
-  std::unique_ptr<Sequencer> sequencer_;  ///< null where there is none
+  karvex::foundation::Runtime& runtime_;
+  engine::MIDIDriverHost* host_ = nullptr;  ///< set by attach()
+  std::unique_ptr<Sequencer> sequencer_;    ///< null where there is none
   std::atomic<bool> isClosing_ = false;
   std::atomic<bool> isNamed_ = false;
   karvex::foundation::SerialQueue queue_;
@@ -121,11 +127,14 @@ class AlsaMIDIService final : public engine::MIDIServiceEngine {
   std::optional<karvex::foundation::ReadReadiness> watch_;
 };
 
-AlsaMIDIService::AlsaMIDIService(karvex::foundation::Runtime& itsRuntime)
-    : MIDIServiceEngine(itsRuntime, offeredVersion, usualStore()),
-      queue_(itsRuntime.globalQueue(), "MIDI sequencer"),
-      gate_(std::make_shared<engine::BlockGate>(itsRuntime)),
-      model_([this](Ref destination) { return makeReceiver(destination); }) {
+AlsaMIDIDriver::AlsaMIDIDriver(karvex::foundation::Runtime& runtime)
+    : runtime_(runtime),
+      queue_(runtime.globalQueue(), "MIDI sequencer"),
+      gate_(std::make_shared<engine::BlockGate>(runtime)),
+      model_([this](Ref destination) { return makeReceiver(destination); }) {}
+
+void AlsaMIDIDriver::attach(engine::MIDIDriverHost& host) {
+  host_ = &host;
   std::string reason;
   sequencer_ = Sequencer::open(reason);
   if (sequencer_ == nullptr) {
@@ -141,34 +150,27 @@ AlsaMIDIService::AlsaMIDIService(karvex::foundation::Runtime& itsRuntime)
   watch_->resume();
 }
 
-AlsaMIDIService::~AlsaMIDIService() {
+void AlsaMIDIDriver::detach() {
   isClosing_ = true;
   watch_.reset();
   gate_->close();
-  close();
 }
 
-OSStatus AlsaMIDIService::MIDIClientCreateWithBlock(const std::string& name, Ref& outClient,
-                                                    MIDINotifyBlock block) {
-  const OSStatus result = MIDIServiceEngine::MIDIClientCreateWithBlock(name, outClient, std::move(block));
-  if (result == noErr && sequencer_ != nullptr && !isNamed_.exchange(true)) {
+void AlsaMIDIDriver::clientAdded(const std::string& name) {
+  if (sequencer_ != nullptr && !isNamed_.exchange(true)) {
     sequencer_->setName(alsa::readableText(name));
   }
-  return result;
 }
 
-OSStatus AlsaMIDIService::MIDIObjectSetStringProperty(Ref object, std::string_view key,
-                                                      std::string_view value) {
-  const OSStatus result = MIDIServiceEngine::MIDIObjectSetStringProperty(object, key, value);
-  if (result == noErr && key == kMIDIPropertyName) {
-    if (const auto port = ownPortOf(object)) {
-      sequencer_->renamePort(*port, alsa::readableText(value));
-    }
+void AlsaMIDIDriver::ownEndpointChanged(Ref endpoint, std::string_view key) {
+  const auto port = key == kMIDIPropertyName ? ownPortOf(endpoint) : std::nullopt;
+  const auto name = port ? host_->text(endpoint, kMIDIPropertyName) : std::nullopt;
+  if (name) {
+    sequencer_->renamePort(*port, alsa::readableText(*name));
   }
-  return result;
 }
 
-karvex::foundation::ReadOutcome AlsaMIDIService::takeEvents() {
+karvex::foundation::ReadOutcome AlsaMIDIDriver::takeEvents() {
   using karvex::foundation::ReadOutcome;
   Incoming incoming;
   std::size_t count = 0;
@@ -183,7 +185,7 @@ karvex::foundation::ReadOutcome AlsaMIDIService::takeEvents() {
   return count > 0 ? ReadOutcome::data : ReadOutcome::nothing;
 }
 
-void AlsaMIDIService::takeEvent(const snd_seq_event_t* event, Incoming& incoming) {
+void AlsaMIDIDriver::takeEvent(const snd_seq_event_t* event, Incoming& incoming) {
   if (event == nullptr) {
     if (!std::exchange(isLossTold_, true)) {
       karvex::foundation::log::debug("MIDI input came too fast, and some is lost. This is told once.");
@@ -206,7 +208,7 @@ void AlsaMIDIService::takeEvent(const snd_seq_event_t* event, Incoming& incoming
   decoder_.decode(*event, incoming.bytes);
 }
 
-void AlsaMIDIService::handOn(Incoming& incoming) {
+void AlsaMIDIDriver::handOn(Incoming& incoming) {
   if (incoming.bytes.empty()) {
     return;
   }
@@ -220,21 +222,21 @@ void AlsaMIDIService::handOn(Incoming& incoming) {
       endpoint = own->second;
     }
   }
-  const auto list = packetAt(machAbsoluteTime(), incoming.bytes);
+  const auto list = packetAt(host_->machAbsoluteTime(), incoming.bytes);
   if (isForListener) {
-    sendFromEquipment(endpoint, list);
+    host_->sendFromEquipment(endpoint, list);
   } else {
-    sendFromOutside(endpoint, streamOf(incoming.from), list);
+    host_->sendFromOutside(endpoint, streamOf(incoming.from), list);
   }
   incoming.bytes.clear();
 }
 
 /// On the queue. The first news sets the time, so that a stream of them can't put the look off for ever.
-void AlsaMIDIService::lookSoon() {
+void AlsaMIDIDriver::lookSoon() {
   if (std::exchange(isLookDue_, true)) {
     return;
   }
-  timer_ = karvex::foundation::Timer::oneShot(runtime().clock(), queue_, settlingTime, [this, gate = gate_] {
+  timer_ = karvex::foundation::Timer::oneShot(runtime_.clock(), queue_, settlingTime, [this, gate = gate_] {
     gate->pass([this] {
       isLookDue_ = false;
       look();
@@ -243,7 +245,7 @@ void AlsaMIDIService::lookSoon() {
 }
 
 /// On the queue, or in the constructor.
-void AlsaMIDIService::look() {
+void AlsaMIDIDriver::look() {
   auto clients = sequencer_->clients();
   std::map<int, alsa::CardFacts> cards;
   std::set<int> drivers;
@@ -256,26 +258,26 @@ void AlsaMIDIService::look() {
     }
   }
   const auto equipment = alsa::equipmentOf(std::move(clients), cards, sequencer_->client());
-  edit([&](SetupEditor& editor) {
+  host_->edit([&](SetupEditor& editor) {
     const std::lock_guard lock(mutex_);
     drivers_ = std::move(drivers);
     model_.update(equipment, editor);
   });
-  routesChanged();
+  wantedSourcesChanged();
 }
 
 /// What is listened to becomes what somebody wants to hear. The kernel tells what the former is: it forgets
 /// what is listened to when a port goes.
-void AlsaMIDIService::routesChanged() {
+void AlsaMIDIDriver::wantedSourcesChanged() {
   if (sequencer_ != nullptr) {
     followRoutes();
   }
 }
 
-void AlsaMIDIService::followRoutes() {
+void AlsaMIDIDriver::followRoutes() {
   const std::lock_guard turn(routesMutex_);
   std::set<PortAddress> wanted;
-  const auto refs = heardSources();
+  const auto refs = host_->wantedSources();
   {
     const std::lock_guard lock(mutex_);
     for (const Ref source : refs) {
@@ -297,16 +299,12 @@ void AlsaMIDIService::followRoutes() {
   }
 }
 
-void AlsaMIDIService::ownEndpointAdded(Ref endpoint) {
+void AlsaMIDIDriver::ownEndpointAdded(Ref endpoint, MIDIObjectKind kind) {
   if (sequencer_ == nullptr) {
     return;
   }
-  std::optional<std::string> name;
-  static_cast<void>(MIDIServiceEngine::MIDIObjectGetStringProperty(endpoint, kMIDIPropertyName, name));
-  const bool isSource = inspect([endpoint](const engine::MIDISetup& setup) {
-    const auto* object = setup.find(endpoint);
-    return object != nullptr && object->kind == MIDIObjectKind::source;
-  });
+  const auto name = host_->text(endpoint, kMIDIPropertyName);
+  const bool isSource = kind == MIDIObjectKind::source;
   const auto port =
       sequencer_->addPort(alsa::readableText(name.value_or(std::string())),
                           isSource ? Sequencer::Direction::source : Sequencer::Direction::destination);
@@ -321,9 +319,9 @@ void AlsaMIDIService::ownEndpointAdded(Ref endpoint) {
     ownEndpoints_.emplace(*port, endpoint);
   }
   if (isSource) {
-    auto outlet = std::make_shared<Outlet>(alsa::OutletContext{runtime(), *sequencer_, isClosing_});
+    auto outlet = std::make_shared<Outlet>(alsa::OutletContext{runtime_, *sequencer_, isClosing_});
     auto& queue = outlet->queue();
-    listenAsEquipment(
+    host_->listenAsEquipment(
         endpoint, queue,
         [this, endpoint, outlet = std::move(outlet)](const MIDIPacketList& list, ConnectionToken /*token*/) {
           emit(*outlet, endpoint, list);
@@ -331,7 +329,7 @@ void AlsaMIDIService::ownEndpointAdded(Ref endpoint) {
   }
 }
 
-void AlsaMIDIService::ownEndpointRemoved(Ref endpoint) {
+void AlsaMIDIDriver::ownEndpointRemoved(Ref endpoint) {
   std::optional<int> port;
   {
     const std::lock_guard lock(mutex_);
@@ -345,23 +343,23 @@ void AlsaMIDIService::ownEndpointRemoved(Ref endpoint) {
   }
 }
 
-std::optional<int> AlsaMIDIService::ownPortOf(Ref endpoint) const {
+std::optional<int> AlsaMIDIDriver::ownPortOf(Ref endpoint) const {
   const std::lock_guard lock(mutex_);
   const auto found = ownPorts_.find(endpoint);
   return found != ownPorts_.end() ? std::optional(found->second) : std::nullopt;
 }
 
-engine::MIDIRouting::Receiver AlsaMIDIService::makeReceiver(Ref destination) {
-  auto outlet = std::make_shared<Outlet>(alsa::OutletContext{runtime(), *sequencer_, isClosing_});
+engine::MIDIRouting::Receiver AlsaMIDIDriver::makeReceiver(Ref destination) {
+  auto outlet = std::make_shared<Outlet>(alsa::OutletContext{runtime_, *sequencer_, isClosing_});
   auto& queue = outlet->queue();
   MIDIReadBlock block = [this, destination, outlet = std::move(outlet)](const MIDIPacketList& list,
                                                                         ConnectionToken /*token*/) {
     sendOut(*outlet, destination, list);
   };
-  return std::make_shared<engine::MIDIReceiver>(runtime(), queue, std::move(block));
+  return std::make_shared<engine::ListReceiver>(runtime_, queue, std::move(block));
 }
 
-void AlsaMIDIService::sendOut(Outlet& outlet, Ref destination, const MIDIPacketList& list) {
+void AlsaMIDIDriver::sendOut(Outlet& outlet, Ref destination, const MIDIPacketList& list) {
   std::optional<PortAddress> address;
   bool isDriver = false;
   {
@@ -376,7 +374,7 @@ void AlsaMIDIService::sendOut(Outlet& outlet, Ref destination, const MIDIPacketL
 }
 
 /// To each listener by itself: one that has no room must not make the others hear a thing twice.
-void AlsaMIDIService::emit(Outlet& outlet, Ref source, const MIDIPacketList& list) {
+void AlsaMIDIDriver::emit(Outlet& outlet, Ref source, const MIDIPacketList& list) {
   const auto port = ownPortOf(source);
   if (!port) {
     return;
@@ -392,17 +390,15 @@ void AlsaMIDIService::emit(Outlet& outlet, Ref source, const MIDIPacketList& lis
 }
 
 /// The standard's rate where none is set.
-std::int64_t AlsaMIDIService::sysExSpeedOf(Ref endpoint) const {
-  std::int32_t speed = 3125;
-  static_cast<void>(
-      MIDIServiceEngine::MIDIObjectGetIntegerProperty(endpoint, kMIDIPropertyMaxSysExSpeed, speed));
-  return std::max(speed, slowestSysEx);
+std::int64_t AlsaMIDIDriver::sysExSpeedOf(Ref endpoint) const {
+  return std::max(host_->number(endpoint, kMIDIPropertyMaxSysExSpeed).value_or(3125), slowestSysEx);
 }
 
 }  // namespace
 
 std::shared_ptr<MIDIService> makeAlsaMIDIService(karvex::foundation::Runtime& runtime) {
-  return std::make_shared<AlsaMIDIService>(runtime);
+  return std::make_shared<engine::MIDIServiceEngine>(runtime, offeredVersion, usualStore(),
+                                                     std::make_shared<AlsaMIDIDriver>(runtime));
 }
 
 }  // namespace midikit::io
