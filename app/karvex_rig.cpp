@@ -16,6 +16,7 @@
 #include "app/rig/ApplicationCommand.hpp"
 #include "app/rig/LoadCommands.hpp"
 #include "app/rig/MidiCommands.hpp"
+#include "app/rig/MidiTraffic.hpp"
 #include "app/rig/ServiceCommands.hpp"
 #include "app/rig/WindowCommand.hpp"
 
@@ -29,6 +30,7 @@ struct Choices {
   app::ApplicationOptions application;
   app::ProgramOptions load;
   app::MidiOptions midi;
+  app::MidiTrafficOptions traffic;
   app::ServiceOptions service;
   std::string front;  ///< empty: what suits the surroundings
   std::string time = isatty(STDOUT_FILENO) != 0 ? "real" : "fast";
@@ -109,6 +111,40 @@ CLI::App& addMidiCommand(CLI::App& app, Choices& choices) {
   return midi;
 }
 
+/// What a command of MIDI traffic does, and the messages that it takes.
+struct TrafficCommand {
+  const char* name;
+  const char* description;
+  const char* messages;
+  int (*run)(const app::CommonOptions&, const app::MidiTrafficOptions&);
+};
+
+constexpr TrafficCommand trafficCommands[] = {
+    {"send", "Sends messages to all boards, and prints what each one gets.", "what is sent",
+     app::runMidiSend},
+    {"monitor", "Has the boards play one after the other, and prints what a receiver is handed.",
+     "what each board plays", app::runMidiMonitor},
+    {"thru", "Connects the first board to all others, has it play, and prints what they get.",
+     "what the first board plays", app::runMidiThru},
+};
+
+CLI::App& addTrafficCommand(CLI::App& midi, const TrafficCommand& kind, Choices& choices) {
+  auto& command = *midi.add_subcommand(kind.name, kind.description);
+  auto& options = choices.traffic;
+  addCommonOptions(command, choices);
+  command.add_option("--boards", options.boards, "boards that are attached (default 3)")
+      ->check(CLI::Range(0, 8));
+  command.add_option("--api", options.api, "the interface that the program uses (default midi2)")
+      ->check(CLI::IsMember({"legacy", "midi1", "midi2"}));
+  command.add_option("--platform", options.platform, "what the simulated platform is like (default 13)")
+      ->check(CLI::IsMember({"10.15", "11", "12", "13"}));
+  command
+      .add_option("MESSAGE", options.messages,
+                  std::string(kind.messages) + ", as in 903C64 F041100000124000F7 (default: a short phrase)")
+      ->check(CLI::Validator(app::complaintAbout, "HEX"));
+  return command;
+}
+
 /// "N:FAULT", with boards counted from 1. Gives a sentence that says what is wrong with the text, or nothing.
 std::optional<std::string> addBoardFault(std::string_view text, app::ApplicationOptions& options) {
   const auto colon = text.find(':');
@@ -165,7 +201,18 @@ int run(int argc, char** argv) {
       command, choices, "list", "Asks the embedded service, scans the virtual bus, and prints what matches.");
   const auto& report = addServiceCommand(command, choices, "report",
                                          "Posts the equipment report and prints what the service received.");
-  const auto& midi = addMidiCommand(command, choices);
+  auto& midi = addMidiCommand(command, choices);
+  std::vector<const CLI::App*> traffic;
+  for (const auto& kind : trafficCommands) {
+    traffic.push_back(&addTrafficCommand(midi, kind, choices));
+  }
+  midi.get_subcommand("monitor")->add_flag("--raw", choices.traffic.raw,
+                                           "packets as bytes instead of events");
+  midi.get_subcommand("thru")
+      ->add_option("--filter", choices.traffic.filters, "what the connection leaves out (again and again)")
+      ->check(CLI::IsMember({"controls", "clock", "mtc", "sysex", "tune"}))
+      ->allow_extra_args(false);
+  midi.require_subcommand(0, 1);
   command.require_subcommand(0, 1);
   try {
     command.parse(argc, argv);
@@ -177,6 +224,11 @@ int run(int argc, char** argv) {
       choices.front.empty() ? choices.common.realTime && app::hasDisplay() : choices.front == "window";
   if (program.parsed()) {
     return app::runProgram(choices.common, choices.load);
+  }
+  for (std::size_t place = 0; place < traffic.size(); ++place) {
+    if (traffic[place]->parsed()) {
+      return trafficCommands[place].run(choices.common, choices.traffic);
+    }
   }
   if (midi.parsed()) {
     return app::runMidi(choices.common, choices.midi);

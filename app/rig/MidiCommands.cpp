@@ -10,8 +10,7 @@
 #include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
 #include "MIDIKitIO/objects/PropertyAccess.hpp"
 #include "app/rig/Equipment.hpp"
-#include "rig/midi/BoardMidiDevices.hpp"
-#include "rig/midi/VirtualMidiService.hpp"
+#include "app/rig/MidiRig.hpp"
 
 namespace karvex::app {
 namespace {
@@ -20,42 +19,12 @@ using namespace std::chrono_literals;
 using foundation::Duration;
 using midikit::io::AnyMIDIIOObject;
 using midikit::io::MIDIIONotification;
-using midikit::io::ObservableMIDIManager;
 
 /// When the scene's events happen, behind the start.
 constexpr Duration anotherBoardComes = 500ms;
 constexpr Duration firstBoardLeaves = 1s;
 /// By then it is in its bootloader for certain (rig::VirtualBoard::usualSwitchTime) and is told to boot.
 constexpr Duration firstBoardReturns = 3s;
-
-/// Boards on a bus, the MIDI service that they are devices of, and a manager as a program has it.
-class MidiRig {
- public:
-  MidiRig(const CommonOptions& common, std::size_t boards)
-      : runtime(makeRuntime(common)),
-        bus(runtime->clock()),
-        service(std::make_shared<rig::VirtualMidiService>(*runtime)),
-        manager(ObservableMIDIManager::create({.service = service,
-                                               .runtime = *runtime,
-                                               .clientName = "karvex-rig",
-                                               .model = "rig",
-                                               .manufacturer = "Karvex"})) {
-    plugIn({.boards = boards}, bus);
-    devices = std::make_unique<rig::BoardMidiDevices>(*runtime, bus, *service);
-    manager->start();
-  }
-
-  /// Calls `action` on the main queue, that long from now.
-  void at(Duration delay, foundation::Job action) {
-    runtime->mainQueue().postAt(runtime->clock().now() + delay, std::move(action));
-  }
-
-  std::unique_ptr<foundation::Runtime> runtime;
-  rig::VirtualBus bus;
-  std::shared_ptr<rig::VirtualMidiService> service;
-  std::unique_ptr<rig::BoardMidiDevices> devices;
-  std::shared_ptr<ObservableMIDIManager> manager;
-};
 
 struct TreeObject {
   std::size_t depth;

@@ -25,7 +25,7 @@ class Midi:
         self._program = program
 
     def run(self, *arguments: str) -> subprocess.CompletedProcess[str]:
-        command = [str(self._program), "midi", "--time", "fast", *arguments]
+        command = [str(self._program), "midi", *arguments, "--time", "fast"]
         return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False,
                               timeout=RUN_LIMIT_SECONDS)
 
@@ -94,8 +94,32 @@ def following_ends_when_it_is_told_to(midi: Midi) -> None:
     require_equal("last line", lines[-1].strip(), "4 devices, 1 of them offline")
 
 
+TRAFFIC = {
+    # A rest of a message that its packet cuts off is nothing, and MIDI 1.0 values come out as they went in.
+    ("send", "--boards", "2", "903C64", "F07E7F0601F7"): [
+        '[  0.100] "TEENSY2 MIDI" gets 90 3C 64', '[  0.100] "TEENSY31 MIDI" gets 90 3C 64',
+        '[  0.200] "TEENSY2 MIDI" gets F0 7E 7F 06 01 F7', '[  0.200] "TEENSY31 MIDI" gets F0 7E 7F 06 01 F7'],
+    ("monitor", "--boards", "2", "903C40"): [
+        f'[  0.{board}00] noteOn(0x3C, vel: midi2(32768), chan: 0x0, group: 0x0) timeStamp:{board}00000000 '
+        f'source:"{name} MIDI"' for board, name in ((1, "TEENSY2"), (2, "TEENSY31"))],
+    ("monitor", "--boards", "1", "--api", "legacy", "--raw", "903C40"): [
+        '[  0.100] 90 3C 40 timeStamp:100000000 source:"TEENSY2 MIDI"'],
+    ("thru", "--boards", "2", "--filter", "clock", "--filter", "controls", "F8", "B00740", "C005"): [
+        '[  0.300] "TEENSY31 MIDI" gets C0 05'],
+    # Here the program itself forwards, and nothing is left out.
+    ("thru", "--boards", "2", "--platform", "12", "--filter", "clock", "F8"): ['[  0.100] "TEENSY31 MIDI" gets F8'],
+}
+
+
+def what_is_sent_played_and_forwarded(midi: Midi) -> None:
+    for arguments, lines in TRAFFIC.items():
+        require_equal(" ".join(arguments), midi.lines(*arguments), lines)
+    for arguments in (("send", "3C"), ("monitor", "90 3"), ("thru", "--boards", "1")):
+        require_equal(f"exit status of {arguments}", midi.run(*arguments).returncode, 2)
+
+
 CHECKS = (the_tree, properties_of_one_object, an_object_that_is_not_there, the_notifications_of_the_scene,
-          following_ends_when_it_is_told_to)
+          following_ends_when_it_is_told_to, what_is_sent_played_and_forwarded)
 
 
 def main() -> int:

@@ -1,0 +1,108 @@
+// From the sender's call to the receiver's: on the service in memory, and, where there is a sequencer, on the kernel beside
+// the library's plain calls. tests/kernel/run runs it on an emulated machine.
+
+#include <fmt/format.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "MIDIKitIO/manager/MIDIManager.hpp"
+#include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
+#include "bench/MIDIKitIO/Delivery.hpp"
+#include "bench/MIDIKitIO/PlainSequencer.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "rig/midi/VirtualMidiService.hpp"
+
+namespace midikit::bench {
+namespace {
+
+using namespace midikit::core::literals;
+using core::MIDIEvent;
+using core::MIDIProtocolVersion;
+using io::CoreMIDIAPIVersion;
+
+std::shared_ptr<io::MIDIManager> managerOn(std::shared_ptr<io::MIDIService> service,
+                                           karvex::foundation::Runtime& runtime, CoreMIDIAPIVersion api) {
+  auto manager = io::MIDIManager::create({.service = std::move(service),
+                                          .runtime = runtime,
+                                          .clientName = "Delivery bench",
+                                          .model = "bench",
+                                          .manufacturer = "Karvex"});
+  manager->setPreferredAPI(api);
+  manager->start();
+  return manager;
+}
+
+io::MIDIReceiver counting(Arrivals& arrivals) {
+  return io::MIDIReceiver::events({}, [&arrivals](std::span<const MIDIEvent> events, std::uint64_t,
+                                                  const io::MIDIPacketSource&) { arrivals.add(events.size()); });
+}
+
+MIDIEvent noteOn(std::uint8_t note) {
+  return MIDIEvent::noteOn(core::UInt7(note), core::ChanVoice7Bit16BitValue::midi1(100_u7), 0_u4);
+}
+
+/// A virtual output of the program, and a connection of the program's that listens to it.
+void measureInMemory(CoreMIDIAPIVersion api) {
+  karvex::foundation::SystemRuntime runtime;
+  const auto service = std::make_shared<karvex::rig::VirtualMidiService>(runtime);
+  const auto manager = managerOn(service, runtime, api);
+  Arrivals arrivals;
+  manager->addOutput({.name = "output", .tag = "output"});
+  manager->addInputConnection({.mode = io::MIDIInputConnectionMode::outputs(
+                                   {io::MIDIEndpointIdentity::name("output")}),
+                               .tag = "connection",
+                               .receiver = counting(arrivals)});
+  const auto output = manager->managedOutputs().at("output");
+  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }}, arrivals)
+      .print(nullptr);
+  manager->removeAll();
+  runtime.finish();
+}
+
+/// A connection that sends to the kernel's through port, and one that listens to it.
+void measureOnKernel(CoreMIDIAPIVersion api, const DeliveryMeasurement& plain) {
+  karvex::foundation::SystemRuntime runtime;
+  const auto manager = managerOn(io::makeAlsaMIDIService(runtime), runtime, api);
+  Arrivals arrivals;
+  const io::MIDIEndpointIdentities through = {io::MIDIEndpointIdentity::name(throughPort)};
+  manager->addOutputConnection({.mode = io::MIDIOutputConnectionMode::inputs(through), .tag = "out"});
+  manager->addInputConnection({.mode = io::MIDIInputConnectionMode::outputs(through),
+                               .tag = "in",
+                               .receiver = counting(arrivals)});
+  const auto output = manager->managedOutputConnections().at("out");
+  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }}, arrivals)
+      .print(&plain);
+  manager->removeAll();
+  runtime.finish();
+}
+
+}  // namespace
+}  // namespace midikit::bench
+
+int main() {
+  using namespace midikit::bench;
+  const auto versions = {CoreMIDIAPIVersion::legacyCoreMIDI(),
+                         CoreMIDIAPIVersion::newCoreMIDI(MIDIProtocolVersion::midi1_0),
+                         CoreMIDIAPIVersion::newCoreMIDI(MIDIProtocolVersion::midi2_0)};
+  fmt::print("From sendEvent to the receiver's call; allocations for an event: sending + receiving\n\n"
+             "In memory\n");
+  for (const auto version : versions) {
+    measureInMemory(version);
+  }
+  Arrivals arrivals;
+  PlainSequencer plain(arrivals);
+  if (!plain.isThere()) {
+    fmt::print("\nThere is no sequencer with a through port here, so the kernel is left out.\n");
+    return 0;
+  }
+  fmt::print("\nThrough the kernel; in brackets: of the plain calls\n");
+  const DeliveryMeasurement plainly({"plain calls", [&](std::uint8_t note) { plain.send(note); }}, arrivals);
+  plainly.print(nullptr);
+  for (const auto version : versions) {
+    measureOnKernel(version, plainly);
+  }
+  return 0;
+}
