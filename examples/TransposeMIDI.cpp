@@ -3,15 +3,13 @@
 //
 // Run: transpose_midi SEMITONES < BYTES > BYTES
 
-#include <charconv>
-#include <cstring>
 #include <iostream>
-#include <optional>
 #include <vector>
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
 #include "MIDIKitCore/MIDIEventFilterGroup.hpp"
 #include "examples/Bytes.hpp"
+#include "examples/Transposition.hpp"
 
 namespace {
 
@@ -23,39 +21,17 @@ const MIDIEventFilterGroup wanted{{
     MIDIEventFilter::sysRealTime(SysRealTimeTypes::dropType(SysRealTimeType::activeSensing)),
 }};
 
-/// Moves the note of an event, if it has one. False if there is no such note.
-bool transpose(MIDIEvent& event, int semitones) {
-  return event.visit([semitones](auto& record) {
-    if constexpr (requires { record.note; }) {
-      const auto number = UInt7::exactly(record.note.number.value() + semitones);
-      if (!number) {
-        return false;
-      }
-      record.note.number = *number;
-    }
-    return true;
-  });
-}
-
-std::optional<int> semitonesOf(const char* text) {
-  int semitones = 0;
-  const char* const textEnd = text + std::strlen(text);
-  const auto [end, error] = std::from_chars(text, textEnd, semitones);
-  const bool isUsual = semitones >= -127 && semitones <= 127;
-  return error == std::errc() && end == textEnd && isUsual ? std::optional(semitones) : std::nullopt;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto semitones = argc == 2 ? semitonesOf(argv[1]) : std::nullopt;
+  const auto semitones = argc == 2 ? midikit::examples::semitonesOf(argv[1]) : std::nullopt;
   if (!semitones) {
     std::cerr << "usage: transpose_midi SEMITONES\n";
     return 2;
   }
   MIDI1Parser parser;
   auto events = wanted.apply(parser.parsedEvents(midikit::examples::readBytes(std::cin)));
-  std::erase_if(events, [&](MIDIEvent& event) { return !transpose(event, *semitones); });
+  std::erase_if(events, [&](MIDIEvent& event) { return !midikit::examples::transpose(event, *semitones); });
 
   std::vector<std::uint8_t> bytes;
   appendMIDI1Bytes(events, bytes);

@@ -82,9 +82,9 @@ class TransposeMIDI(unittest.TestCase):
 class Documentation(unittest.TestCase):
     def test_quotes_the_examples_as_they_are(self):
         text = (SOURCES / "docs" / "midi-layer.md").read_text(encoding="utf-8")
-        quotes = re.findall(r"`(examples/\w+\.cpp)`[^\n]*:\n\n((?: {4}[^\n]*\n|\n)+)", text)
+        quotes = re.findall(r"`(examples/\w+\.[ch]pp)`[^\n]*:\n\n((?: {4}[^\n]*\n|\n)+)", text)
         self.assertEqual({name for name, _ in quotes},
-                         {f"examples/{name}.cpp" for name in ("DecodeSysEx", "TranslateMIDI", "TransposeMIDI")})
+                         {f"examples/{name}" for name in ("DecodeSysEx.cpp", "TranslateMIDI.cpp", "TransposeMIDI.cpp", "Transposition.hpp")})
         for name, quote in quotes:
             source = (SOURCES / name).read_text(encoding="utf-8")
             lines = textwrap.dedent(quote).strip("\n") + "\n"
