@@ -34,7 +34,9 @@ MIDIServiceEngine::MIDIServiceEngine(karvex::foundation::Runtime& runtime, Platf
       driver_(std::move(driver)),
       setup_(references_, hasProtocols()),
       clients_(runtime),
-      thru_(references_, setup_, std::move(store)) {
+      thru_(references_, setup_, std::move(store)),
+      timerQueue_(runtime.globalQueue()),
+      timerGate_(std::make_shared<BlockGate>(runtime)) {
   driver_->attach(*this);
 }
 
@@ -46,6 +48,7 @@ void MIDIServiceEngine::close() {
   if (isClosed_.exchange(true)) {
     return;
   }
+  timerGate_->close();
   driver_->detach();
   closeAll(locked([this] { return routing_.receivers(); }));
   clients_.close();
