@@ -11,7 +11,8 @@
 
 namespace midikit::examples {
 
-/// What each program with MIDI in and out has: threads, the machine's MIDI service, a manager, and an orderly end.
+/// What each program with MIDI in and out has: threads, the machine's MIDI service, a manager, and an orderly
+/// end.
 class MIDIProgram {
  public:
   /// Throws MIDIIOError if there is no client to be had.

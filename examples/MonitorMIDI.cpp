@@ -29,15 +29,16 @@ void printJson(std::span<const MIDIEvent> events, std::uint64_t timeStamp, const
   for (const auto& event : events) {
     std::cout << R"({"time": )" << timeStamp << R"(, "source": )"
               << (source ? quoted(source->displayName) : "null") << R"(, "event": )"
-              << quoted(event.debugDescription()) << R"(, "bytes": ")" << hexText(event.midi1Bytes(), {.width = 2})
-              << "\"}" << std::endl;
+              << quoted(event.debugDescription()) << R"(, "bytes": ")"
+              << hexText(event.midi1Bytes(), {.width = 2}) << "\"}" << std::endl;
   }
 }
 
 MIDIReceiver receiver(bool asJson) {
-  return asJson ? MIDIReceiver::events(MIDIReceiverOptions::dropClockAndSensing, printJson)
-                : MIDIReceiver::eventsLogging(MIDIReceiverOptions::dropClockAndSensing,
-                                              [](const std::string& line) { std::cout << line << std::endl; });
+  return asJson
+             ? MIDIReceiver::events(MIDIReceiverOptions::dropClockAndSensing, printJson)
+             : MIDIReceiver::eventsLogging(MIDIReceiverOptions::dropClockAndSensing,
+                                           [](const std::string& line) { std::cout << line << std::endl; });
 }
 
 }  // namespace

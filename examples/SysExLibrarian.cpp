@@ -26,7 +26,8 @@ using midikit::examples::MIDIProgram;
 
 bool isSysEx(const MIDIEvent& event) {
   return event.visit([](const MIDIEvent::SysEx7&) { return true; },
-                     [](const MIDIEvent::UniversalSysEx7&) { return true; }, [](const auto&) { return false; });
+                     [](const MIDIEvent::UniversalSysEx7&) { return true; },
+                     [](const auto&) { return false; });
 }
 
 int save(const std::string& source, const char* path) {
@@ -70,14 +71,15 @@ std::vector<MIDIEvent> messagesIn(std::span<const std::uint8_t> bytes) {
   return messages;
 }
 
-/// The service sends at the rate of the destination. What it has been handed is gone when the program ends, so this
-/// waits for as long as that takes.
+/// The service sends at the rate of the destination. What it has been handed is gone when the program ends,
+/// so this waits for as long as that takes.
 void awaitDelivery(MIDIProgram& program, const MIDIInputEndpoint& destination, std::size_t bytes) {
   const auto rate = std::max(integerProperty(*program.manager().service(), destination.coreMIDIObjectRef,
                                              kMIDIPropertyMaxSysExSpeed),
                              3125);
-  program.runtime().clock().sleepFor(std::chrono::milliseconds(500) +
-                                     std::chrono::milliseconds(bytes * 1000 / static_cast<std::size_t>(rate)));
+  program.runtime().clock().sleepFor(
+      std::chrono::milliseconds(500) +
+      std::chrono::milliseconds(bytes * 1000 / static_cast<std::size_t>(rate)));
 }
 
 int send(const char* path, const std::string& name) {
@@ -85,12 +87,14 @@ int send(const char* path, const std::string& name) {
   const auto bytes = midikit::examples::readBytes(file);
   const auto messages = messagesIn(bytes);
   if (messages.empty()) {
-    std::cerr << "sysex_librarian: " << path << " holds no system exclusive messages, or something else too\n";
+    std::cerr << "sysex_librarian: " << path
+              << " holds no system exclusive messages, or something else too\n";
     return 1;
   }
   MIDIProgram program("SysEx librarian");
   program.manager().addOutputConnection(
-      {.mode = MIDIOutputConnectionMode::inputs({MIDIEndpointIdentity::displayName(name)}), .tag = "destination"});
+      {.mode = MIDIOutputConnectionMode::inputs({MIDIEndpointIdentity::displayName(name)}),
+       .tag = "destination"});
   const auto output = program.manager().managedOutputConnections().at("destination");
   const auto destinations = output->endpoints();
   if (destinations.empty()) {

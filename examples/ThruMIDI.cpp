@@ -1,5 +1,5 @@
-// Hands on what comes from one device to another, transposed and without clocks. Either may come later, or go and
-// come back.
+// Hands on what comes from one device to another, transposed and without clocks. Either may come later, or go
+// and come back.
 //
 // Run: thru_midi FROM TO [SEMITONES]   (display names, as monitor_midi shows them; ends at Ctrl-C)
 
@@ -26,7 +26,8 @@ class Transposer final : public ReceivesMIDIEvents {
 
   void eventsReceived(std::span<const MIDIEvent> events, std::uint64_t, const MIDIPacketSource&) override {
     events_.assign(events.begin(), events.end());
-    std::erase_if(events_, [this](MIDIEvent& event) { return !midikit::examples::transpose(event, semitones_); });
+    std::erase_if(events_,
+                  [this](MIDIEvent& event) { return !midikit::examples::transpose(event, semitones_); });
     if (!events_.empty()) {
       output_->sendEvents(events_);
     }
@@ -50,7 +51,8 @@ int main(int argc, char** argv) {
     midikit::examples::MIDIProgram program("MIDI thru");
     auto& manager = program.manager();
     manager.addOutputConnection(
-        {.mode = MIDIOutputConnectionMode::inputs({MIDIEndpointIdentity::displayName(argv[2])}), .tag = "to"});
+        {.mode = MIDIOutputConnectionMode::inputs({MIDIEndpointIdentity::displayName(argv[2])}),
+         .tag = "to"});
     const auto transposer =
         std::make_shared<Transposer>(manager.managedOutputConnections().at("to"), *semitones);
     manager.addInputConnection(

@@ -137,14 +137,20 @@ std::optional<std::string> contentOf(const fs::path& path) {
 
 std::error_code replaceFile(const fs::path& path, std::string_view text) {
   const fs::path fresh = path.string() + ".new";
+  std::error_code failure;
   {
     const OpenFile file(fresh, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
     if (!file.isOpen() || !file.write(text)) {
-      return lastError();
+      failure = lastError();
     }
   }
-  std::error_code failure;
-  fs::rename(fresh, path, failure);
+  if (!failure) {
+    fs::rename(fresh, path, failure);
+  }
+  if (failure) {
+    std::error_code ignored;
+    fs::remove(fresh, ignored);
+  }
   return failure;
 }
 
@@ -210,6 +216,7 @@ std::optional<fs::path> standardUserDefaultsFile(const char* configHome, const c
 }
 
 std::shared_ptr<UserDefaults> UserDefaults::standard() {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets the environment
   if (const auto file = standardUserDefaultsFile(std::getenv("XDG_CONFIG_HOME"), std::getenv("HOME"))) {
     return std::make_shared<FileUserDefaults>(*file);
   }

@@ -22,7 +22,8 @@ constexpr std::size_t manyNotes = 200'000;
 constexpr std::size_t window = 64;
 
 double at(const std::vector<double>& sorted, double share) {
-  return sorted.empty() ? 0 : sorted[static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1))];
+  return sorted.empty() ? 0
+                        : sorted[static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1))];
 }
 
 }  // namespace
@@ -90,12 +91,13 @@ void DeliveryMeasurement::print(const DeliveryMeasurement* plain) const {
   const auto ratio = [plain](double value, double other) {
     return plain != nullptr ? fmt::format(" ({:.2f})", value / other) : std::string();
   };
-  fmt::print("  {:<44} {:>8.1f} us{} median, {:>8.1f} us{} 99 %, {:>9.0f} events a second{}, {:.2f} + {:.2f} "
-             "allocations{}\n",
-             route_.name, median_, ratio(median_, plain != nullptr ? plain->median_ : 1), percentile99_,
-             ratio(percentile99_, plain != nullptr ? plain->percentile99_ : 1), rate_,
-             ratio(rate_, plain != nullptr ? plain->rate_ : 1), sending_, receiving_,
-             lost_ > 0 ? fmt::format(", LOST {}", lost_) : "");
+  fmt::print(
+      "  {:<44} {:>8.1f} us{} median, {:>8.1f} us{} 99 %, {:>9.0f} events a second{}, {:.2f} + {:.2f} "
+      "allocations{}\n",
+      route_.name, median_, ratio(median_, plain != nullptr ? plain->median_ : 1), percentile99_,
+      ratio(percentile99_, plain != nullptr ? plain->percentile99_ : 1), rate_,
+      ratio(rate_, plain != nullptr ? plain->rate_ : 1), sending_, receiving_,
+      lost_ > 0 ? fmt::format(", LOST {}", lost_) : "");
 }
 
 }  // namespace midikit::bench

@@ -1,5 +1,5 @@
-// From the sender's call to the receiver's: on the service in memory, and, where there is a sequencer, on the kernel beside
-// the library's plain calls. tests/kernel/run runs it on an emulated machine.
+// From the sender's call to the receiver's: on the service in memory, and, where there is a sequencer, on the
+// kernel beside the library's plain calls. tests/kernel/run runs it on an emulated machine.
 
 #include <fmt/format.h>
 
@@ -36,8 +36,10 @@ std::shared_ptr<io::MIDIManager> managerOn(std::shared_ptr<io::MIDIService> serv
 }
 
 io::MIDIReceiver counting(Arrivals& arrivals) {
-  return io::MIDIReceiver::events({}, [&arrivals](std::span<const MIDIEvent> events, std::uint64_t,
-                                                  const io::MIDIPacketSource&) { arrivals.add(events.size()); });
+  return io::MIDIReceiver::events(
+      {}, [&arrivals](std::span<const MIDIEvent> events, std::uint64_t, const io::MIDIPacketSource&) {
+        arrivals.add(events.size());
+      });
 }
 
 MIDIEvent noteOn(std::uint8_t note) {
@@ -51,12 +53,13 @@ void measureInMemory(CoreMIDIAPIVersion api) {
   const auto manager = managerOn(service, runtime, api);
   Arrivals arrivals;
   manager->addOutput({.name = "output", .tag = "output"});
-  manager->addInputConnection({.mode = io::MIDIInputConnectionMode::outputs(
-                                   {io::MIDIEndpointIdentity::name("output")}),
-                               .tag = "connection",
-                               .receiver = counting(arrivals)});
+  manager->addInputConnection(
+      {.mode = io::MIDIInputConnectionMode::outputs({io::MIDIEndpointIdentity::name("output")}),
+       .tag = "connection",
+       .receiver = counting(arrivals)});
   const auto output = manager->managedOutputs().at("output");
-  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }}, arrivals)
+  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
+                      arrivals)
       .print(nullptr);
   manager->removeAll();
   runtime.finish();
@@ -69,11 +72,11 @@ void measureOnKernel(CoreMIDIAPIVersion api, const DeliveryMeasurement& plain) {
   Arrivals arrivals;
   const io::MIDIEndpointIdentities through = {io::MIDIEndpointIdentity::name(throughPort)};
   manager->addOutputConnection({.mode = io::MIDIOutputConnectionMode::inputs(through), .tag = "out"});
-  manager->addInputConnection({.mode = io::MIDIInputConnectionMode::outputs(through),
-                               .tag = "in",
-                               .receiver = counting(arrivals)});
+  manager->addInputConnection(
+      {.mode = io::MIDIInputConnectionMode::outputs(through), .tag = "in", .receiver = counting(arrivals)});
   const auto output = manager->managedOutputConnections().at("out");
-  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }}, arrivals)
+  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
+                      arrivals)
       .print(&plain);
   manager->removeAll();
   runtime.finish();
@@ -87,8 +90,9 @@ int main() {
   const auto versions = {CoreMIDIAPIVersion::legacyCoreMIDI(),
                          CoreMIDIAPIVersion::newCoreMIDI(MIDIProtocolVersion::midi1_0),
                          CoreMIDIAPIVersion::newCoreMIDI(MIDIProtocolVersion::midi2_0)};
-  fmt::print("From sendEvent to the receiver's call; allocations for an event: sending + receiving\n\n"
-             "In memory\n");
+  fmt::print(
+      "From sendEvent to the receiver's call; allocations for an event: sending + receiving\n\n"
+      "In memory\n");
   for (const auto version : versions) {
     measureInMemory(version);
   }

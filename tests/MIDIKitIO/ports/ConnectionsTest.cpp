@@ -143,9 +143,12 @@ TEST_F(ConnectionsTest, ARefreshConnectsEachSourceOnceAndAListWithAnOldTokenHasI
   listening()->connect();
   EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 2U);
   EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U) << "whatever becomes of the first";
-  service->notify({.messageID = 5});
+  for (const std::int32_t other : {0, 4, 5, 6, 7, 8}) {
+    service->notify({.messageID = other});
+  }
   settle();
-  EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U);
+  EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U)
+      << "only what comes, goes and changes the setup";
   service->notify({.messageID = 1});
   settle();
   EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 4U);

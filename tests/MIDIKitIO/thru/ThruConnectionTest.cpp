@@ -70,12 +70,12 @@ TEST_P(ThruConnectionTest, ANonPersistentOneForwardsUntilItIsRemoved) {
                 ", outputs: [MIDIOutputEndpoint(name: \"keys\", uniqueID: 1)], inputs: "
                 "[MIDIInputEndpoint(name: \"synth\", uniqueID: 11)], nonPersistent)");
   service->calls().resetCounts();
-  const auto reader = thru();
+  const auto heldProxy = thru()->proxy();
   manager->remove(ManagedType::nonPersistentThruConnection, TagSelection::withTag("tag"));
   EXPECT_EQ(service->calls().count(MIDIOperation::thruConnectionDispose), 1U);
   EXPECT_EQ(service->calls().count(MIDIOperation::portDispose), isFaulty() ? 2U : 0U);
   play(source, 60);
-  EXPECT_THAT(arrived(), IsEmpty()) << "although somebody holds the object";
+  EXPECT_THAT(arrived(), IsEmpty()) << "although somebody holds the proxy";
   EXPECT_THAT(manager->managedThruConnections(), IsEmpty());
 }
 
