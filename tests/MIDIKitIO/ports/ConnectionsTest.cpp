@@ -147,7 +147,8 @@ TEST_F(ConnectionsTest, ARefreshConnectsEachSourceOnceAndAListWithAnOldTokenHasI
     service->notify({.messageID = other});
   }
   settle();
-  EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U) << "only what comes, goes and changes the setup";
+  EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U)
+      << "only what comes, goes and changes the setup";
   service->notify({.messageID = 1});
   settle();
   EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 4U);
