@@ -151,6 +151,8 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
 
   /// Where those who ask for the program's own endpoints wait for one that is being made.
   const OwnershipGate& ownership() const { return managed_.ownership(); }
+  /// The same, for the endpoints themselves.
+  OwnershipGate& ownership() { return managed_.ownership(); }
 
   /// The unique IDs of the managed inputs or outputs that have one.
   ///

@@ -5,12 +5,14 @@ namespace midikit::io {
 void OwnershipGate::begin() {
   const std::lock_guard lock(mutex_);
   ++begun_;
-  isUnderWay_ = true;
+  ++underWay_;
 }
 
 void OwnershipGate::end() {
   const std::lock_guard lock(mutex_);
-  isUnderWay_ = false;
+  if (--underWay_ > 0) {
+    return;
+  }
   for (const auto& gate : std::exchange(awaited_, {})) {
     gate->open();
   }
@@ -20,7 +22,7 @@ std::uint64_t OwnershipGate::awaitEnd() const {
   std::shared_ptr<karvex::foundation::Gate> gate;
   {
     const std::lock_guard lock(mutex_);
-    if (!isUnderWay_) {
+    if (underWay_ == 0) {
       return begun_;
     }
     gate = awaited_.emplace_back(runtime_.makeGate());

@@ -55,14 +55,14 @@ class OwnershipGate {
 
   void begin();
   void end();
-  /// Waits for the change that is under way. Returns how many have begun so far.
+  /// Waits until no change is under way. Returns how many have begun so far.
   std::uint64_t awaitEnd() const;
   std::uint64_t count() const;
 
   karvex::foundation::Runtime& runtime_;
   mutable std::mutex mutex_;
   std::uint64_t begun_ = 0;
-  bool isUnderWay_ = false;
+  std::uint64_t underWay_ = 0;
   mutable std::vector<std::shared_ptr<karvex::foundation::Gate>> awaited_;  ///< of those who wait for the end
 };
 

@@ -52,12 +52,19 @@ void MIDIManagedEndpoint::create(const MIDIManager& manager) {
 }
 
 void MIDIManagedEndpoint::dispose() noexcept {
-  const auto endpoint = state_.modify([](State& state) {
-    state.isDisposed = true;
-    return std::exchange(state.reference, std::nullopt);
-  });
-  if (endpoint) {
-    service().MIDIEndpointDispose(*endpoint);
+  const auto leavePlatform = [this] {
+    const auto endpoint = state_.modify([](State& state) {
+      state.isDisposed = true;
+      return std::exchange(state.reference, std::nullopt);
+    });
+    if (endpoint) {
+      service().MIDIEndpointDispose(*endpoint);
+    }
+  };
+  if (const auto manager = midiManager()) {
+    manager->ownership().change(leavePlatform);
+  } else {
+    leavePlatform();
   }
 }
 
