@@ -17,8 +17,8 @@ namespace karvex::foundation {
 /// and running such a job allocates nothing; anything else takes one allocation.
 class Job {
  public:
-  /// Four shared pointers: a list, who it is for, by which connection, and the queue's own state.
-  static constexpr std::size_t room = 64;
+  /// The most that jobs in steady use hold: a short received packet with the way to its handler.
+  static constexpr std::size_t room = 96;
 
   Job() noexcept = default;
   Job(std::nullptr_t) noexcept {}

@@ -4,7 +4,8 @@
 #include <cstdlib>
 #include <mutex>
 #include <utility>
-#include <vector>
+
+#include "foundation/WaitingLine.hpp"
 
 namespace karvex::foundation {
 namespace {
@@ -19,34 +20,6 @@ namespace {
 struct Waiting {
   Job job;
   std::shared_ptr<Gate> gate;
-};
-
-/// What waits, in order. It keeps its memory, so a queue that is used steadily stops allocating.
-class WaitingLine {
- public:
-  bool isEmpty() const { return first_ == entries_.size(); }
-
-  void push(Waiting entry) {
-    // What has been taken makes room before the line grows; each entry moves at most once for that.
-    if (entries_.size() == entries_.capacity() && first_ >= entries_.size() / 2) {
-      entries_.erase(entries_.begin(), entries_.begin() + static_cast<std::ptrdiff_t>(first_));
-      first_ = 0;
-    }
-    entries_.push_back(std::move(entry));
-  }
-
-  Waiting pop() {
-    Waiting entry = std::move(entries_[first_++]);
-    if (isEmpty()) {
-      entries_.clear();
-      first_ = 0;
-    }
-    return entry;
-  }
-
- private:
-  std::vector<Waiting> entries_;
-  std::size_t first_ = 0;  ///< of those that haven't been taken
 };
 
 }  // namespace
@@ -95,7 +68,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
 
   void endTurn() {
     const std::lock_guard lock(mutex);
-    isBusy = !waiting.isEmpty();
+    isBusy = !waiting.empty();
     if (isBusy) {
       target.post([self = shared_from_this()] { self->runNext(); });
     }
@@ -104,7 +77,7 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   Queue& target;
   const std::string label;
   std::mutex mutex;
-  WaitingLine waiting;
+  WaitingLine<Waiting> waiting;
   bool isBusy = false;
 };
 

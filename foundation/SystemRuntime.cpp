@@ -1,12 +1,12 @@
 #include "foundation/SystemRuntime.hpp"
 
-#include <algorithm>
 #include <asio.hpp>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
 #include <utility>
-#include <vector>
+
+#include "foundation/BlockStore.hpp"
 
 namespace karvex::foundation {
 namespace {
@@ -46,94 +46,23 @@ class SystemGate final : public Gate {
   bool isOpen_ = false;
 };
 
-/// Blocks of memory that are handed out again and again. Asio needs one for each handler that waits, and
-/// keeps such blocks only for threads that run handlers themselves.
-class BlockStore {
- public:
-  BlockStore() = default;
-  BlockStore(const BlockStore&) = delete;
-  BlockStore& operator=(const BlockStore&) = delete;
-  ~BlockStore() {
-    for (void* block : blocks_) {
-      ::operator delete(block);
-    }
-  }
-
-  void* take(std::size_t size) {
-    if (size <= blockSize) {
-      const std::lock_guard lock(mutex_);
-      if (!blocks_.empty()) {
-        void* block = blocks_.back();
-        blocks_.pop_back();
-        return block;
-      }
-    }
-    return ::operator new(std::max(size, blockSize));
-  }
-
-  void giveBack(void* block, std::size_t size) noexcept {
-    if (size <= blockSize) {
-      const std::lock_guard lock(mutex_);
-      if (blocks_.size() < blocks_.capacity()) {
-        blocks_.push_back(block);
-        return;
-      }
-    }
-    ::operator delete(block);
-  }
-
- private:
-  static constexpr std::size_t blockSize = 256;  ///< a job with what Asio adds to it
-  static constexpr std::size_t most = 64;
-
-  std::mutex mutex_;
-  std::vector<void*> blocks_ = [] {
-    std::vector<void*> blocks;
-    blocks.reserve(most);
-    return blocks;
-  }();
-};
-
-template <typename Value>
-class BlockAllocator {
- public:
-  using value_type = Value;
-
-  explicit BlockAllocator(BlockStore& store) : store_(&store) {}
-  template <typename Other>
-  explicit(false) BlockAllocator(const BlockAllocator<Other>& other) : store_(other.store()) {}
-
-  Value* allocate(std::size_t count) { return static_cast<Value*>(store_->take(count * sizeof(Value))); }
-  void deallocate(Value* block, std::size_t count) noexcept {
-    store_->giveBack(block, count * sizeof(Value));
-  }
-  BlockStore* store() const { return store_; }
-  template <typename Other>
-  bool operator==(const BlockAllocator<Other>& other) const {
-    return store_ == other.store();
-  }
-
- private:
-  BlockStore* store_;
-};
-
 /// A job that has Asio take its memory from a store.
 struct StoredJob {
   using allocator_type = BlockAllocator<std::byte>;
-  allocator_type get_allocator() const { return allocator_type(*store); }
+  const allocator_type& get_allocator() const { return allocator; }
   void operator()() { job(); }
 
   Job job;
-  BlockStore* store;
+  allocator_type allocator;
 };
 
 /// A queue over anything that Asio can run handlers on.
 template <typename Context>
 class AsioQueue final : public Queue {
  public:
-  AsioQueue(Context& context, BlockStore& blocks) : context_(context), blocks_(blocks) {}
+  explicit AsioQueue(Context& context) : context_(context) {}
 
-  void post(Job job) override { asio::post(context_, StoredJob{std::move(job), &blocks_}); }
+  void post(Job job) override { asio::post(context_, StoredJob{std::move(job), memory_}); }
 
   void postAt(TimePoint due, Job job) override {
     auto timer = std::make_unique<asio::steady_timer>(context_, due);
@@ -148,7 +77,8 @@ class AsioQueue final : public Queue {
 
  private:
   Context& context_;
-  BlockStore& blocks_;
+  /// For jobs that wait, with what Asio adds to each. Asio itself keeps memory only for threads of its own.
+  const StoredJob::allocator_type memory_{std::make_shared<BlockStore>(256, 64)};
 };
 
 /// Global jobs sleep and wait for devices, so there are more threads than processors. A job waits for a
@@ -163,11 +93,10 @@ std::size_t globalThreads() {
 struct SystemRuntime::State {
   SystemClock clock;
   NoOutsideWork outsideWork;
-  BlockStore blocks;  ///< outlives the handlers that wait
   asio::io_context mainContext{1};
   asio::thread_pool pool{globalThreads()};
-  AsioQueue<asio::io_context> mainQueue{mainContext, blocks};
-  AsioQueue<asio::thread_pool> globalQueue{pool, blocks};
+  AsioQueue<asio::io_context> mainQueue{mainContext};
+  AsioQueue<asio::thread_pool> globalQueue{pool};
 };
 
 SystemRuntime::SystemRuntime() : state_(std::make_unique<State>()) {}

@@ -30,7 +30,7 @@ void MIDIConnection::add(SharedMIDIList list) {
     }
   }
   if (state_ != State::ended) {
-    waiting_.push_back(std::move(list));
+    waiting_.push(std::move(list));
   }
 }
 
@@ -67,9 +67,7 @@ std::optional<MIDIConnection::Delivery> MIDIConnection::next() {
   if (state_ != State::inUse || waiting_.empty()) {
     return std::nullopt;
   }
-  Delivery delivery{std::move(waiting_.front()), token_};
-  waiting_.pop_front();
-  return delivery;
+  return Delivery{waiting_.pop(), token_};
 }
 
 std::size_t MIDIConnection::waiting() const {

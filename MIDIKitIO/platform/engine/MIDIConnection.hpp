@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <mutex>
 #include <optional>
 
@@ -9,6 +8,7 @@
 #include "MIDIKitIO/platform/engine/ListConversion.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
 #include "foundation/Clock.hpp"
+#include "foundation/WaitingLine.hpp"
 
 namespace midikit::io::engine {
 
@@ -55,7 +55,7 @@ class MIDIConnection {
   State state_ = State::inUse;
   ConnectionToken token_;
   TimePoint endsAt_{};
-  std::deque<SharedMIDIList> waiting_;
+  karvex::foundation::WaitingLine<SharedMIDIList> waiting_;
   std::size_t held_ = 0;  ///< in bytes
 };
 

@@ -1,15 +1,31 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <variant>
 
 #include "MIDIKitIO/platform/MIDIPacketList.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
+#include "foundation/BlockStore.hpp"
 
 namespace midikit::io::engine {
 
 /// A list of either generation on its way. Never changed, so all who get it can share it.
 using MIDIList = std::variant<MIDIPacketList, MIDIEventList>;
 using SharedMIDIList = std::shared_ptr<const MIDIList>;
+
+/// Makes lists shareable in memory that it keeps, so that a list with one short packet is not allocated for.
+/// All operations may be called on any thread.
+class MIDIListMemory {
+ public:
+  SharedMIDIList share(MIDIList list) const {
+    return std::allocate_shared<const MIDIList>(allocator_, std::move(list));
+  }
+
+ private:
+  /// A list with what sharing adds to it, and as many of them as wait when a few destinations are busy.
+  karvex::foundation::BlockAllocator<MIDIList> allocator_{
+      std::make_shared<karvex::foundation::BlockStore>(sizeof(MIDIList) + 64, 256)};
+};
 
 }  // namespace midikit::io::engine

@@ -191,6 +191,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   MIDIClients clients_;
   MIDIRouting routing_;
   ThruConnections thru_;
+  MIDIListMemory lists_;
   bool isEndDue_ = false;  ///< the timer runs
   karvex::foundation::SerialQueue timerQueue_;
   karvex::foundation::Timer timer_;

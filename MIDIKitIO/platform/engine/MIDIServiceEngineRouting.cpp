@@ -17,10 +17,6 @@ bool isProtocol(MIDIProtocolID protocol) {
   return protocol == MIDIProtocolID::midi1_0 || protocol == MIDIProtocolID::midi2_0;
 }
 
-SharedMIDIList share(MIDIList list) {
-  return std::make_shared<const MIDIList>(std::move(list));
-}
-
 void close(const std::shared_ptr<ListReceiver>& receiver) {
   if (receiver != nullptr) {
     receiver->close();
@@ -231,30 +227,30 @@ OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool
 }
 
 OSStatus MIDIServiceEngine::MIDISend(Ref port, Ref destination, const MIDIPacketList& list) {
-  return locked([&] { return send(port, destination, share(list)); });
+  return locked([&] { return send(port, destination, lists_.share(list)); });
 }
 
 OSStatus MIDIServiceEngine::MIDISendEventList(Ref port, Ref destination, const MIDIEventList& list) {
   return locked([&] {
     const OSStatus failure = checkProtocol(list.protocol);
-    return failure != noErr ? failure : send(port, destination, share(list));
+    return failure != noErr ? failure : send(port, destination, lists_.share(list));
   });
 }
 
 OSStatus MIDIServiceEngine::MIDIReceived(Ref source, const MIDIPacketList& list) {
-  return locked([&] { return receive(source, share(list), true); });
+  return locked([&] { return receive(source, lists_.share(list), true); });
 }
 
 OSStatus MIDIServiceEngine::MIDIReceivedEventList(Ref source, const MIDIEventList& list) {
   return locked([&] {
     const OSStatus failure = checkProtocol(list.protocol);
-    return failure != noErr ? failure : receive(source, share(list), true);
+    return failure != noErr ? failure : receive(source, lists_.share(list), true);
   });
 }
 
 OSStatus MIDIServiceEngine::sendFromEquipment(Ref source, const MIDIList& list) {
   const std::lock_guard lock(mutex_);
-  return receive(source, share(list), false);
+  return receive(source, lists_.share(list), false);
 }
 
 OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const MIDIList& list) {
@@ -263,7 +259,7 @@ OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const M
   if (failure != noErr || !setup_.find(destination)->isOwn) {
     return failure != noErr ? failure : status::notPermitted;
   }
-  routing_.deliverTo(destination, sender, share(list));
+  routing_.deliverTo(destination, sender, lists_.share(list));
   return noErr;
 }
 
