@@ -39,9 +39,9 @@ class WeakQueue final : public Queue {
   std::weak_ptr<Queue> target_;
 };
 
-bool isClockOrSensing(const MIDIEvent& event) {
+bool isNoClockOrSensing(const MIDIEvent& event) {
   static const auto filter =
-      core::SysRealTimeTypes::keepTypes({SysRealTimeType::timingClock, SysRealTimeType::activeSensing});
+      core::SysRealTimeTypes::dropTypes({SysRealTimeType::timingClock, SysRealTimeType::activeSensing});
   return filter.passes(event);
 }
 
@@ -102,7 +102,7 @@ std::span<const MIDIEvent> EventsBase::wanted(std::span<const MIDIEvent> events)
     return events;
   }
   wanted_.clear();
-  std::ranges::remove_copy_if(events, std::back_inserter(wanted_), isClockOrSensing);
+  std::ranges::copy_if(events, std::back_inserter(wanted_), isNoClockOrSensing);
   return wanted_;
 }
 
