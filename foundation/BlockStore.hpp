@@ -11,8 +11,8 @@
 namespace karvex::foundation {
 
 /// Blocks of memory that are handed out again and again, for what is made and let go of all the time. Once as
-/// many have been in use as ever are at a time, none is allocated any more. All operations may be called on any
-/// thread.
+/// many have been in use as ever are at a time, none is allocated any more. All operations may be called on
+/// any thread.
 class BlockStore {
  public:
   /// Blocks of `blockSize` bytes; what needs more is allocated as usual. At most `most` unused ones are kept.
