@@ -15,8 +15,11 @@
 
 namespace midikit::io::engine {
 
-/// What a service offers to its driver alone: all that the operations of MIDIService can't do. Every call may
-/// be made on any thread, by the driver's methods and readers too, and locks and allocates.
+/// What a service offers to its driver alone: all that the operations of MIDIService can't do. For every
+/// call, also out of the driver's methods and readers:
+///
+/// Thread-safe: yes.
+/// Realtime-safe: no, it locks and allocates.
 class MIDIDriverHost {
  public:
   using Ref = MIDIObjectRef;

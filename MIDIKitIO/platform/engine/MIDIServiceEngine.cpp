@@ -15,10 +15,12 @@ MIDIObjectRef at(const std::vector<MIDIObjectRef>& list, std::size_t index) {
   return index < list.size() ? list[index] : 0;
 }
 
-void closeAll(const std::vector<MIDIRouting::Receiver>& receivers) {
-  for (const auto& receiver : receivers) {
-    if (receiver != nullptr) {
-      receiver->close();
+/// Receivers or gates.
+template <typename Closable>
+void closeAll(const std::vector<std::shared_ptr<Closable>>& all) {
+  for (const auto& one : all) {
+    if (one != nullptr) {
+      one->close();
     }
   }
 }
@@ -50,7 +52,7 @@ void MIDIServiceEngine::close() {
   timerGate_->close();
   driver_->detach();
   closeAll(locked([this] { return routing_.receivers(); }));
-  clients_.close();
+  closeAll(locked([this] { return clients_.gates(); }));
 }
 
 void MIDIServiceEngine::edit(const std::function<void(SetupEditor&)>& work) {
@@ -113,7 +115,10 @@ OSStatus MIDIServiceEngine::MIDIClientCreateWithBlock(const std::string& name, R
   {
     const std::lock_guard lock(mutex_);
     outClient = references_.next();
-    clients_.add(outClient, std::move(block));
+    const auto gate = clients_.add(outClient, std::move(block));
+    if (isClosed_) {  // By a block that close() waits for.
+      gate->close();
+    }
   }
   driver_->clientAdded(name);
   return noErr;

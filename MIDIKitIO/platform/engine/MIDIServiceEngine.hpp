@@ -166,6 +166,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus checkProtocol(MIDIProtocolID protocol) const;
   OSStatus checkEndpoint(Ref endpoint, MIDIObjectKind kind) const;
   OSStatus checkSource(Ref source, bool wantsOwn) const;
+  MIDIRouting::Receiver makeReceiver(karvex::foundation::Queue& queue, MIDIReader reader);
   OSStatus addPort(Ref client, std::optional<MIDIReader> reader, Ref& out);
   OSStatus addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
                               std::optional<MIDIReader> reader, Ref& out);

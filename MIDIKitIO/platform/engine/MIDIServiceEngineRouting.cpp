@@ -48,14 +48,22 @@ OSStatus MIDIServiceEngine::checkSource(Ref source, bool wantsOwn) const {
   return setup_.find(source)->isOwn == wantsOwn ? noErr : statusOf(MIDIOSStatus::notPermitted);
 }
 
+/// Closed from the beginning if a block makes it that close() waits for.
+MIDIRouting::Receiver MIDIServiceEngine::makeReceiver(karvex::foundation::Queue& queue, MIDIReader reader) {
+  auto receiver = std::make_shared<ListReceiver>(runtime_, queue, std::move(reader));
+  if (isClosed_) {
+    receiver->close();
+  }
+  return receiver;
+}
+
 OSStatus MIDIServiceEngine::addPort(Ref client, std::optional<MIDIReader> reader, Ref& out) {
   auto* queue = clients_.receiveQueue(client);
   if (queue == nullptr) {
     return statusOf(MIDIOSStatus::invalidClient);
   }
   out = references_.next();
-  routing_.addPort(out,
-                   reader ? std::make_shared<ListReceiver>(runtime_, *queue, std::move(*reader)) : nullptr);
+  routing_.addPort(out, reader ? makeReceiver(*queue, std::move(*reader)) : nullptr);
   return noErr;
 }
 
@@ -129,7 +137,7 @@ OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint
   }
   out = setup_.addVirtualEndpoint(description.kind, description.name, description.protocol);
   if (reader) {
-    routing_.setReader(out, std::make_shared<ListReceiver>(runtime_, *queue, std::move(*reader)));
+    routing_.setReader(out, makeReceiver(*queue, std::move(*reader)));
   }
   auto messages = addedMessages(setup_, out);
   messages.push_back(setupChangedMessage());
@@ -271,8 +279,7 @@ OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation:
     if (failure != noErr || setup_.find(destination)->isOwn) {
       return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
     }
-    former =
-        routing_.setReader(destination, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));
+    former = routing_.setReader(destination, makeReceiver(queue, std::move(reader)));
   }
   engine::close(former);
   return noErr;
@@ -286,7 +293,7 @@ OSStatus MIDIServiceEngine::listenAsEquipment(Ref source, karvex::foundation::Qu
     if (const OSStatus failure = checkSource(source, true); failure != noErr) {
       return failure;
     }
-    former = routing_.setListener(source, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));
+    former = routing_.setListener(source, makeReceiver(queue, std::move(reader)));
   }
   engine::close(former);
   return noErr;
