@@ -15,6 +15,7 @@
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/BlockGate.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
+#include "MIDIKitIO/platform/linux/Emitter.hpp"
 #include "MIDIKitIO/platform/linux/EquipmentModel.hpp"
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
 #include "MIDIKitIO/platform/linux/Outlet.hpp"
@@ -99,12 +100,12 @@ class AlsaMIDIService final : public engine::MIDIServiceEngine {
   /// This program's port for one of its own endpoints.
   std::optional<int> ownPortOf(Ref endpoint) const;
   engine::MIDIRouting::Receiver makeReceiver(Ref destination);
-  void sendOut(Outlet& outlet, Ref destination, const MIDIPacketList& list);
-  void emit(Outlet& outlet, Ref source, const MIDIPacketList& list);
-  std::int64_t sysExSpeedOf(Ref endpoint) const;
+  alsa::OutletContext outputs() const { return {runtime(), sequencer_, outputGate_}; }
+  std::optional<PortAddress> placeOf(Ref destination) const;
+  std::optional<std::int64_t> sysExRateOf(Ref endpoint, int client) const;
 
-  std::unique_ptr<Sequencer> sequencer_;  ///< null where there is none
-  std::atomic<bool> isClosing_ = false;
+  std::shared_ptr<Sequencer> sequencer_;  ///< null where there is none
+  std::shared_ptr<alsa::OutputGate> outputGate_ = std::make_shared<alsa::OutputGate>();
   std::atomic<bool> isNamed_ = false;
   karvex::foundation::SerialQueue queue_;
   std::shared_ptr<engine::BlockGate> gate_;  ///< around what runs on the queue; jobs hold on to it
@@ -126,10 +127,10 @@ AlsaMIDIService::AlsaMIDIService(karvex::foundation::Runtime& itsRuntime)
       queue_(itsRuntime.globalQueue(), "MIDI sequencer"),
       gate_(std::make_shared<engine::BlockGate>(itsRuntime)),
       model_([this](Ref destination) { return makeReceiver(destination); }) {
-  std::string reason;
-  sequencer_ = Sequencer::open(reason);
+  std::optional<Sequencer::Unavailable> why;
+  sequencer_ = Sequencer::open(why);
   if (sequencer_ == nullptr) {
-    karvex::foundation::log::debug("No MIDI equipment: " + reason);
+    karvex::foundation::log::debug("No MIDI equipment: " + why->text);
     return;
   }
   look();
@@ -142,7 +143,7 @@ AlsaMIDIService::AlsaMIDIService(karvex::foundation::Runtime& itsRuntime)
 }
 
 AlsaMIDIService::~AlsaMIDIService() {
-  isClosing_ = true;
+  outputGate_->close();
   watch_.reset();
   gate_->close();
   close();
@@ -321,13 +322,17 @@ void AlsaMIDIService::ownEndpointAdded(Ref endpoint) {
     ownEndpoints_.emplace(*port, endpoint);
   }
   if (isSource) {
-    auto outlet = std::make_shared<Outlet>(alsa::OutletContext{runtime(), *sequencer_, isClosing_});
-    auto& queue = outlet->queue();
-    listenAsEquipment(
-        endpoint, queue,
-        [this, endpoint, outlet = std::move(outlet)](const MIDIPacketList& list, ConnectionToken /*token*/) {
-          emit(*outlet, endpoint, list);
-        });
+    auto queue = std::make_shared<karvex::foundation::SerialQueue>(runtime().globalQueue());
+    auto emitter = std::make_shared<alsa::Emitter>(
+        outputs(), sequencer_, queue,
+        alsa::Emitter::Source{
+            .port = [this, endpoint] { return ownPortOf(endpoint); },
+            .sysExRate =
+                [this, endpoint](PortAddress listener) { return sysExRateOf(endpoint, listener.client); }});
+    listenAsEquipment(endpoint, *queue,
+                      [emitter = std::move(emitter)](const MIDIPacketList& list, ConnectionToken /*token*/) {
+                        emitter->send(list);
+                      });
   }
 }
 
@@ -352,47 +357,35 @@ std::optional<int> AlsaMIDIService::ownPortOf(Ref endpoint) const {
 }
 
 engine::MIDIRouting::Receiver AlsaMIDIService::makeReceiver(Ref destination) {
-  auto outlet = std::make_shared<Outlet>(alsa::OutletContext{runtime(), *sequencer_, isClosing_});
-  auto& queue = outlet->queue();
-  MIDIReadBlock block = [this, destination, outlet = std::move(outlet)](const MIDIPacketList& list,
-                                                                        ConnectionToken /*token*/) {
-    sendOut(*outlet, destination, list);
+  auto queue = std::make_shared<karvex::foundation::SerialQueue>(runtime().globalQueue());
+  auto outlet = std::make_shared<Outlet>(
+      outputs(), queue,
+      Outlet::Route{.from = sequencer_->mouth(),
+                    .place = [this, destination] { return placeOf(destination); },
+                    .sysExRate = [this, destination]() -> std::optional<std::int64_t> {
+                      const auto place = placeOf(destination);
+                      return place ? sysExRateOf(destination, place->client) : std::nullopt;
+                    }});
+  auto& target = *queue;
+  MIDIReadBlock block = [outlet = std::move(outlet)](const MIDIPacketList& list, ConnectionToken /*token*/) {
+    outlet->send(list);
   };
-  return std::make_shared<engine::MIDIReceiver>(runtime(), queue, std::move(block));
+  return std::make_shared<engine::MIDIReceiver>(runtime(), target, std::move(block));
 }
 
-void AlsaMIDIService::sendOut(Outlet& outlet, Ref destination, const MIDIPacketList& list) {
-  std::optional<PortAddress> address;
-  bool isDriver = false;
+std::optional<PortAddress> AlsaMIDIService::placeOf(Ref destination) const {
+  const std::lock_guard lock(mutex_);
+  return model_.addressOf(destination);
+}
+
+/// Drivers drop what their buffer has no room for. The standard's rate where none is set.
+std::optional<std::int64_t> AlsaMIDIService::sysExRateOf(Ref endpoint, int client) const {
   {
     const std::lock_guard lock(mutex_);
-    address = model_.addressOf(destination);
-    isDriver = address && drivers_.contains(address->client);
-  }
-  if (address) {
-    outlet.send(list, {*address, isDriver ? std::optional(sysExSpeedOf(destination)) : std::nullopt},
-                std::nullopt);
-  }
-}
-
-/// To each listener by itself: one that has no room must not make the others hear a thing twice.
-void AlsaMIDIService::emit(Outlet& outlet, Ref source, const MIDIPacketList& list) {
-  const auto port = ownPortOf(source);
-  if (!port) {
-    return;
-  }
-  for (const auto listener : sequencer_->listeners(*port)) {
-    bool isDriver = false;
-    {
-      const std::lock_guard lock(mutex_);
-      isDriver = drivers_.contains(listener.client);
+    if (!drivers_.contains(client)) {
+      return std::nullopt;
     }
-    outlet.send(list, {listener, isDriver ? std::optional(sysExSpeedOf(source)) : std::nullopt}, port);
   }
-}
-
-/// The standard's rate where none is set.
-std::int64_t AlsaMIDIService::sysExSpeedOf(Ref endpoint) const {
   std::int32_t speed = 3125;
   static_cast<void>(
       MIDIServiceEngine::MIDIObjectGetIntegerProperty(endpoint, kMIDIPropertyMaxSysExSpeed, speed));
