@@ -16,7 +16,8 @@ struct Wire {
   PortAddress to;
 };
 
-/// The number of a queue of the kernel's, which runs, and takes timer interrupts, as long as someone holds it.
+/// The number of a queue of the kernel's, which runs, and takes timer interrupts, as long as someone holds
+/// it.
 using QueueHold = std::shared_ptr<const int>;
 
 /// An event's way through the kernel's clock.
