@@ -7,11 +7,9 @@
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
-#include "MIDIKitIO/platform/engine/MIDIOperation.hpp"
+#include "rig/midi/MIDIOperation.hpp"
 
 namespace karvex::rig {
-
-using midikit::io::engine::MIDIOperation;
 
 /// Counts the calls of each operation, and makes those fail that a test wants to. All operations may be
 /// called on any thread.
@@ -44,7 +42,7 @@ class CallLedger {
   };
 
   mutable std::mutex mutex_;
-  std::array<std::uint64_t, midikit::io::engine::midiOperationCount> counts_{};
+  std::array<std::uint64_t, midiOperationCount> counts_{};
   std::vector<Failure> failures_;
 };
 

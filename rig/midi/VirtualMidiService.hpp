@@ -1,14 +1,14 @@
 #pragma once
 
 #include <memory>
-#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "MIDIKitIO/platform/engine/DeviceDescription.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
 #include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "rig/midi/CallLedger.hpp"
+#include "rig/midi/CountedMidiService.hpp"
 
 namespace karvex::rig {
 
@@ -18,7 +18,6 @@ using midikit::io::engine::DeviceDescription;
 using midikit::io::engine::EndpointDescription;
 using midikit::io::engine::EntityDescription;
 using midikit::io::engine::MIDIList;
-using midikit::io::engine::MIDIOperation;
 using midikit::io::engine::MIDIReader;
 using midikit::io::engine::simpleDevice;
 using midikit::io::engine::ThruConnectionStore;
@@ -26,8 +25,9 @@ using midikit::io::engine::WordReader;
 /// @}
 
 /// The MIDI service of the rig, with equipment that is described rather than attached. All operations may be
-/// called on any thread, the blocks that it runs included.
-class VirtualMidiService final : public midikit::io::engine::MIDIServiceEngine {
+/// called on any thread, the blocks that it runs included. The ledger counts the operations of MIDIService
+/// and nothing else.
+class VirtualMidiService final : public CountedMidiService {
  public:
   /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
   /// lists give status::unknownError. Services that are made with the same store, one after the other or
@@ -35,22 +35,12 @@ class VirtualMidiService final : public midikit::io::engine::MIDIServiceEngine {
   explicit VirtualMidiService(
       foundation::Runtime& runtime, midikit::io::PlatformVersion version = {.major = 13, .minor = 0},
       std::shared_ptr<ThruConnectionStore> store = std::make_shared<ThruConnectionStore>());
-  /// No block runs behind this, unless it is a block that destroys the service. Lists and notifications that
+  /// No block runs after this, unless it is a block that destroys the service. Lists and notifications that
   /// wait are dropped.
   ~VirtualMidiService() override;
 
-  /// The counters of calls, and the failures to come, of the operations of MIDIService.
-  CallLedger& calls() const { return calls_; }
-
-  /// @name The equipment's side: what the operations of MIDIService can't do
-  /// None of it counts as a call.
-  /// @{
-  using MIDIServiceEngine::answerWithNone;
-  using MIDIServiceEngine::clientNames;
-  using MIDIServiceEngine::notify;
-  using MIDIServiceEngine::removeProperty;
-  using MIDIServiceEngine::sendFromEquipment;
-  using MIDIServiceEngine::setProperty;
+  /// The names under which the clients were made, in that order.
+  std::vector<std::string> clientNames() const;
 
   /// Attaches a device. Clients get `added` for the device, each entity, and each endpoint, parents first,
   /// and one `setupChanged` behind them.
@@ -63,13 +53,28 @@ class VirtualMidiService final : public midikit::io::engine::MIDIServiceEngine {
   OSStatus setPropertyThroughout(Ref object, std::string_view key, const midikit::io::PropertyValue& value);
   /// What comes to a device's destination goes to this block from now on, on a thread of the runtime.
   OSStatus readAsEquipment(Ref destination, MIDIReader reader);
+
+  /// @name As in MIDIDriverHost
+  /// @{
+  OSStatus setProperty(Ref object, std::string_view key, midikit::io::PropertyValue value);
+  OSStatus removeProperty(Ref object, std::string_view key);
+  OSStatus answerWithNone(Ref object, std::string_view key);
+  void notify(const midikit::io::MIDINotification& message);
+  OSStatus sendFromEquipment(Ref source, const MIDIList& list);
   /// @}
 
  private:
-  std::optional<OSStatus> begin(MIDIOperation operation, Ref object) const override;
+  class Driver;
+  struct Parts {
+    std::shared_ptr<Driver> driver;
+    std::shared_ptr<midikit::io::engine::MIDIServiceEngine> engine;
+  };
 
-  mutable CallLedger calls_;
-  foundation::SerialQueue equipmentQueue_;
+  explicit VirtualMidiService(Parts parts);
+  static Parts assemble(foundation::Runtime& runtime, midikit::io::PlatformVersion version,
+                        std::shared_ptr<ThruConnectionStore> store);
+
+  Parts parts_;
 };
 
 }  // namespace karvex::rig

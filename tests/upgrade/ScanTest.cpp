@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
-#include "MIDIKitIO/platform/engine/MIDIOperation.hpp"
 #include "foundation/NotificationCenter.hpp"
 #include "loader/load_status.hpp"
+#include "rig/midi/MIDIOperation.hpp"
 #include "tests/upgrade/UpgradeBench.hpp"
 #include "upgrade/DeviceListView.hpp"
 

@@ -15,20 +15,11 @@ struct MIDIClients::Listener {
   MIDINotifyBlock block;
 };
 
-void MIDIClients::add(MIDIObjectRef client, const std::string& name, MIDINotifyBlock block) {
+void MIDIClients::add(MIDIObjectRef client, MIDINotifyBlock block) {
   auto& queue = runtime_.globalQueue();
   auto listener = std::make_shared<Listener>(runtime_, std::move(block));
-  clients_.emplace(client, Client{name, std::move(listener), karvex::foundation::SerialQueue(queue),
+  clients_.emplace(client, Client{std::move(listener), karvex::foundation::SerialQueue(queue),
                                   karvex::foundation::SerialQueue(queue)});
-}
-
-std::vector<std::string> MIDIClients::names() const {
-  std::vector<std::string> all;
-  all.reserve(clients_.size());
-  for (const auto& [ref, client] : clients_) {
-    all.push_back(client.name);
-  }
-  return all;
 }
 
 karvex::foundation::Queue* MIDIClients::receiveQueue(MIDIObjectRef client) {

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
@@ -18,10 +17,8 @@ class MIDIClients {
  public:
   /// The runtime must outlive the clients.
   explicit MIDIClients(karvex::foundation::Runtime& runtime) : runtime_(runtime) {}
-  void add(MIDIObjectRef client, const std::string& name, MIDINotifyBlock block);
+  void add(MIDIObjectRef client, MIDINotifyBlock block);
   bool has(MIDIObjectRef client) const { return clients_.contains(client); }
-  /// In the order in which they were made.
-  std::vector<std::string> names() const;
 
   /// Where what this client receives is handed to it; null for no client.
   karvex::foundation::Queue* receiveQueue(MIDIObjectRef client);
@@ -36,7 +33,6 @@ class MIDIClients {
  private:
   struct Listener;
   struct Client {
-    std::string name;
     std::shared_ptr<Listener> listener;
     karvex::foundation::SerialQueue notifications;
     karvex::foundation::SerialQueue lists;

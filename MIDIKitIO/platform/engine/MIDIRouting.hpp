@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
+#include "MIDIKitIO/platform/engine/ListReceiver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
-#include "MIDIKitIO/platform/engine/MIDIReceiver.hpp"
 
 namespace midikit::io::engine {
 
@@ -18,7 +18,7 @@ namespace midikit::io::engine {
 class MIDIRouting {
  public:
   using Ref = MIDIObjectRef;
-  using Receiver = std::shared_ptr<MIDIReceiver>;
+  using Receiver = std::shared_ptr<ListReceiver>;
 
   /// An output port has no receiver.
   void addPort(Ref port, Receiver receiver);

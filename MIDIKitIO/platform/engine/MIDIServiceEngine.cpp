@@ -5,7 +5,7 @@
 #include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
 #include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 
-// The equipment's side, clients, the tree and the properties. What has to do with lists is in
+// The driver's side, clients, the tree and the properties. What has to do with lists is in
 // MIDIServiceEngineRouting.cpp.
 
 namespace midikit::io::engine {
@@ -27,29 +27,32 @@ void closeAll(const std::vector<MIDIRouting::Receiver>& receivers) {
 }  // namespace
 
 MIDIServiceEngine::MIDIServiceEngine(karvex::foundation::Runtime& runtime, PlatformVersion version,
-                                     std::shared_ptr<ThruConnectionStore> store)
+                                     std::shared_ptr<ThruConnectionStore> store,
+                                     std::shared_ptr<MIDIDriver> driver)
     : runtime_(runtime),
       version_(version),
+      driver_(std::move(driver)),
+      store_(std::move(store)),
       setup_(references_, hasProtocols()),
       clients_(runtime),
-      thru_(references_, setup_, std::move(store)) {}
+      thru_(references_, setup_, store_,
+            [this](Ref source, Ref destination) { return driver_->connectsByItself(source, destination); }) {
+  driver_->attach(*this);
+  stopObserving_ = store_->observe([this] { thruConnectionsChanged(); });
+}
 
 MIDIServiceEngine::~MIDIServiceEngine() {
   close();
 }
 
 void MIDIServiceEngine::close() {
-  std::vector<MIDIRouting::Receiver> receivers;
-  {
-    const std::lock_guard lock(mutex_);
-    receivers = routing_.receivers();
+  if (isClosed_.exchange(true)) {
+    return;
   }
-  closeAll(receivers);
+  stopObserving_();
+  driver_->detach();
+  closeAll(locked([this] { return routing_.receivers(); }));
   clients_.close();
-}
-
-std::optional<OSStatus> MIDIServiceEngine::begin(MIDIOperation /*operation*/, Ref /*object*/) const {
-  return std::nullopt;
 }
 
 void MIDIServiceEngine::edit(const std::function<void(SetupEditor&)>& work) {
@@ -62,6 +65,18 @@ void MIDIServiceEngine::edit(const std::function<void(SetupEditor&)>& work) {
     clients_.notify(editor.messages());
   }
   closeAll(removed);
+}
+
+std::optional<std::string> MIDIServiceEngine::text(Ref object, std::string_view key) const {
+  std::optional<std::string> value;
+  const OSStatus result = MIDIObjectGetStringProperty(object, key, value);
+  return result == noErr ? value : std::nullopt;
+}
+
+std::optional<std::int32_t> MIDIServiceEngine::number(Ref object, std::string_view key) const {
+  std::int32_t value = 0;
+  const OSStatus result = MIDIObjectGetIntegerProperty(object, key, value);
+  return result == noErr ? std::optional(value) : std::nullopt;
 }
 
 OSStatus MIDIServiceEngine::setProperty(Ref object, std::string_view key, PropertyValue value) {
@@ -84,11 +99,6 @@ void MIDIServiceEngine::notify(const MIDINotification& message) {
   clients_.notify({message});
 }
 
-std::vector<std::string> MIDIServiceEngine::clientNames() const {
-  const std::lock_guard lock(mutex_);
-  return clients_.names();
-}
-
 OSStatus MIDIServiceEngine::tellChange(OSStatus result, Ref object, std::string_view key) {
   if (result == noErr) {
     clients_.notify({propertyChangedMessage(*setup_.find(object), key)});
@@ -102,68 +112,69 @@ std::uint64_t MIDIServiceEngine::machAbsoluteTime() const {
 
 OSStatus MIDIServiceEngine::MIDIClientCreateWithBlock(const std::string& name, Ref& outClient,
                                                       MIDINotifyBlock block) {
-  return perform(MIDIOperation::clientCreateWithBlock, 0, [&] {
+  {
+    const std::lock_guard lock(mutex_);
     outClient = references_.next();
-    clients_.add(outClient, name, std::move(block));
-    return noErr;
-  });
+    clients_.add(outClient, std::move(block));
+  }
+  driver_->clientAdded(name);
+  return noErr;
 }
 
 std::size_t MIDIServiceEngine::MIDIGetNumberOfDevices() const {
-  return look(MIDIOperation::getNumberOfDevices, 0, [&] { return setup_.devices().size(); });
+  return locked([&] { return setup_.devices().size(); });
 }
 MIDIObjectRef MIDIServiceEngine::MIDIGetDevice(std::size_t index) const {
-  return look(MIDIOperation::getDevice, 0, [&] { return at(setup_.devices(), index); });
+  return locked([&] { return at(setup_.devices(), index); });
 }
 std::size_t MIDIServiceEngine::MIDIGetNumberOfSources() const {
-  return look(MIDIOperation::getNumberOfSources, 0, [&] { return setup_.sources().size(); });
+  return locked([&] { return setup_.sources().size(); });
 }
 MIDIObjectRef MIDIServiceEngine::MIDIGetSource(std::size_t index) const {
-  return look(MIDIOperation::getSource, 0, [&] { return at(setup_.sources(), index); });
+  return locked([&] { return at(setup_.sources(), index); });
 }
 std::size_t MIDIServiceEngine::MIDIGetNumberOfDestinations() const {
-  return look(MIDIOperation::getNumberOfDestinations, 0, [&] { return setup_.destinations().size(); });
+  return locked([&] { return setup_.destinations().size(); });
 }
 MIDIObjectRef MIDIServiceEngine::MIDIGetDestination(std::size_t index) const {
-  return look(MIDIOperation::getDestination, 0, [&] { return at(setup_.destinations(), index); });
+  return locked([&] { return at(setup_.destinations(), index); });
 }
 
-std::size_t MIDIServiceEngine::countChildren(MIDIOperation operation, Ref parent, Children list) const {
-  return look(operation, parent, [&] {
+std::size_t MIDIServiceEngine::countChildren(Ref parent, Children list) const {
+  return locked([&] {
     const auto* found = setup_.find(parent);
     return found != nullptr ? (found->*list).size() : 0;
   });
 }
 
-MIDIObjectRef MIDIServiceEngine::child(MIDIOperation operation, Ref parent, Children list,
-                                       std::size_t index) const {
-  return look(operation, parent, [&] {
+MIDIObjectRef MIDIServiceEngine::child(Ref parent, Children list, std::size_t index) const {
+  return locked([&] {
     const auto* found = setup_.find(parent);
     return found != nullptr ? at(found->*list, index) : 0;
   });
 }
 
 std::size_t MIDIServiceEngine::MIDIDeviceGetNumberOfEntities(Ref device) const {
-  return countChildren(MIDIOperation::deviceGetNumberOfEntities, device, &MIDIObject::entities);
+  return countChildren(device, &MIDIObject::entities);
 }
 MIDIObjectRef MIDIServiceEngine::MIDIDeviceGetEntity(Ref device, std::size_t index) const {
-  return child(MIDIOperation::deviceGetEntity, device, &MIDIObject::entities, index);
+  return child(device, &MIDIObject::entities, index);
 }
 std::size_t MIDIServiceEngine::MIDIEntityGetNumberOfSources(Ref entity) const {
-  return countChildren(MIDIOperation::entityGetNumberOfSources, entity, &MIDIObject::sources);
+  return countChildren(entity, &MIDIObject::sources);
 }
 MIDIObjectRef MIDIServiceEngine::MIDIEntityGetSource(Ref entity, std::size_t index) const {
-  return child(MIDIOperation::entityGetSource, entity, &MIDIObject::sources, index);
+  return child(entity, &MIDIObject::sources, index);
 }
 std::size_t MIDIServiceEngine::MIDIEntityGetNumberOfDestinations(Ref entity) const {
-  return countChildren(MIDIOperation::entityGetNumberOfDestinations, entity, &MIDIObject::destinations);
+  return countChildren(entity, &MIDIObject::destinations);
 }
 MIDIObjectRef MIDIServiceEngine::MIDIEntityGetDestination(Ref entity, std::size_t index) const {
-  return child(MIDIOperation::entityGetDestination, entity, &MIDIObject::destinations, index);
+  return child(entity, &MIDIObject::destinations, index);
 }
 
 OSStatus MIDIServiceEngine::MIDIEntityGetDevice(Ref entity, Ref& outDevice) const {
-  return perform(MIDIOperation::entityGetDevice, entity, [&] {
+  return locked([&] {
     const auto* found = setup_.find(entity);
     if (found == nullptr || found->kind != MIDIObjectKind::entity) {
       return status::objectNotFound;
@@ -174,7 +185,7 @@ OSStatus MIDIServiceEngine::MIDIEntityGetDevice(Ref entity, Ref& outDevice) cons
 }
 
 OSStatus MIDIServiceEngine::MIDIEndpointGetEntity(Ref endpoint, Ref& outEntity) const {
-  return perform(MIDIOperation::endpointGetEntity, endpoint, [&] {
+  return locked([&] {
     const auto* found = setup_.find(endpoint);
     if (found == nullptr || !found->isEndpoint()) {
       return status::objectNotFound;
@@ -186,37 +197,45 @@ OSStatus MIDIServiceEngine::MIDIEndpointGetEntity(Ref endpoint, Ref& outEntity) 
 
 OSStatus MIDIServiceEngine::MIDIObjectGetStringProperty(Ref object, std::string_view key,
                                                         std::optional<std::string>& out) const {
-  return perform(MIDIOperation::objectGetStringProperty, object,
-                 [&] { return setup_.stringProperty(object, key, out); });
+  return locked([&] { return setup_.stringProperty(object, key, out); });
 }
 
 OSStatus MIDIServiceEngine::MIDIObjectGetIntegerProperty(Ref object, std::string_view key,
                                                          std::int32_t& out) const {
-  return perform(MIDIOperation::objectGetIntegerProperty, object,
-                 [&] { return setup_.integerProperty(object, key, out); });
+  return locked([&] { return setup_.integerProperty(object, key, out); });
 }
 
 OSStatus MIDIServiceEngine::MIDIObjectGetDictionaryProperty(Ref object, std::string_view key,
                                                             std::optional<PropertyDictionary>& out) const {
-  return perform(MIDIOperation::objectGetDictionaryProperty, object,
-                 [&] { return setup_.dictionaryProperty(object, key, out); });
+  return locked([&] { return setup_.dictionaryProperty(object, key, out); });
 }
 
 OSStatus MIDIServiceEngine::MIDIObjectGetProperties(Ref object, PropertyDictionary& out, bool deep) const {
-  return perform(MIDIOperation::objectGetProperties, object,
-                 [&] { return setup_.properties(object, out, deep); });
+  return locked([&] { return setup_.properties(object, out, deep); });
+}
+
+OSStatus MIDIServiceEngine::changeProperty(Ref object, std::string_view key,
+                                           const std::function<OSStatus()>& change) {
+  bool isOwn = false;
+  const OSStatus result = locked([&] {
+    const OSStatus changed = tellChange(change(), object, key);
+    isOwn = changed == noErr && setup_.find(object)->isOwn;
+    return changed;
+  });
+  if (isOwn) {
+    driver_->ownEndpointChanged(object, key);
+  }
+  return result;
 }
 
 OSStatus MIDIServiceEngine::MIDIObjectSetStringProperty(Ref object, std::string_view key,
                                                         std::string_view value) {
-  return perform(MIDIOperation::objectSetStringProperty, object,
-                 [&] { return tellChange(setup_.setStringProperty(object, key, value), object, key); });
+  return changeProperty(object, key, [&] { return setup_.setStringProperty(object, key, value); });
 }
 
 OSStatus MIDIServiceEngine::MIDIObjectSetIntegerProperty(Ref object, std::string_view key,
                                                          std::int32_t value) {
-  return perform(MIDIOperation::objectSetIntegerProperty, object,
-                 [&] { return tellChange(setup_.setIntegerProperty(object, key, value), object, key); });
+  return changeProperty(object, key, [&] { return setup_.setIntegerProperty(object, key, value); });
 }
 
 }  // namespace midikit::io::engine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -9,14 +10,14 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIService.hpp"
 #include "MIDIKitIO/platform/engine/MIDIClients.hpp"
+#include "MIDIKitIO/platform/engine/MIDIDriver.hpp"
+#include "MIDIKitIO/platform/engine/MIDIDriverHost.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
-#include "MIDIKitIO/platform/engine/MIDIOperation.hpp"
-#include "MIDIKitIO/platform/engine/MIDIReceiver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIRouting.hpp"
 #include "MIDIKitIO/platform/engine/MIDISetup.hpp"
 #include "MIDIKitIO/platform/engine/References.hpp"
@@ -27,8 +28,8 @@
 
 namespace midikit::io::engine {
 
-/// A whole MIDI service in memory, which lacks nothing but equipment: that comes from who derives from it.
-/// All operations may be called on any thread, the blocks that it runs included.
+/// A whole MIDI service in memory, which lacks nothing but equipment: that is its driver's business. All
+/// operations may be called on any thread, the blocks that it runs included.
 ///
 /// Blocks run on the runtime's threads: for each client, one at a time its notify block, and beside that one
 /// at a time what its ports and virtual endpoints receive. On a virtual runtime the order of all of it is the
@@ -38,12 +39,23 @@ namespace midikit::io::engine {
 /// Lists go to their readers at once, whatever their time stamps say, and in the form that the reader wants
 /// (ListConverter). When a connection has ended, what waits for it is dropped; a block that is running at
 /// that moment runs on.
-class MIDIServiceEngine : public MIDIService {
+class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
  public:
   using Ref = MIDIObjectRef;
   using OSStatus = io::OSStatus;
 
+  /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
+  /// lists give status::unknownError. Services that are made with the same store, one after the other or
+  /// together, share their persistent thru connections. The driver is attached when this returns, and nothing
+  /// else may use it as a driver.
+  MIDIServiceEngine(karvex::foundation::Runtime& runtime, PlatformVersion version,
+                    std::shared_ptr<ThruConnectionStore> store, std::shared_ptr<MIDIDriver> driver);
+  /// Begins with close().
   ~MIDIServiceEngine() override;
+
+  /// Detaches the driver. No block runs after this, unless it is a block that calls it; lists and
+  /// notifications that wait are dropped. What comes after the first time does nothing.
+  void close();
 
   PlatformVersion platformVersion() const override { return version_; }
   /// Nanoseconds on the runtime's clock.
@@ -107,94 +119,31 @@ class MIDIServiceEngine : public MIDIService {
   OSStatus MIDIThruConnectionFind(const std::string& ownerID,
                                   std::vector<std::uint8_t>& outReferences) const override;
 
- protected:
-  /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
-  /// lists give status::unknownError. Services that are made with the same store, one after the other or
-  /// together, share their persistent thru connections.
-  MIDIServiceEngine(karvex::foundation::Runtime& runtime, PlatformVersion version,
-                    std::shared_ptr<ThruConnectionStore> store);
-
-  /// No block runs behind this, unless it is a block that calls it. Lists and notifications that wait are
-  /// dropped. The destructor of who derives begins with it: a block under way may be using the service.
-  void close();
-
-  /// @name The equipment's side
-  /// What the operations of MIDIService can't do. None of it counts as a call.
-  /// @{
-
-  /// Changes the setup. Clients get what the editor collected. Nothing but the editor may be used inside.
-  void edit(const std::function<void(SetupEditor&)>& work);
-  /// Looks at the setup. Nothing of the service may be used inside.
-  template <typename Work>
-  auto inspect(const Work& work) const {
-    const std::lock_guard lock(mutex_);
-    return work(setup_);
-  }
-
-  /// Sets any property to any kind of value, as a driver does. Clients get `propertyChanged`.
-  OSStatus setProperty(Ref object, std::string_view key, PropertyValue value);
-  /// From now on the object doesn't have the property, not even a unique ID. Clients get `propertyChanged`.
-  OSStatus removeProperty(Ref object, std::string_view key);
-  /// From now on, until it is set, reading this text or dictionary succeeds and gives nothing.
-  OSStatus answerWithNone(Ref object, std::string_view key);
-
-  /// Clients get this message, whatever is in it.
-  void notify(const MIDINotification& message);
-  /// A list comes from a source that isn't one of this program's own.
-  OSStatus sendFromEquipment(Ref source, const MIDIList& list);
-  /// A list comes to one of this program's own destinations from outside. `sender` tells the streams of
-  /// several senders apart; it must not be the reference of an object.
-  OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list);
-  /// What comes to a destination that isn't one of this program's own goes to this block from now on, on the
-  /// queue. The queue must be serial, and be there for as long as the destination is.
-  OSStatus readAsEquipment(Ref destination, karvex::foundation::Queue& queue, MIDIReader reader);
-  /// What this program's own source sends goes to this block too, on the queue, for which the same holds.
-  OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader);
-  /// The sources that some port or thru connection wants to hear.
-  std::set<Ref> heardSources() const;
-  /// The names under which the clients were made, in that order.
-  std::vector<std::string> clientNames() const;
-  /// @}
-
-  /// @name What happens, for who derives
-  /// Called on the thread that does it, without a lock.
-  /// @{
-
-  /// An operation begins. Gives the status with which it must fail, if it must. `object` is its first
-  /// argument, or 0.
-  virtual std::optional<OSStatus> begin(MIDIOperation operation, Ref object) const;
-  /// The result of heardSources() may be another one.
-  virtual void routesChanged() {}
-  /// One of this program's own endpoints is there; its operation hasn't returned.
-  virtual void ownEndpointAdded(Ref /*endpoint*/) {}
-  /// It has gone.
-  virtual void ownEndpointRemoved(Ref /*endpoint*/) {}
-  /// @}
-
-  karvex::foundation::Runtime& runtime() const { return runtime_; }
-
  private:
-  /// Begins the call and, unless it must fail, does it under the lock.
+  // The driver's side, from MIDIDriverHost.
+  void edit(const std::function<void(SetupEditor&)>& work) override;
+  std::optional<std::string> text(Ref object, std::string_view key) const override;
+  std::optional<std::int32_t> number(Ref object, std::string_view key) const override;
+  OSStatus setProperty(Ref object, std::string_view key, PropertyValue value) override;
+  OSStatus removeProperty(Ref object, std::string_view key) override;
+  OSStatus answerWithNone(Ref object, std::string_view key) override;
+  void notify(const MIDINotification& message) override;
+  OSStatus sendFromEquipment(Ref source, const MIDIList& list) override;
+  OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list) override;
+  OSStatus readAsEquipment(Ref destination, karvex::foundation::Queue& queue, MIDIReader reader) override;
+  OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader) override;
+  std::set<Ref> wantedSources() const override;
+  std::set<std::pair<Ref, Ref>> plainThruConnections() const override;
+
+  /// Does the work under the lock, and returns what it returns.
   template <typename Work>
-  OSStatus perform(MIDIOperation operation, Ref object, const Work& work) const {
-    if (const auto failure = begin(operation, object)) {
-      return *failure;
-    }
-    const std::lock_guard lock(mutex_);
-    return work();
-  }
-  /// The same for operations that give a count or a reference: 0 when they must fail.
-  template <typename Work>
-  std::invoke_result_t<Work> look(MIDIOperation operation, Ref object, const Work& work) const {
-    if (begin(operation, object)) {
-      return 0;
-    }
+  auto locked(const Work& work) const {
     const std::lock_guard lock(mutex_);
     return work();
   }
   using Children = std::vector<Ref> MIDIObject::*;
-  std::size_t countChildren(MIDIOperation operation, Ref parent, Children list) const;
-  Ref child(MIDIOperation operation, Ref parent, Children list, std::size_t index) const;
+  std::size_t countChildren(Ref parent, Children list) const;
+  Ref child(Ref parent, Children list, std::size_t index) const;
 
   struct VirtualEndpoint {
     MIDIObjectKind kind;
@@ -212,11 +161,18 @@ class MIDIServiceEngine : public MIDIService {
   OSStatus receive(Ref source, const SharedMIDIList& list, bool isOwn);
   /// Tells that a property was changed, if it was.
   OSStatus tellChange(OSStatus result, Ref object, std::string_view key);
-  OSStatus tellAdded(OSStatus result, Ref endpoint);
+  /// The same, and tells the driver too if the object is one of this program's own endpoints. Not locked.
+  OSStatus changeProperty(Ref object, std::string_view key, const std::function<OSStatus()>& change);
+  OSStatus tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind);
   OSStatus tellRoutes(OSStatus result);
+  void thruConnectionsChanged();
 
   karvex::foundation::Runtime& runtime_;
   const PlatformVersion version_;
+  const std::shared_ptr<MIDIDriver> driver_;
+  const std::shared_ptr<ThruConnectionStore> store_;
+  std::function<void()> stopObserving_;
+  std::atomic<bool> isClosed_ = false;
   mutable std::mutex mutex_;  ///< of all below; no block runs under it
   References references_;
   MIDISetup setup_;

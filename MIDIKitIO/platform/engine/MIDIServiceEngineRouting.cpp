@@ -21,7 +21,7 @@ SharedMIDIList share(MIDIList list) {
   return std::make_shared<const MIDIList>(std::move(list));
 }
 
-void close(const std::shared_ptr<MIDIReceiver>& receiver) {
+void close(const std::shared_ptr<ListReceiver>& receiver) {
   if (receiver != nullptr) {
     receiver->close();
   }
@@ -60,14 +60,14 @@ OSStatus MIDIServiceEngine::addPort(Ref client, std::optional<MIDIReader> reader
   }
   out = references_.next();
   routing_.addPort(out,
-                   reader ? std::make_shared<MIDIReceiver>(runtime_, *queue, std::move(*reader)) : nullptr);
+                   reader ? std::make_shared<ListReceiver>(runtime_, *queue, std::move(*reader)) : nullptr);
   return noErr;
 }
 
 OSStatus MIDIServiceEngine::MIDIInputPortCreateWithProtocol(Ref client, const std::string&,
                                                             MIDIProtocolID protocol, Ref& outPort,
                                                             MIDIReceiveBlock block) {
-  return perform(MIDIOperation::inputPortCreateWithProtocol, client, [&] {
+  return locked([&] {
     const OSStatus failure = checkProtocol(protocol);
     return failure != noErr ? failure : addPort(client, WordReader{protocol, std::move(block)}, outPort);
   });
@@ -75,33 +75,29 @@ OSStatus MIDIServiceEngine::MIDIInputPortCreateWithProtocol(Ref client, const st
 
 OSStatus MIDIServiceEngine::MIDIInputPortCreateWithBlock(Ref client, const std::string&, Ref& outPort,
                                                          MIDIReadBlock block) {
-  return perform(MIDIOperation::inputPortCreateWithBlock, client,
-                 [&] { return addPort(client, std::move(block), outPort); });
+  return locked([&] { return addPort(client, std::move(block), outPort); });
 }
 
 OSStatus MIDIServiceEngine::MIDIOutputPortCreate(Ref client, const std::string&, Ref& outPort) {
-  return perform(MIDIOperation::outputPortCreate, client,
-                 [&] { return addPort(client, std::nullopt, outPort); });
+  return locked([&] { return addPort(client, std::nullopt, outPort); });
 }
 
 OSStatus MIDIServiceEngine::MIDIPortDispose(Ref port) {
   MIDIRouting::Receiver receiver;
-  const OSStatus result =
-      perform(MIDIOperation::portDispose, port, [&] { return routing_.removePort(port, receiver); });
+  const OSStatus result = locked([&] { return routing_.removePort(port, receiver); });
   engine::close(receiver);
   return tellRoutes(result);
 }
 
 OSStatus MIDIServiceEngine::MIDIPortConnectSource(Ref port, Ref source, ConnectionToken token) {
-  return tellRoutes(perform(MIDIOperation::portConnectSource, port, [&] {
+  return tellRoutes(locked([&] {
     const OSStatus failure = checkEndpoint(source, MIDIObjectKind::source);
     return failure != noErr ? failure : routing_.connect(port, source, token);
   }));
 }
 
 OSStatus MIDIServiceEngine::MIDIPortDisconnectSource(Ref port, Ref source) {
-  return tellRoutes(
-      perform(MIDIOperation::portDisconnectSource, port, [&] { return routing_.disconnect(port, source); }));
+  return tellRoutes(locked([&] { return routing_.disconnect(port, source); }));
 }
 
 OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
@@ -112,7 +108,7 @@ OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint
   }
   out = setup_.addVirtualEndpoint(description.kind, description.name, description.protocol);
   if (reader) {
-    routing_.setReader(out, std::make_shared<MIDIReceiver>(runtime_, *queue, std::move(*reader)));
+    routing_.setReader(out, std::make_shared<ListReceiver>(runtime_, *queue, std::move(*reader)));
   }
   auto messages = addedMessages(setup_, out);
   messages.push_back(setupChangedMessage());
@@ -123,46 +119,46 @@ OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint
 OSStatus MIDIServiceEngine::MIDIDestinationCreateWithProtocol(Ref client, const std::string& name,
                                                               MIDIProtocolID protocol, Ref& outEndpoint,
                                                               MIDIReceiveBlock block) {
-  const OSStatus result = perform(MIDIOperation::destinationCreateWithProtocol, client, [&] {
+  const OSStatus result = locked([&] {
     const OSStatus failure = checkProtocol(protocol);
     return failure != noErr ? failure
                             : addVirtualEndpoint(client, {MIDIObjectKind::destination, name, protocol},
                                                  WordReader{protocol, std::move(block)}, outEndpoint);
   });
-  return tellAdded(result, outEndpoint);
+  return tellAdded(result, outEndpoint, MIDIObjectKind::destination);
 }
 
 OSStatus MIDIServiceEngine::MIDIDestinationCreateWithBlock(Ref client, const std::string& name,
                                                            Ref& outEndpoint, MIDIReadBlock block) {
-  const OSStatus result = perform(MIDIOperation::destinationCreateWithBlock, client, [&] {
+  const OSStatus result = locked([&] {
     return addVirtualEndpoint(client, {MIDIObjectKind::destination, name, MIDIProtocolID::midi1_0},
                               std::move(block), outEndpoint);
   });
-  return tellAdded(result, outEndpoint);
+  return tellAdded(result, outEndpoint, MIDIObjectKind::destination);
 }
 
 OSStatus MIDIServiceEngine::MIDISourceCreateWithProtocol(Ref client, const std::string& name,
                                                          MIDIProtocolID protocol, Ref& outEndpoint) {
-  const OSStatus result = perform(MIDIOperation::sourceCreateWithProtocol, client, [&] {
+  const OSStatus result = locked([&] {
     const OSStatus failure = checkProtocol(protocol);
     return failure != noErr ? failure
                             : addVirtualEndpoint(client, {MIDIObjectKind::source, name, protocol},
                                                  std::nullopt, outEndpoint);
   });
-  return tellAdded(result, outEndpoint);
+  return tellAdded(result, outEndpoint, MIDIObjectKind::source);
 }
 
 OSStatus MIDIServiceEngine::MIDISourceCreate(Ref client, const std::string& name, Ref& outEndpoint) {
-  const OSStatus result = perform(MIDIOperation::sourceCreate, client, [&] {
+  const OSStatus result = locked([&] {
     return addVirtualEndpoint(client, {MIDIObjectKind::source, name, MIDIProtocolID::midi1_0}, std::nullopt,
                               outEndpoint);
   });
-  return tellAdded(result, outEndpoint);
+  return tellAdded(result, outEndpoint, MIDIObjectKind::source);
 }
 
 OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
   MIDIRouting::Receiver receiver;
-  const OSStatus result = perform(MIDIOperation::endpointDispose, endpoint, [&] {
+  const OSStatus result = locked([&] {
     const auto* found = setup_.find(endpoint);
     if (found == nullptr || !found->isEndpoint()) {
       return status::unknownEndpoint;
@@ -179,8 +175,8 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
   });
   engine::close(receiver);
   if (result == noErr) {
-    ownEndpointRemoved(endpoint);
-    routesChanged();
+    driver_->ownEndpointRemoved(endpoint);
+    driver_->wantedSourcesChanged();
   }
   return result;
 }
@@ -209,22 +205,22 @@ OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool
 }
 
 OSStatus MIDIServiceEngine::MIDISend(Ref port, Ref destination, const MIDIPacketList& list) {
-  return perform(MIDIOperation::send, port, [&] { return send(port, destination, share(list)); });
+  return locked([&] { return send(port, destination, share(list)); });
 }
 
 OSStatus MIDIServiceEngine::MIDISendEventList(Ref port, Ref destination, const MIDIEventList& list) {
-  return perform(MIDIOperation::sendEventList, port, [&] {
+  return locked([&] {
     const OSStatus failure = checkProtocol(list.protocol);
     return failure != noErr ? failure : send(port, destination, share(list));
   });
 }
 
 OSStatus MIDIServiceEngine::MIDIReceived(Ref source, const MIDIPacketList& list) {
-  return perform(MIDIOperation::received, source, [&] { return receive(source, share(list), true); });
+  return locked([&] { return receive(source, share(list), true); });
 }
 
 OSStatus MIDIServiceEngine::MIDIReceivedEventList(Ref source, const MIDIEventList& list) {
-  return perform(MIDIOperation::receivedEventList, source, [&] {
+  return locked([&] {
     const OSStatus failure = checkProtocol(list.protocol);
     return failure != noErr ? failure : receive(source, share(list), true);
   });
@@ -255,7 +251,7 @@ OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation:
       return failure != noErr ? failure : status::notPermitted;
     }
     former =
-        routing_.setReader(destination, std::make_shared<MIDIReceiver>(runtime_, queue, std::move(reader)));
+        routing_.setReader(destination, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));
   }
   engine::close(former);
   return noErr;
@@ -269,43 +265,52 @@ OSStatus MIDIServiceEngine::listenAsEquipment(Ref source, karvex::foundation::Qu
     if (const OSStatus failure = checkSource(source, true); failure != noErr) {
       return failure;
     }
-    former = routing_.setListener(source, std::make_shared<MIDIReceiver>(runtime_, queue, std::move(reader)));
+    former = routing_.setListener(source, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));
   }
   engine::close(former);
   return noErr;
 }
 
-std::set<MIDIObjectRef> MIDIServiceEngine::heardSources() const {
+std::set<MIDIObjectRef> MIDIServiceEngine::wantedSources() const {
   const std::lock_guard lock(mutex_);
   auto heard = routing_.connectedSources();
   heard.merge(thru_.sources());
   return heard;
 }
 
-OSStatus MIDIServiceEngine::tellAdded(OSStatus result, Ref endpoint) {
+std::set<std::pair<MIDIObjectRef, MIDIObjectRef>> MIDIServiceEngine::plainThruConnections() const {
+  return locked([this] { return thru_.plainConnections(); });
+}
+
+/// Another program has changed them, or has left them to this one.
+void MIDIServiceEngine::thruConnectionsChanged() {
+  notify(thruConnectionChangedMessage());
+  driver_->wantedSourcesChanged();
+}
+
+OSStatus MIDIServiceEngine::tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind) {
   if (result == noErr) {
-    ownEndpointAdded(endpoint);
-    routesChanged();  // A persistent thru connection may have waited for it.
+    driver_->ownEndpointAdded(endpoint, kind);
+    driver_->wantedSourcesChanged();  // A persistent thru connection may have waited for it.
   }
   return result;
 }
 
 OSStatus MIDIServiceEngine::tellRoutes(OSStatus result) {
   if (result == noErr) {
-    routesChanged();
+    driver_->wantedSourcesChanged();
   }
   return result;
 }
 
 void MIDIServiceEngine::MIDIThruConnectionParamsInitialize(MIDIThruConnectionParams& out) const {
-  begin(MIDIOperation::thruConnectionParamsInitialize, 0);
   out = usualThruParameters();
 }
 
 OSStatus MIDIServiceEngine::MIDIThruConnectionCreate(const std::optional<std::string>& ownerID,
                                                      std::span<const std::uint8_t> parameters,
                                                      Ref& outConnection) {
-  return tellRoutes(perform(MIDIOperation::thruConnectionCreate, 0, [&] {
+  return tellRoutes(locked([&] {
     const OSStatus result = thru_.create(ownerID, parameters, outConnection);
     if (result == noErr) {
       clients_.notify({thruConnectionChangedMessage()});
@@ -315,7 +320,7 @@ OSStatus MIDIServiceEngine::MIDIThruConnectionCreate(const std::optional<std::st
 }
 
 OSStatus MIDIServiceEngine::MIDIThruConnectionDispose(Ref connection) {
-  return tellRoutes(perform(MIDIOperation::thruConnectionDispose, connection, [&] {
+  return tellRoutes(locked([&] {
     const OSStatus result = thru_.dispose(connection);
     if (result == noErr) {
       clients_.notify({thruConnectionChangedMessage()});
@@ -326,7 +331,7 @@ OSStatus MIDIServiceEngine::MIDIThruConnectionDispose(Ref connection) {
 
 OSStatus MIDIServiceEngine::MIDIThruConnectionFind(const std::string& ownerID,
                                                    std::vector<std::uint8_t>& outReferences) const {
-  return perform(MIDIOperation::thruConnectionFind, 0, [&] {
+  return locked([&] {
     const auto owned = thru_.ownedBy(ownerID);
     outReferences.resize(owned.size() * sizeof(Ref));
     if (!owned.empty()) {

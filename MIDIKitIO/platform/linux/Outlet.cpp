@@ -72,7 +72,7 @@ bool Outlet::attach() {
   }
   dropAll();
   const int failure = route_.connects ? context_.sink->connect(wire_) : 0;
-  if (failure < 0) {
+  if (failure < 0 && failure != -EINVAL) {  // That is a port which has just gone.
     leaveOut(snd_strerror(failure));
   }
   isAttached_ = failure == 0;

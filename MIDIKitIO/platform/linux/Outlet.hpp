@@ -74,8 +74,9 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   static constexpr std::size_t backlogLimit = std::size_t{2} << 20U;
   static constexpr std::size_t longestMessage = std::size_t{1} << 20U;
 
-  /// So long before its time a packet that is wanted later is handed to the kernel's clock.
-  static constexpr Duration lead = std::chrono::milliseconds(20);
+  /// So long before its time a packet that is wanted later is handed to the kernel's clock; a busy machine
+  /// may wake this program as much too late.
+  static constexpr Duration lead = std::chrono::milliseconds(100);
   /// So long after the last of them the kernel's queue is kept.
   static constexpr Duration linger = std::chrono::seconds(1);
 

@@ -32,12 +32,12 @@ std::string textOf(int errorNumber) {
 }
 
 SequencerPort portOf(const snd_seq_port_info_t* info) {
+  // "No export" keeps third parties from connecting the port; whoever asks for itself may.
   const unsigned capabilities = snd_seq_port_info_get_capability(info);
-  const bool isHidden = (capabilities & SND_SEQ_PORT_CAP_NO_EXPORT) != 0;
   return {.number = snd_seq_port_info_get_port(info),
           .name = snd_seq_port_info_get_name(info),
-          .isReadable = !isHidden && (capabilities & readable) == readable,
-          .isWritable = !isHidden && (capabilities & writable) == writable};
+          .isReadable = (capabilities & readable) == readable,
+          .isWritable = (capabilities & writable) == writable};
 }
 
 std::vector<SequencerPort> portsOf(snd_seq_t* handle, int client) {
@@ -200,22 +200,27 @@ int Sequencer::stopListening(PortAddress source) {
 }
 
 int Sequencer::connect(const Wire& wire) {
-  const int result = snd_seq_connect_to(handle_, wire.from, wire.to.client, wire.to.port);
-  return result == -EBUSY && isConnected(wire) ? 0 : std::min(result, 0);
+  return connectOthers({client_, wire.from}, wire.to);
 }
 
 bool Sequencer::isConnected(const Wire& wire) const {
+  return hasConnection({client_, wire.from}, wire.to);
+}
+
+bool Sequencer::hasConnection(PortAddress source, PortAddress destination) const {
   snd_seq_port_subscribe_t* connection = nullptr;
   snd_seq_port_subscribe_alloca(&connection);
-  describe(connection, {client_, wire.from}, wire.to);
+  describe(connection, source, destination);
   return snd_seq_get_port_subscription(handle_, connection) >= 0;
 }
 
+/// "Busy" means that they are connected, or that one of them is someone's alone.
 int Sequencer::connectOthers(PortAddress source, PortAddress destination) {
   snd_seq_port_subscribe_t* connection = nullptr;
   snd_seq_port_subscribe_alloca(&connection);
   describe(connection, source, destination);
-  return snd_seq_subscribe_port(handle_, connection);
+  const int result = snd_seq_subscribe_port(handle_, connection);
+  return result == -EBUSY && hasConnection(source, destination) ? 0 : result;
 }
 
 int Sequencer::disconnectOthers(PortAddress source, PortAddress destination) {

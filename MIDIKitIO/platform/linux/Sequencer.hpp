@@ -65,7 +65,7 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   int listen(PortAddress source);
   int stopListening(PortAddress source);
   /// Connects ports of others, for as long as both are there: this program isn't needed. Both return a
-  /// negative error number on failure.
+  /// negative error number on failure; connecting what is connected is none.
   int connectOthers(PortAddress source, PortAddress destination);
   int disconnectOthers(PortAddress source, PortAddress destination);
 
@@ -81,6 +81,7 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
  private:
   explicit Sequencer(snd_seq_t* handle) : handle_(handle) {}
   bool setUp();
+  bool hasConnection(PortAddress source, PortAddress destination) const;
   bool hasRoomFor(const snd_seq_event_t& event, int client) const;
   void endQueue(int number);
 

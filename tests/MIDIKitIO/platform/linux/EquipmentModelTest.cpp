@@ -15,12 +15,9 @@ using engine::MIDIObjectKind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BareService final : public engine::MIDIServiceEngine {
- public:
-  explicit BareService(karvex::foundation::Runtime& runtime)
-      : MIDIServiceEngine(runtime, {13, 0}, std::make_shared<engine::ThruConnectionStore>()) {}
-  ~BareService() override { close(); }
-  using MIDIServiceEngine::edit;
+struct BareDriver final : engine::MIDIDriver {
+  void attach(engine::MIDIDriverHost& itsHost) override { host = &itsHost; }
+  engine::MIDIDriverHost* host = nullptr;
 };
 
 SequencerClient board(int client, std::string name = "Board", int ports = 1) {
@@ -54,7 +51,7 @@ class EquipmentModelTest : public testing::Test {
          {.id = "Board",
           .usb = UsbFacts{
               .vendorId = "16c0", .productId = "0485", .serialNumber = serial, .product = "Product"}}}};
-    service_.edit(
+    driver_->host->edit(
         [&](engine::SetupEditor& editor) { model_.update(equipmentOf(clients, cards, 200), editor); });
     runtime_.clock().sleepFor(std::chrono::milliseconds(1));
     return std::exchange(told_, {});
@@ -83,13 +80,15 @@ class EquipmentModelTest : public testing::Test {
 
   karvex::foundation::VirtualRuntime runtime_;
   std::vector<std::string> told_;
-  BareService service_{runtime_};
+  std::shared_ptr<BareDriver> driver_ = std::make_shared<BareDriver>();
+  engine::MIDIServiceEngine service_{
+      runtime_, {13, 0}, std::make_shared<engine::ThruConnectionStore>(), driver_};
   Ref client_ = 0;
   karvex::foundation::SerialQueue queue_{runtime_.globalQueue()};
   std::vector<Ref> readFor_;
   EquipmentModel model_{[this](Ref destination) {
     readFor_.push_back(destination);
-    return std::make_shared<engine::MIDIReceiver>(runtime_, queue_, MIDIReadBlock());
+    return std::make_shared<engine::ListReceiver>(runtime_, queue_, MIDIReadBlock());
   }};
 };
 
@@ -146,7 +145,15 @@ TEST_F(EquipmentModelTest, PortsOfProgramsGoWithThem) {
   EXPECT_THAT(show({}), ElementsAre("removed source", "setup"));
   EXPECT_EQ(service_.MIDIGetNumberOfSources(), 0U);
   show({program(131)});
-  EXPECT_EQ(number(service_.MIDIGetSource(0), kMIDIPropertyUniqueID), id) << "the same after a restart";
+  const Ref source = service_.MIDIGetSource(0);
+  EXPECT_EQ(number(source, kMIDIPropertyUniqueID), id) << "the same after a restart";
+
+  model_.leave(131, std::nullopt);
+  EXPECT_EQ(model_.addressOf(source), std::nullopt) << "at once";
+  EXPECT_THAT(show({program(131)}), IsEmpty()) << "it was back at its address before anyone looked";
+  EXPECT_EQ(model_.addressOf(source), (PortAddress{131, 0}));
+  model_.leave(131, 0);
+  EXPECT_THAT(show({program(131, "Stranger")}), ElementsAre("removed source", "added source", "setup"));
 }
 
 TEST_F(EquipmentModelTest, OnlySoManyAbsentDevicesAreRemembered) {

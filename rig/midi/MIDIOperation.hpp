@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace midikit::io::engine {
+namespace karvex::rig {
 
 /// The operations of MIDIService, in its order, so that calls can be counted and made to fail.
 enum class MIDIOperation {
@@ -51,4 +51,4 @@ enum class MIDIOperation {
 inline constexpr std::size_t midiOperationCount =
     static_cast<std::size_t>(MIDIOperation::thruConnectionFind) + 1;
 
-}  // namespace midikit::io::engine
+}  // namespace karvex::rig

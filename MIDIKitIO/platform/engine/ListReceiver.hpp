@@ -34,10 +34,10 @@ struct MIDIConnection {
 
 /// Hands lists to a reader, one at a time, on a queue, each in the generation and protocol that the reader
 /// wants. All operations may be called on any thread.
-class MIDIReceiver : public std::enable_shared_from_this<MIDIReceiver> {
+class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
  public:
   /// The queue must be serial. Runtime and queue must outlive the receiver's use.
-  MIDIReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue, MIDIReader reader);
+  ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue, MIDIReader reader);
 
   /// A list that came by a connection.
   void deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> connection);

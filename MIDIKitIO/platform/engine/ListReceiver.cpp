@@ -1,14 +1,14 @@
-#include "MIDIKitIO/platform/engine/MIDIReceiver.hpp"
+#include "MIDIKitIO/platform/engine/ListReceiver.hpp"
 
 #include <utility>
 
 namespace midikit::io::engine {
 
-MIDIReceiver::MIDIReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue,
+ListReceiver::ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue,
                            MIDIReader reader)
     : queue_(queue), reader_(std::move(reader)), gate_(runtime) {}
 
-void MIDIReceiver::deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> connection) {
+void ListReceiver::deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> connection) {
   queue_.post([self = shared_from_this(), list = std::move(list), connection = std::move(connection)] {
     if (connection->stands) {
       self->gate_.pass([&] { self->handOver(*list, connection->converter, connection->token); });
@@ -16,7 +16,7 @@ void MIDIReceiver::deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> 
   });
 }
 
-void MIDIReceiver::deliver(SharedMIDIList list, MIDIObjectRef sender) {
+void ListReceiver::deliver(SharedMIDIList list, MIDIObjectRef sender) {
   queue_.post([self = shared_from_this(), list = std::move(list), sender] {
     self->gate_.pass([&] {
       ListConverter& converter = self->converters_[sender];
@@ -28,7 +28,7 @@ void MIDIReceiver::deliver(SharedMIDIList list, MIDIObjectRef sender) {
   });
 }
 
-void MIDIReceiver::handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token) {
+void ListReceiver::handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token) {
   if (const auto* words = std::get_if<WordReader>(&reader_)) {
     const MIDIEventList converted = converter.toWords(list, words->protocol);
     if (!converted.packets.empty() && words->block) {
