@@ -16,6 +16,10 @@ namespace midikit::io::engine {
 /// their own, with the time stamp of their end; so do word readers from bytes. Not locked.
 class ListConverter {
  public:
+  /// In bytes. Longer system exclusive messages are dropped, so that one without an end can't fill the
+  /// memory.
+  static constexpr std::size_t longestSysEx = ByteSplitter::longestSysEx;
+
   MIDIEventList toWords(const MIDIList& list, MIDIProtocolID protocol);
   MIDIPacketList toBytes(const MIDIList& list);
 

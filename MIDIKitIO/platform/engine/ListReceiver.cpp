@@ -8,10 +8,25 @@ ListReceiver::ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundat
                            MIDIReader reader)
     : queue_(queue), reader_(std::move(reader)), gate_(runtime) {}
 
-void ListReceiver::deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> connection) {
-  queue_.post([self = shared_from_this(), list = std::move(list), connection = std::move(connection)] {
-    if (connection->stands) {
-      self->gate_.pass([&] { self->handOver(*list, connection->converter, connection->token); });
+void ListReceiver::deliver(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection) {
+  connection->add(std::move(list));
+  takeFrom(connection, 1);  // The sources of one port keep the order in which their lists came.
+}
+
+void ListReceiver::catchUp(const std::shared_ptr<MIDIConnection>& connection) {
+  if (const auto waiting = connection->waiting(); waiting > 0) {
+    takeFrom(connection, waiting);
+  }
+}
+
+void ListReceiver::takeFrom(const std::shared_ptr<MIDIConnection>& connection, std::size_t most) {
+  queue_.post([self = shared_from_this(), connection, most] {
+    for (std::size_t i = 0; i < most; ++i) {
+      self->gate_.pass([&] {
+        if (const auto next = connection->next()) {
+          self->handOver(*next->list, connection->converter, next->token);
+        }
+      });
     }
   });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <atomic>
+#include <cstddef>
 #include <map>
 #include <memory>
 #include <variant>
@@ -8,6 +8,7 @@
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/BlockGate.hpp"
 #include "MIDIKitIO/platform/engine/ListConversion.hpp"
+#include "MIDIKitIO/platform/engine/MIDIConnection.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
 #include "foundation/Queue.hpp"
 #include "foundation/Runtime.hpp"
@@ -23,15 +24,6 @@ struct WordReader {
 /// A block that wants lists of one generation.
 using MIDIReader = std::variant<WordReader, MIDIReadBlock>;
 
-/// Between a port and a source. Behind its end no list of it is handed over any more, although some may wait.
-struct MIDIConnection {
-  explicit MIDIConnection(ConnectionToken itsToken) : token(itsToken) {}
-
-  const ConnectionToken token;
-  std::atomic<bool> stands = true;
-  ListConverter converter;  ///< used on the receiver's queue alone
-};
-
 /// Hands lists to a reader, one at a time, on a queue, each in the generation and protocol that the reader
 /// wants. All operations may be called on any thread.
 class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
@@ -40,7 +32,9 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue, MIDIReader reader);
 
   /// A list that came by a connection.
-  void deliver(SharedMIDIList list, std::shared_ptr<MIDIConnection> connection);
+  void deliver(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection);
+  /// What waits on a connection that goes on.
+  void catchUp(const std::shared_ptr<MIDIConnection>& connection);
 
   /// A list that was sent here. `sender` tells the lists of one sender from those of another: a system
   /// exclusive message may be spread over several lists.
@@ -50,6 +44,8 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   void close() { gate_.close(); }
 
  private:
+  /// Hands over at most so many of the lists that wait.
+  void takeFrom(const std::shared_ptr<MIDIConnection>& connection, std::size_t most);
   void handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token);
 
   karvex::foundation::Queue& queue_;

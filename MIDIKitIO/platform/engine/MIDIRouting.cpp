@@ -1,5 +1,6 @@
 #include "MIDIKitIO/platform/engine/MIDIRouting.hpp"
 
+#include <algorithm>
 #include <utility>
 
 #include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
@@ -16,7 +17,7 @@ OSStatus MIDIRouting::removePort(Ref port, Receiver& removed) {
     return status::invalidPort;
   }
   for (const auto& [source, connection] : node.mapped().connections) {
-    connection->stands = false;
+    connection->end();
   }
   removed = std::move(node.mapped().receiver);
   return noErr;
@@ -33,24 +34,42 @@ OSStatus MIDIRouting::connect(Ref port, Ref source, ConnectionToken token) {
     return status::invalidPort;
   }
   auto& connection = found->second.connections[source];
-  if (connection != nullptr) {
-    connection->stands = false;
+  if (connection != nullptr && connection->resume(token)) {
+    found->second.receiver->catchUp(connection);
+  } else {
+    connection = std::make_shared<MIDIConnection>(token);
   }
-  connection = std::make_shared<MIDIConnection>(token);
   return noErr;
 }
 
-OSStatus MIDIRouting::disconnect(Ref port, Ref source) {
+OSStatus MIDIRouting::disconnect(Ref port, Ref source, TimePoint endsAt) {
   const auto found = ports_.find(port);
   if (found == ports_.end() || found->second.receiver == nullptr) {
     return status::invalidPort;
   }
-  const auto connection = found->second.connections.extract(source);
-  if (connection.empty()) {
+  const auto connection = found->second.connections.find(source);
+  if (connection == found->second.connections.end() || connection->second->endsAt()) {
     return status::noConnection;
   }
-  connection.mapped()->stands = false;
+  connection->second->hold(endsAt);
   return noErr;
+}
+
+std::optional<MIDIRouting::TimePoint> MIDIRouting::endConnections(TimePoint now) {
+  std::optional<TimePoint> next;
+  for (auto& [ref, port] : ports_) {
+    std::erase_if(port.connections, [&](const auto& entry) {
+      const auto at = entry.second->endsAt();
+      const bool isDue = at && *at <= now;
+      if (isDue) {
+        entry.second->end();
+      } else if (at) {
+        next = std::min(next.value_or(*at), *at);
+      }
+      return isDue;
+    });
+  }
+  return next;
 }
 
 MIDIRouting::Receiver MIDIRouting::setReader(Ref destination, Receiver reader) {
@@ -60,7 +79,7 @@ MIDIRouting::Receiver MIDIRouting::setReader(Ref destination, Receiver reader) {
 MIDIRouting::Receiver MIDIRouting::removeEndpoint(Ref endpoint) {
   for (auto& [ref, port] : ports_) {
     if (const auto connection = port.connections.extract(endpoint); !connection.empty()) {
-      connection.mapped()->stands = false;
+      connection.mapped()->end();
     }
   }
   auto reader = readers_.extract(endpoint);

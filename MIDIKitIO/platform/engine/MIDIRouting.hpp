@@ -3,13 +3,16 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <utility>
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ListReceiver.hpp"
+#include "MIDIKitIO/platform/engine/MIDIConnection.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
+#include "foundation/Clock.hpp"
 
 namespace midikit::io::engine {
 
@@ -19,6 +22,7 @@ class MIDIRouting {
  public:
   using Ref = MIDIObjectRef;
   using Receiver = std::shared_ptr<ListReceiver>;
+  using TimePoint = karvex::foundation::TimePoint;
 
   /// An output port has no receiver.
   void addPort(Ref port, Receiver receiver);
@@ -26,9 +30,13 @@ class MIDIRouting {
   OSStatus removePort(Ref port, Receiver& removed);
   bool isOutputPort(Ref port) const;
 
-  /// Connecting once more replaces the token.
+  /// Connecting once more replaces the token; so does connecting to what has been disconnected and hasn't
+  /// ended yet, and nothing is lost.
   OSStatus connect(Ref port, Ref source, ConnectionToken token);
-  OSStatus disconnect(Ref port, Ref source);
+  /// The connection is held from now on, and due to end at that moment.
+  OSStatus disconnect(Ref port, Ref source, TimePoint endsAt);
+  /// Ends what is due. Returns when the next connection is; none if no connection is held.
+  std::optional<TimePoint> endConnections(TimePoint now);
 
   /// What comes to the destination is read by this from now on. Gives the receiver that did so before.
   Receiver setReader(Ref destination, Receiver reader);
@@ -39,7 +47,7 @@ class MIDIRouting {
 
   /// Hands a list to the ports that are connected to the source.
   void deliverFrom(Ref source, const SharedMIDIList& list) const;
-  /// The sources that ports are connected to.
+  /// The sources of all connections, held ones included.
   std::set<Ref> connectedSources() const;
 
   /// Hands a list to the reader of the destination, or the listener of the source.

@@ -36,7 +36,9 @@ MIDIServiceEngine::MIDIServiceEngine(karvex::foundation::Runtime& runtime, Platf
       setup_(references_, hasProtocols()),
       clients_(runtime),
       thru_(references_, setup_, store_,
-            [this](Ref source, Ref destination) { return driver_->connectsByItself(source, destination); }) {
+            [this](Ref source, Ref destination) { return driver_->connectsByItself(source, destination); }),
+      timerQueue_(runtime.globalQueue()),
+      timerGate_(std::make_shared<BlockGate>(runtime)) {
   driver_->attach(*this);
   stopObserving_ = store_->observe([this] { thruConnectionsChanged(); });
 }
@@ -50,6 +52,7 @@ void MIDIServiceEngine::close() {
     return;
   }
   stopObserving_();
+  timerGate_->close();
   driver_->detach();
   closeAll(locked([this] { return routing_.receivers(); }));
   clients_.close();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIService.hpp"
+#include "MIDIKitIO/platform/engine/BlockGate.hpp"
 #include "MIDIKitIO/platform/engine/MIDIClients.hpp"
 #include "MIDIKitIO/platform/engine/MIDIDriver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIDriverHost.hpp"
@@ -24,7 +26,10 @@
 #include "MIDIKitIO/platform/engine/SetupEditor.hpp"
 #include "MIDIKitIO/platform/engine/ThruConnectionStore.hpp"
 #include "MIDIKitIO/platform/engine/ThruConnections.hpp"
+#include "foundation/Clock.hpp"
 #include "foundation/Runtime.hpp"
+#include "foundation/SerialQueue.hpp"
+#include "foundation/Timer.hpp"
 
 namespace midikit::io::engine {
 
@@ -37,12 +42,21 @@ namespace midikit::io::engine {
 /// of all changes in the order of the changes, the client that made the change too.
 ///
 /// Lists go to their readers at once, whatever their time stamps say, and in the form that the reader wants
-/// (ListConverter). When a connection has ended, what waits for it is dropped; a block that is running at
-/// that moment runs on.
+/// (ListConverter).
+///
+/// A connection ends late. From MIDIPortDisconnectSource on, the port's block gets nothing from the source,
+/// but a block that is running at that moment runs on. What waits and what comes is kept for lingerTime: if
+/// the port connects to the source again until then, the block gets it, with the new token, and a
+/// half-received system exclusive message goes on. So who follows a change of the setup by ending and making
+/// its connections loses nothing.
 class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
  public:
   using Ref = MIDIObjectRef;
   using OSStatus = io::OSStatus;
+
+  /// For so long a connection can be taken up again. Between ending and making it a program looks at the
+  /// whole setup: some 10 ms for hundreds of objects, a multiple of that on a busy machine.
+  static constexpr karvex::foundation::Duration lingerTime = std::chrono::milliseconds(500);
 
   /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
   /// lists give status::unknownError. Services that are made with the same store, one after the other or
@@ -166,6 +180,9 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind);
   OSStatus tellRoutes(OSStatus result);
   void thruConnectionsChanged();
+  /// Has endConnections() called at that moment. Under the lock.
+  void endConnectionsAt(karvex::foundation::TimePoint due);
+  void endConnections();
 
   karvex::foundation::Runtime& runtime_;
   const PlatformVersion version_;
@@ -179,6 +196,10 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   MIDIClients clients_;
   MIDIRouting routing_;
   ThruConnections thru_;
+  bool isEndDue_ = false;  ///< the timer runs
+  karvex::foundation::SerialQueue timerQueue_;
+  karvex::foundation::Timer timer_;
+  std::shared_ptr<BlockGate> timerGate_;  ///< around what the timer does, which holds on to it
 };
 
 }  // namespace midikit::io::engine

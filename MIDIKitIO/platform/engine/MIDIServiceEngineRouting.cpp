@@ -97,7 +97,33 @@ OSStatus MIDIServiceEngine::MIDIPortConnectSource(Ref port, Ref source, Connecti
 }
 
 OSStatus MIDIServiceEngine::MIDIPortDisconnectSource(Ref port, Ref source) {
-  return tellRoutes(locked([&] { return routing_.disconnect(port, source); }));
+  return locked([&] {
+    const auto endsAt = runtime_.clock().now() + lingerTime;
+    const OSStatus result = routing_.disconnect(port, source, endsAt);
+    if (result == noErr && !isEndDue_) {
+      endConnectionsAt(endsAt);
+    }
+    return result;
+  });
+}
+
+void MIDIServiceEngine::endConnectionsAt(karvex::foundation::TimePoint due) {
+  isEndDue_ = true;
+  auto& clock = runtime_.clock();
+  timer_ = karvex::foundation::Timer::oneShot(
+      clock, timerQueue_, due - clock.now(),
+      [this, gate = timerGate_] { gate->pass([this] { endConnections(); }); });
+}
+
+void MIDIServiceEngine::endConnections() {
+  {
+    const std::lock_guard lock(mutex_);
+    isEndDue_ = false;
+    if (const auto next = routing_.endConnections(runtime_.clock().now())) {
+      endConnectionsAt(*next);
+    }
+  }
+  driver_->wantedSourcesChanged();
 }
 
 OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint& description,

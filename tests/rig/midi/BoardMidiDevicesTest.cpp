@@ -3,7 +3,8 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
 namespace karvex::rig {
 namespace {
@@ -14,7 +15,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BoardMidiDevicesTest : public MidiTestBench {
+class BoardMidiDevicesTest : public midikit::io::engine::MIDIServiceFixture {
  protected:
   void plugIn(const char* mcu, const char* serialNumber, Faults faults = {}) {
     bus.plugIn(std::make_unique<VirtualBoard>(*findBoardKind(mcu), serialNumber, faults));
@@ -126,6 +127,20 @@ TEST_F(BoardMidiDevicesTest, NothingIsDoneWhileNothingHappensNorBehindTheEnd) {
   }
   told();
   EXPECT_THAT(toldUntil(runtime.clock().now() + 1h), IsEmpty());
+}
+
+TEST(BoardMidiDevicesThreadsTest, BoardsChangeUnderTheirDevices) {
+  foundation::SystemRuntime runtime;
+  VirtualBus bus(runtime.clock());
+  VirtualMidiService service(runtime);
+  for (int i = 0; i < 20; ++i) {
+    const BoardMidiDevices boards(runtime, bus, service);
+    bus.plugIn(std::make_unique<VirtualBoard>(*findBoardKind("TEENSY2"), std::to_string(i),
+                                              Faults{.entersHalfKayAfter = std::chrono::milliseconds(0)}));
+    bus.setLineSpeed(std::to_string(i), 134);
+  }
+  const BoardMidiDevices last(runtime, bus, service);
+  EXPECT_EQ(last.devices().size(), 20U);
 }
 
 }  // namespace

@@ -1,12 +1,10 @@
 #include "MIDIKitIO/platform/engine/ListConversion.hpp"
 
-#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
-namespace karvex::rig {
+namespace midikit::io::engine {
 namespace {
 
-using namespace midikit::io;
-using namespace midikit::io::engine;
 using testing::ElementsAre;
 
 constexpr auto midi1 = MIDIProtocolID::midi1_0;
@@ -154,4 +152,4 @@ TEST(ListConversionTest, LongSystemExclusiveMessagesFillPacketsOf64WordsAndHaveA
 }
 
 }  // namespace
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine

@@ -2,23 +2,21 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
-#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
-namespace karvex::rig {
+namespace midikit::io::engine {
 namespace {
 
-using namespace midikit::io;
-using namespace midikit::io::engine;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 using Parameters = MIDIThruConnectionParams;
 
-class ThruConnectionsTest : public MidiTestBench {
+class ThruConnectionsTest : public MIDIServiceFixture {
  protected:
   ThruConnectionsTest() { connectEquipment(service); }
 
-  void connectEquipment(VirtualMidiService& to) {
+  void connectEquipment(karvex::rig::VirtualMidiService& to) {
     to.addDevice(
         {.name = "Keys", .entities = {{.sources = {{"A", {{"uniqueID", 1}}}, {"B", {{"uniqueID", 2}}}}}}});
     const auto desk =
@@ -46,7 +44,7 @@ class ThruConnectionsTest : public MidiTestBench {
     EXPECT_EQ(service.MIDIThruConnectionCreate(owner, bytesOf(wanted), connection), noErr);
     return connection;
   }
-  static std::vector<Ref> owned(const VirtualMidiService& by, const std::string& owner) {
+  static std::vector<Ref> owned(const karvex::rig::VirtualMidiService& by, const std::string& owner) {
     std::vector<std::uint8_t> bytes = {1, 2, 3};
     EXPECT_EQ(by.MIDIThruConnectionFind(owner, bytes), noErr);
     std::vector<Ref> refs(bytes.size() / sizeof(Ref));
@@ -145,7 +143,8 @@ TEST_F(ThruConnectionsTest, WhatMakesNoSenseOrCantBeDoneIsRefused) {
 }
 
 TEST_F(ThruConnectionsTest, OnlyConnectionsWithAnOwnerOutliveTheServiceThatMadeThem) {
-  const auto second = std::make_unique<VirtualMidiService>(runtime, PlatformVersion{13, 0}, store);
+  const auto second =
+      std::make_unique<karvex::rig::VirtualMidiService>(runtime, PlatformVersion{13, 0}, store);
   second->addDevice({});  // So that references differ.
   connectEquipment(*second);
   connect(parameters());
@@ -173,4 +172,4 @@ TEST_F(ThruConnectionsTest, OnlyConnectionsWithAnOwnerOutliveTheServiceThatMadeT
 }
 
 }  // namespace
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine

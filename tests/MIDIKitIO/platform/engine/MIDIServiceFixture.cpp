@@ -1,14 +1,11 @@
-#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <utility>
 
-namespace karvex::rig {
-
-using namespace midikit::io;
-using namespace midikit::io::engine;
+namespace midikit::io::engine {
 
 std::string lineOf(const MIDINotification& message) {
   if (const auto* child = std::get_if<MIDINotification::Child>(&message.payload)) {
@@ -64,34 +61,34 @@ MIDIEventList events(MIDIProtocolID protocol, const std::vector<std::vector<std:
   return list;
 }
 
-MidiTestBench::MidiTestBench() {
+MIDIServiceFixture::MIDIServiceFixture() {
   EXPECT_EQ(service.MIDIClientCreateWithBlock(
                 "client", client, [this](const auto& message) { told_.push_back(lineOf(message)); }),
             noErr);
 }
 
-std::vector<std::string> MidiTestBench::told() {
+std::vector<std::string> MIDIServiceFixture::told() {
   settle();
   return std::exchange(told_, {});
 }
 
-MIDIReadBlock MidiTestBench::byteReader(const std::string& name) {
+MIDIReadBlock MIDIServiceFixture::byteReader(const std::string& name) {
   return [this, name](const MIDIPacketList& list, ConnectionToken token) {
     const auto* label = static_cast<const char*>(token);
     read_.push_back(fmt::format("{} {}{}", name, label != nullptr ? label : "", lineOf(list)));
   };
 }
 
-MIDIReceiveBlock MidiTestBench::wordReader(const std::string& name) {
+MIDIReceiveBlock MIDIServiceFixture::wordReader(const std::string& name) {
   return [this, name](const MIDIEventList& list, ConnectionToken token) {
     const auto* label = static_cast<const char*>(token);
     read_.push_back(fmt::format("{} {}{}", name, label != nullptr ? label : "", lineOf(list)));
   };
 }
 
-std::vector<std::string> MidiTestBench::read() {
+std::vector<std::string> MIDIServiceFixture::read() {
   settle();
   return std::exchange(read_, {});
 }
 
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine

@@ -2,17 +2,15 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
-#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
-namespace karvex::rig {
+namespace midikit::io::engine {
 namespace {
 
-using namespace midikit::io;
-using namespace midikit::io::engine;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class MidiSetupTest : public MidiTestBench {
+class MIDISetupTest : public MIDIServiceFixture {
  protected:
   std::optional<std::string> text(Ref object, std::string_view key) const {
     std::optional<std::string> value;
@@ -25,7 +23,7 @@ class MidiSetupTest : public MidiTestBench {
   }
 };
 
-TEST_F(MidiSetupTest, TheTreeCanBeWalkedUpAndDown) {
+TEST_F(MIDISetupTest, TheTreeCanBeWalkedUpAndDown) {
   const auto device = service.addDevice(
       {.name = "Desk",
        .entities = {{.name = "A", .sources = {{.name = "A in"}, {.name = "A in 2"}}},
@@ -53,7 +51,7 @@ TEST_F(MidiSetupTest, TheTreeCanBeWalkedUpAndDown) {
   EXPECT_EQ(text(service.MIDIGetDestination(0), kMIDIPropertyDisplayName), "Desk out");
 }
 
-TEST_F(MidiSetupTest, ComingAndGoingIsToldObjectByObjectAndThenOnce) {
+TEST_F(MIDISetupTest, ComingAndGoingIsToldObjectByObjectAndThenOnce) {
   const auto device = service.addDevice(simpleDevice("Desk"));
   const auto entity = service.MIDIDeviceGetEntity(device, 0);
   const auto up = [&](int message, Ref parent, int parentType, Ref child, int type) {
@@ -73,7 +71,7 @@ TEST_F(MidiSetupTest, ComingAndGoingIsToldObjectByObjectAndThenOnce) {
             0U);
 }
 
-TEST_F(MidiSetupTest, APropertyIsReadAsWhatItIsAndFailsOtherwise) {
+TEST_F(MIDISetupTest, APropertyIsReadAsWhatItIsAndFailsOtherwise) {
   const auto device = service.addDevice(
       {.properties = {{"text", "T"}, {"number", 7}, {"map", PropertyDictionary{{"a", 1}}}}});
   std::optional<std::string> text = "before";
@@ -107,7 +105,7 @@ TEST_F(MidiSetupTest, APropertyIsReadAsWhatItIsAndFailsOtherwise) {
   EXPECT_EQ(text, std::nullopt);
 }
 
-TEST_F(MidiSetupTest, AllPropertiesComeTogetherAndDeepWithThoseBelow) {
+TEST_F(MIDISetupTest, AllPropertiesComeTogetherAndDeepWithThoseBelow) {
   const auto device = service.addDevice({.name = "Desk",
                                          .properties = {{"SerialNumber", "12"}},
                                          .sharedProperties = {{"model", "M"}, {"SerialNumber", "lost"}},
@@ -125,7 +123,7 @@ TEST_F(MidiSetupTest, AllPropertiesComeTogetherAndDeepWithThoseBelow) {
   EXPECT_EQ(service.MIDIObjectGetProperties(0, all, false), status::objectNotFound);
 }
 
-TEST_F(MidiSetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
+TEST_F(MIDISetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
   service.addDevice(simpleDevice("Desk"));
   const Ref in = source();
   told();
@@ -142,7 +140,7 @@ TEST_F(MidiSetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
   EXPECT_EQ(text(in, kMIDIPropertyName), "no success");
 }
 
-TEST_F(MidiSetupTest, UniqueIdsAreUniqueThroughoutTheSystem) {
+TEST_F(MIDISetupTest, UniqueIdsAreUniqueThroughoutTheSystem) {
   std::set<std::int32_t> ids;
   for (int i = 0; i < 1000; ++i) {
     const auto device = service.addDevice({.entities = {{.sources = {{}}}}});
@@ -167,9 +165,10 @@ TEST_F(MidiSetupTest, UniqueIdsAreUniqueThroughoutTheSystem) {
   EXPECT_NE(number(service.addDevice({.properties = {{"uniqueID", 4711}}}), kMIDIPropertyUniqueID), 4711);
 }
 
-TEST_F(MidiSetupTest, BeforeEventListsEndpointsHaveNoProtocol) {
+TEST_F(MIDISetupTest, BeforeEventListsEndpointsHaveNoProtocol) {
   for (const bool isModern : {false, true}) {
-    VirtualMidiService other(runtime, isModern ? PlatformVersion{11, 0} : PlatformVersion{10, 15});
+    karvex::rig::VirtualMidiService other(runtime,
+                                          isModern ? PlatformVersion{11, 0} : PlatformVersion{10, 15});
     other.addDevice(simpleDevice("Desk"));
     Ref someone = 0;
     Ref made = 0;
@@ -184,37 +183,37 @@ TEST_F(MidiSetupTest, BeforeEventListsEndpointsHaveNoProtocol) {
   }
 }
 
-TEST_F(MidiSetupTest, CallsAreCountedAndFailWhenTheyAreTold) {
+TEST_F(MIDISetupTest, CallsAreCountedAndFailWhenTheyAreTold) {
   service.addDevice(simpleDevice("Desk"));
   service.addDevice(simpleDevice("Other"));
   auto& calls = service.calls();
   calls.resetCounts();
   const Ref second = service.MIDIGetDevice(1);
-  calls.failNext(MIDIOperation::objectGetStringProperty, -1, 2, second);
+  calls.failNext(karvex::rig::MIDIOperation::objectGetStringProperty, -1, 2, second);
   EXPECT_EQ(text(service.MIDIGetDevice(0), kMIDIPropertyName), "Desk");
   EXPECT_EQ(text(second, kMIDIPropertyName), "no success");
   EXPECT_EQ(text(second, kMIDIPropertyName), "no success");
   EXPECT_EQ(text(second, kMIDIPropertyName), "Other");
-  calls.failNext(MIDIOperation::getNumberOfDevices, -1);
+  calls.failNext(karvex::rig::MIDIOperation::getNumberOfDevices, -1);
   EXPECT_EQ(service.MIDIGetNumberOfDevices(), 0U);
   EXPECT_EQ(service.MIDIGetNumberOfDevices(), 2U);
-  EXPECT_EQ(calls.count(MIDIOperation::getDevice), 2U);
-  EXPECT_EQ(calls.count(MIDIOperation::objectGetStringProperty), 4U);
+  EXPECT_EQ(calls.count(karvex::rig::MIDIOperation::getDevice), 2U);
+  EXPECT_EQ(calls.count(karvex::rig::MIDIOperation::objectGetStringProperty), 4U);
   EXPECT_EQ(calls.total(), 8U);
 
-  calls.failNext(MIDIOperation::clientCreateWithBlock, -10839);
-  calls.failNext(MIDIOperation::clientCreateWithBlock, -50);
+  calls.failNext(karvex::rig::MIDIOperation::clientCreateWithBlock, -10839);
+  calls.failNext(karvex::rig::MIDIOperation::clientCreateWithBlock, -50);
   Ref made = 77;
   EXPECT_EQ(service.MIDIClientCreateWithBlock("c", made, nullptr), -10839);
   EXPECT_EQ(service.MIDIClientCreateWithBlock("c", made, nullptr), -50);
   EXPECT_EQ(made, 77U);
-  calls.failNext(MIDIOperation::clientCreateWithBlock, -50);
+  calls.failNext(karvex::rig::MIDIOperation::clientCreateWithBlock, -50);
   calls.clearFailures();
   EXPECT_EQ(service.MIDIClientCreateWithBlock("c", made, nullptr), noErr);
   EXPECT_THAT(service.clientNames(), ElementsAre("client", "c"));
 }
 
-TEST_F(MidiSetupTest, EveryClientHearsEverythingInOrderAndMayUseTheServiceMeanwhile) {
+TEST_F(MIDISetupTest, EveryClientHearsEverythingInOrderAndMayUseTheServiceMeanwhile) {
   std::vector<std::string> heard;
   Ref other = 0;
   ASSERT_EQ(
@@ -233,10 +232,10 @@ TEST_F(MidiSetupTest, EveryClientHearsEverythingInOrderAndMayUseTheServiceMeanwh
   EXPECT_THAT(heard, ElementsAre("0 of 0", "7 of 1", "2 of 1", "1 of 1"));
 }
 
-TEST_F(MidiSetupTest, NoBlockRunsBehindTheServicesEnd) {
+TEST_F(MIDISetupTest, NoBlockRunsBehindTheServicesEnd) {
   int heard = 0;
   {
-    VirtualMidiService brief(runtime);
+    karvex::rig::VirtualMidiService brief(runtime);
     Ref someone = 0;
     ASSERT_EQ(brief.MIDIClientCreateWithBlock("c", someone, [&](const auto&) { ++heard; }), noErr);
     brief.notify({.messageID = 1});
@@ -248,4 +247,4 @@ TEST_F(MidiSetupTest, NoBlockRunsBehindTheServicesEnd) {
 }
 
 }  // namespace
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine

@@ -2,13 +2,11 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
-#include "tests/MIDIKitIO/platform/engine/MidiTestBench.hpp"
+#include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
-namespace karvex::rig {
+namespace midikit::io::engine {
 namespace {
 
-using namespace midikit::io;
-using namespace midikit::io::engine;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -16,9 +14,9 @@ using testing::IsEmpty;
 constexpr auto midi1 = MIDIProtocolID::midi1_0;
 constexpr auto midi2 = MIDIProtocolID::midi2_0;
 
-class MidiDeliveryTest : public MidiTestBench {
+class MIDIDeliveryTest : public MIDIServiceFixture {
  protected:
-  MidiDeliveryTest() {
+  MIDIDeliveryTest() {
     service.addDevice(simpleDevice("Desk"));
     service.addDevice(simpleDevice("Other"));
   }
@@ -39,7 +37,7 @@ class MidiDeliveryTest : public MidiTestBench {
   }
 };
 
-TEST_F(MidiDeliveryTest, WhatASourceSendsComesWithTheTokenOfItsConnectionInTheFormOfThePort) {
+TEST_F(MIDIDeliveryTest, WhatASourceSendsComesWithTheTokenOfItsConnectionInTheFormOfThePort) {
   const Ref bytes = inputPort("bytes");
   Ref words1 = 0;
   Ref words2 = 0;
@@ -63,7 +61,7 @@ TEST_F(MidiDeliveryTest, WhatASourceSendsComesWithTheTokenOfItsConnectionInTheFo
   EXPECT_THAT(read(), ElementsAre("bytes again 0: F8", "words1 1| 0: 10F80000", "words2 2| 0: 10F80000"));
 }
 
-TEST_F(MidiDeliveryTest, SystemExclusivePiecesOfTwoSourcesDontMix) {
+TEST_F(MIDIDeliveryTest, SystemExclusivePiecesOfTwoSourcesDontMix) {
   const Ref port = inputPort("port");
   static_cast<void>(service.MIDIPortConnectSource(port, source(0), nullptr));
   static_cast<void>(service.MIDIPortConnectSource(port, source(1), nullptr));
@@ -72,36 +70,65 @@ TEST_F(MidiDeliveryTest, SystemExclusivePiecesOfTwoSourcesDontMix) {
   static_cast<void>(service.sendFromEquipment(source(0), packet({0x11, 0xF7})));
   static_cast<void>(service.sendFromEquipment(source(1), packet({0x12, 0xF7})));
   EXPECT_THAT(read(), ElementsAre("port 0: F0 01 11 F7", "port 0: F0 02 12 F7"));
-
-  static_cast<void>(service.sendFromEquipment(source(0), packet({0xF0, 0x03})));
-  settle();
-  static_cast<void>(service.MIDIPortConnectSource(port, source(0), nullptr));
-  static_cast<void>(service.sendFromEquipment(source(0), packet({0x04, 0xF7, 0xFE})));
-  EXPECT_THAT(read(), ElementsAre("port 0: 04 F7 FE")) << "a connection knows nothing of the one before it";
 }
 
-TEST_F(MidiDeliveryTest, WhatWaitsAtTheEndOfAConnectionIsDropped) {
-  const Ref port = inputPort("port");
-  const auto sendSome = [&](Ref from) {
-    static_cast<void>(service.MIDIPortConnectSource(port, from, nullptr));
-    settle();
-    static_cast<void>(service.sendFromEquipment(from, packet({0xF8})));
+TEST_F(MIDIDeliveryTest, AConnectionEndsLateAndGoesOnIfItIsTakenUpInTime) {
+  constexpr auto lingerTime = MIDIServiceEngine::lingerTime;
+  const std::vector<std::string> all = {"port new 0: FA", "port new 0: F0 01 02 F7", "port new 0: FB"};
+  const std::vector<std::string> last = {"port new 0: FB"};
+  MIDIPacketList tooMuch(MIDIConnection::mostHeld + 100);
+  ASSERT_TRUE(tooMuch.add(0, std::vector<std::uint8_t>(MIDIConnection::mostHeld, 0xFE)));
+  const struct {
+    const char* what;
+    std::optional<MIDIPacketList> meanwhile;
+    karvex::foundation::Duration after;
+    std::vector<std::string> read;
+  } cases[] = {
+      {"soon", std::nullopt, 10ms, all},
+      {"at the last moment", std::nullopt, lingerTime - 1ns, all},
+      {"too late", std::nullopt, lingerTime + 1ns, last},
+      {"too much for keeping", tooMuch, 10ms, last},
   };
-  sendSome(source(0));
-  EXPECT_EQ(service.MIDIPortDisconnectSource(port, source(0)), noErr);
-  EXPECT_THAT(read(), IsEmpty());
+  const Ref port = inputPort("port");
+  for (const auto& testCase : cases) {
+    EXPECT_EQ(service.MIDIPortConnectSource(port, source(), "old "), noErr);
+    static_cast<void>(service.sendFromEquipment(source(), packet({0xF0, 0x01})));
+    settle();
+    static_cast<void>(service.sendFromEquipment(source(), packet({0xFA})));
+    EXPECT_EQ(service.MIDIPortDisconnectSource(port, source()), noErr);
+    const auto end = runtime.clock().now();
+    EXPECT_EQ(service.MIDIPortDisconnectSource(port, source()), status::noConnection);
+    static_cast<void>(service.sendFromEquipment(source(), packet({0x02, 0xF7})));
+    if (testCase.meanwhile) {
+      static_cast<void>(service.sendFromEquipment(source(), *testCase.meanwhile));
+    }
+    EXPECT_THAT(read(), IsEmpty()) << testCase.what;
+    runtime.clock().sleepUntil(end + testCase.after);
+    EXPECT_EQ(service.MIDIPortConnectSource(port, source(), "new "), noErr);
+    static_cast<void>(service.sendFromEquipment(source(), packet({0xFB})));
+    EXPECT_EQ(read(), testCase.read) << testCase.what;
+    EXPECT_EQ(service.MIDIPortDisconnectSource(port, source()), noErr);
+    runtime.clock().sleepFor(lingerTime + 1ns);
+  }
+}
+
+TEST_F(MIDIDeliveryTest, AConnectionEndsAtOnceWithItsPortOrItsSource) {
+  const Ref port = inputPort("port");
   const Ref second = source(1);
-  sendSome(second);
+  for (const Ref from : {source(0), second}) {
+    static_cast<void>(service.MIDIPortConnectSource(port, from, nullptr));
+    static_cast<void>(service.sendFromEquipment(from, packet({0xF8})));
+  }
   service.removeDevice(service.MIDIGetDevice(1));
-  EXPECT_THAT(read(), IsEmpty());
+  EXPECT_THAT(read(), ElementsAre("port 0: F8"));
   EXPECT_EQ(service.MIDIPortDisconnectSource(port, second), status::noConnection);
-  sendSome(source(0));
+  static_cast<void>(service.sendFromEquipment(source(0), packet({0xF8})));
   EXPECT_EQ(service.MIDIPortDispose(port), noErr);
   EXPECT_THAT(read(), IsEmpty());
   EXPECT_EQ(service.MIDIPortDispose(port), status::invalidPort);
 }
 
-TEST_F(MidiDeliveryTest, SendingReachesVirtualDestinationsAndEquipment) {
+TEST_F(MIDIDeliveryTest, SendingReachesVirtualDestinationsAndEquipment) {
   Ref bytes = 0;
   Ref words = 0;
   EXPECT_EQ(service.MIDIDestinationCreateWithBlock(client, "B", bytes, byteReader("bytes")), noErr);
@@ -120,7 +147,7 @@ TEST_F(MidiDeliveryTest, SendingReachesVirtualDestinationsAndEquipment) {
                                                     "desk 0: C0 01", "desk 0: C0 02"));
 }
 
-TEST_F(MidiDeliveryTest, WrongReferencesAreRefusedByTheirOwnStatus) {
+TEST_F(MIDIDeliveryTest, WrongReferencesAreRefusedByTheirOwnStatus) {
   const Ref in = inputPort("in");
   const Ref out = outputPort();
   Ref made = 0;
@@ -142,7 +169,7 @@ TEST_F(MidiDeliveryTest, WrongReferencesAreRefusedByTheirOwnStatus) {
   EXPECT_EQ(service.MIDIEndpointDispose(in), status::unknownEndpoint);
 }
 
-TEST_F(MidiDeliveryTest, VirtualEndpointsAreListedToldAndDisposedOf) {
+TEST_F(MIDIDeliveryTest, VirtualEndpointsAreListedToldAndDisposedOf) {
   told();
   const Ref from = virtualSource();
   Ref to = 0;
@@ -174,7 +201,7 @@ TEST_F(MidiDeliveryTest, VirtualEndpointsAreListedToldAndDisposedOf) {
                                   fmt::format("3 0/-1 {}/3", to), "1"));
 }
 
-TEST_F(MidiDeliveryTest, DisposingWaitsForTheBlockThatRunsButNotForItself) {
+TEST_F(MIDIDeliveryTest, DisposingWaitsForTheBlockThatRunsButNotForItself) {
   std::vector<std::string> order;
   Ref port = 0;
   ASSERT_EQ(service.MIDIInputPortCreateWithBlock(client, "slow", port,
@@ -203,7 +230,7 @@ TEST_F(MidiDeliveryTest, DisposingWaitsForTheBlockThatRunsButNotForItself) {
   EXPECT_EQ(result, noErr);
 }
 
-TEST_F(MidiDeliveryTest, ASlowReaderHoldsUpNeitherNotificationsNorOtherClients) {
+TEST_F(MIDIDeliveryTest, ASlowReaderHoldsUpNeitherNotificationsNorOtherClients) {
   Ref port = 0;
   Ref other = 0;
   Ref othersPort = 0;
@@ -223,4 +250,4 @@ TEST_F(MidiDeliveryTest, ASlowReaderHoldsUpNeitherNotificationsNorOtherClients) 
 }
 
 }  // namespace
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine

@@ -8,52 +8,50 @@
 #include "foundation/VirtualRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 
-namespace karvex::rig {
+namespace midikit::io::engine {
 
 /// One raw message as a line: "1", "2 parent/type child/type", "4 object/type key", ...
-std::string lineOf(const midikit::io::MIDINotification& message);
+std::string lineOf(const MIDINotification& message);
 
 /// "5: 90 3C 40; 7: F8", by time stamp.
-std::string lineOf(const midikit::io::MIDIPacketList& list);
+std::string lineOf(const MIDIPacketList& list);
 
 /// "2| 5: 40903C00 80000000", the protocol first.
-std::string lineOf(const midikit::io::MIDIEventList& list);
+std::string lineOf(const MIDIEventList& list);
 
-midikit::io::MIDIPacketList packets(
-    const std::vector<std::pair<std::uint64_t, std::vector<std::uint8_t>>>& packets);
+MIDIPacketList packets(const std::vector<std::pair<std::uint64_t, std::vector<std::uint8_t>>>& packets);
 
 /// One packet at time 0.
-midikit::io::MIDIPacketList packet(const std::vector<std::uint8_t>& bytes);
+MIDIPacketList packet(const std::vector<std::uint8_t>& bytes);
 
-midikit::io::MIDIEventList events(midikit::io::MIDIProtocolID protocol,
-                                  const std::vector<std::vector<std::uint32_t>>& packets);
+MIDIEventList events(MIDIProtocolID protocol, const std::vector<std::vector<std::uint32_t>>& packets);
 
 /// A service on virtual time with one client, whose notifications are written down.
-class MidiTestBench : public testing::Test {
+class MIDIServiceFixture : public testing::Test {
  protected:
-  using Ref = midikit::io::MIDIObjectRef;
+  using Ref = MIDIObjectRef;
 
-  MidiTestBench();
+  MIDIServiceFixture();
 
   /// Lets all that waits on the service's threads run.
   void settle() { runtime.clock().sleepFor(std::chrono::milliseconds(1)); }
   /// What was told since the last time.
   std::vector<std::string> told();
   /// A reader that writes down what it is given, behind the name.
-  midikit::io::MIDIReadBlock byteReader(const std::string& name);
-  midikit::io::MIDIReceiveBlock wordReader(const std::string& name);
+  MIDIReadBlock byteReader(const std::string& name);
+  MIDIReceiveBlock wordReader(const std::string& name);
   /// What the readers were given since the last time.
   std::vector<std::string> read();
 
   Ref source(std::size_t index = 0) const { return service.MIDIGetSource(index); }
   Ref destination(std::size_t index = 0) const { return service.MIDIGetDestination(index); }
 
-  foundation::VirtualRuntime runtime;
+  karvex::foundation::VirtualRuntime runtime;
   std::vector<std::string> told_;
   std::vector<std::string> read_;
   std::shared_ptr<ThruConnectionStore> store = std::make_shared<ThruConnectionStore>();
-  VirtualMidiService service{runtime, {.major = 13, .minor = 0}, store};
+  karvex::rig::VirtualMidiService service{runtime, {.major = 13, .minor = 0}, store};
   Ref client = 0;
 };
 
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine

@@ -1,21 +1,19 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <future>
 #include <thread>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "foundation/SystemRuntime.hpp"
-#include "rig/midi/BoardMidiDevices.hpp"
+#include "rig/midi/VirtualMidiService.hpp"
 
-namespace karvex::rig {
+namespace midikit::io::engine {
 namespace {
 
-using namespace midikit::io;
-using namespace midikit::io::engine;
-
 /// Reads all there is, as a program that lists the setup does.
-void walk(const VirtualMidiService& service) {
+void walk(const karvex::rig::VirtualMidiService& service) {
   for (std::size_t i = 0; i < service.MIDIGetNumberOfDevices(); ++i) {
     const auto device = service.MIDIGetDevice(i);
     std::optional<std::string> name;
@@ -26,10 +24,10 @@ void walk(const VirtualMidiService& service) {
   }
 }
 
-TEST(MidiServiceThreadsTest, TheSetupChangesAThousandTimesUnderReadersAndListeners) {
+TEST(MIDIServiceThreadsTest, TheSetupChangesAThousandTimesUnderReadersAndListeners) {
   constexpr int changes = 1000;
-  foundation::SystemRuntime runtime;
-  VirtualMidiService service(runtime);
+  karvex::foundation::SystemRuntime runtime;
+  karvex::rig::VirtualMidiService service(runtime);
   std::promise<void> allHeard;
   int heard = 0;
   MIDIObjectRef client = 0;
@@ -58,9 +56,9 @@ TEST(MidiServiceThreadsTest, TheSetupChangesAThousandTimesUnderReadersAndListene
   EXPECT_EQ(service.MIDIGetNumberOfDevices(), 0U);
 }
 
-TEST(MidiServiceThreadsTest, PortsComeAndGoWhileTheirListsArrive) {
-  foundation::SystemRuntime runtime;
-  VirtualMidiService service(runtime);
+TEST(MIDIServiceThreadsTest, PortsComeAndGoWhileTheirListsArrive) {
+  karvex::foundation::SystemRuntime runtime;
+  karvex::rig::VirtualMidiService service(runtime);
   service.addDevice(simpleDevice("Desk"));
   const auto source = service.MIDIGetSource(0);
   MIDIObjectRef client = 0;
@@ -100,11 +98,57 @@ TEST(MidiServiceThreadsTest, PortsComeAndGoWhileTheirListsArrive) {
   sender.join();
 }
 
-TEST(MidiServiceThreadsTest, TheServiceEndsWhileItsBlocksRun) {
-  foundation::SystemRuntime runtime;
+TEST(MIDIServiceThreadsTest, RefreshedConnectionsLoseAndDoubleNothing) {
+  constexpr std::uint32_t messages = 20000;
+  karvex::foundation::SystemRuntime runtime;
+  karvex::rig::VirtualMidiService service(runtime);
+  service.addDevice(simpleDevice("Desk"));
+  const auto source = service.MIDIGetSource(0);
+  MIDIObjectRef client = 0;
+  MIDIObjectRef port = 0;
+  std::promise<void> allRead;
+  std::vector<std::uint32_t> read;
+  std::atomic<std::uint32_t> count = 0;
+  ASSERT_EQ(service.MIDIClientCreateWithBlock("c", client, nullptr), noErr);
+  ASSERT_EQ(service.MIDIInputPortCreateWithProtocol(client, "p", MIDIProtocolID::midi1_0, port,
+                                                    [&](const MIDIEventList& list, ConnectionToken) {
+                                                      read.push_back(list.packets.at(0).words[0]);
+                                                      if (++count == messages) {
+                                                        allRead.set_value();
+                                                      }
+                                                    }),
+            noErr);
+  ASSERT_EQ(service.MIDIPortConnectSource(port, source, nullptr), noErr);
+  std::atomic<bool> isSent = false;
+  std::thread sender([&] {
+    MIDIEventList list;
+    list.packets.push_back({.wordCount = 1});
+    for (std::uint32_t i = 0; i < messages; ++i) {
+      list.packets[0].words[0] = 0x20900000U | i;
+      EXPECT_EQ(service.sendFromEquipment(source, list), noErr);
+      while (i > count + 1000) {  // So much is kept for a connection that is held.
+        std::this_thread::yield();
+      }
+    }
+    isSent = true;
+  });
+  for (int i = 0; i < 50 || !isSent; ++i) {
+    EXPECT_EQ(service.MIDIPortDisconnectSource(port, source), noErr);
+    std::this_thread::yield();
+    EXPECT_EQ(service.MIDIPortConnectSource(port, source, &i), noErr);
+  }
+  sender.join();
+  EXPECT_EQ(allRead.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+  EXPECT_EQ(service.MIDIPortDispose(port), noErr);
+  EXPECT_EQ(read.size(), messages);
+  EXPECT_TRUE(std::is_sorted(read.begin(), read.end()));
+}
+
+TEST(MIDIServiceThreadsTest, TheServiceEndsWhileItsBlocksRun) {
+  karvex::foundation::SystemRuntime runtime;
   for (int i = 0; i < 100; ++i) {
     int heard = 0;
-    VirtualMidiService service(runtime);
+    karvex::rig::VirtualMidiService service(runtime);
     MIDIObjectRef client = 0;
     ASSERT_EQ(service.MIDIClientCreateWithBlock("c", client,
                                                 [&](const MIDINotification&) {
@@ -118,20 +162,5 @@ TEST(MidiServiceThreadsTest, TheServiceEndsWhileItsBlocksRun) {
   }
 }
 
-TEST(MidiServiceThreadsTest, BoardsChangeUnderTheirDevices) {
-  foundation::SystemRuntime runtime;
-  VirtualBus bus(runtime.clock());
-  VirtualMidiService service(runtime);
-  for (int i = 0; i < 20; ++i) {
-    const BoardMidiDevices boards(runtime, bus, service);
-    bus.plugIn(std::make_unique<VirtualBoard>(*findBoardKind("TEENSY2"), std::to_string(i),
-                                              Faults{.entersHalfKayAfter = std::chrono::milliseconds(0)}));
-    bus.setLineSpeed(std::to_string(i), 134);
-    walk(service);
-  }
-  const BoardMidiDevices last(runtime, bus, service);
-  EXPECT_EQ(last.devices().size(), 20U);
-}
-
 }  // namespace
-}  // namespace karvex::rig
+}  // namespace midikit::io::engine
