@@ -109,9 +109,9 @@ TEST_F(AlsaDesktopTest, APrivateEndpointIsThisProgramsAlone) {
 
 TEST_F(AlsaDesktopTest, ABridgesPortIsAPortLikeOthers) {
   SequencerPeer bridge("Bridge");
-  const int port = bridge.addPort("bridge", SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ |
-                                                SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE |
-                                                SND_SEQ_PORT_CAP_NO_EXPORT);
+  const int port =
+      bridge.addPort("bridge", SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_WRITE |
+                                   SND_SEQ_PORT_CAP_SUBS_WRITE | SND_SEQ_PORT_CAP_NO_EXPORT);
   ASSERT_TRUE(comesTrue([&] { return source("bridge") && destination("bridge"); }));
   ASSERT_EQ(service_->MIDIPortConnectSource(inputPort(), source("bridge"), nullptr), noErr);
   bridge.sendNote(port, 60);

@@ -71,7 +71,7 @@ class DistinctIds {
 std::vector<std::string> identitiesOf(const std::vector<std::vector<std::string>>& keys) {
   std::vector<std::size_t> order(keys.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::ranges::stable_sort(order, {}, [&keys](std::size_t place) { return keys[place].front(); });
+  std::ranges::sort(order, {}, [&keys](std::size_t place) { return std::pair(keys[place].front(), place); });
   std::vector<std::string> identities(keys.size());
   std::set<std::string> bases;
   Distinct exact;
@@ -174,8 +174,9 @@ Equipment equipmentOf(std::vector<SequencerClient> clients, const std::map<int, 
   std::erase_if(clients, [ownClient](const SequencerClient& client) {
     return client.number == systemClient || client.number == ownClient || client.ports.empty();
   });
-  std::ranges::sort(clients, {}, &SequencerClient::number);
-  const auto firstProgram = std::ranges::stable_partition(clients, isDevice).begin();
+  std::ranges::sort(
+      clients, {}, [](const SequencerClient& client) { return std::pair(!isDevice(client), client.number); });
+  const auto firstProgram = std::ranges::find_if_not(clients, isDevice);
   const auto factsOf = [&cards](const SequencerClient& client) {
     const auto card = cards.find(*client.card);
     return card != cards.end() ? &card->second : nullptr;

@@ -39,6 +39,10 @@ void EventEncoder::encode(std::span<const std::uint8_t> bytes,
   }
 }
 
+void EventEncoder::reset() {
+  snd_midi_event_reset_encode(coder_.get());
+}
+
 EventDecoder::EventDecoder() : coder_(makeCoder()) {}
 
 void EventDecoder::decode(const snd_seq_event_t& event, std::vector<std::uint8_t>& out) {

@@ -191,6 +191,7 @@ void Outlet::leaveOut(std::string_view reason) {
 }
 
 void Outlet::dropAll() {
+  encoder_.reset();
   backlog_.clear();
   waitingBytes_ = 0;
   takesRest_ = false;

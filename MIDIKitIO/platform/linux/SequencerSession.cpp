@@ -272,10 +272,10 @@ void SequencerSession::addEndpoint(Ref endpoint, MIDIObjectKind kind) {
   auto queue = std::make_shared<SerialQueue>(runtime_.globalQueue());
   auto emitter = std::make_shared<Emitter>(
       outputs(), sequencer_, queue,
-      Emitter::Source{.port = [this, endpoint] { return ownPorts_.portOf(endpoint); },
-                      .sysExRate = [this, endpoint](PortAddress listener) {
-                        return sysExRateOf(endpoint, listener.client);
-                      }});
+      Emitter::Source{
+          .port = [this, endpoint] { return ownPorts_.portOf(endpoint); },
+          .sysExRate = [this,
+                        endpoint](PortAddress listener) { return sysExRateOf(endpoint, listener.client); }});
   host_.listenAsEquipment(endpoint, *queue, [emitter](const MIDIPacketList& list, ConnectionToken /*token*/) {
     emitter->send(list);
   });
@@ -285,9 +285,8 @@ void SequencerSession::refreshEndpoint(Ref endpoint, MIDIObjectKind kind) {
   const auto name = host_.text(endpoint, kMIDIPropertyName);
   ownPorts_.show(endpoint, {.name = readableText(name.value_or(std::string())),
                             .isPrivate = host_.number(endpoint, kMIDIPropertyPrivate).value_or(0) == 1,
-                            .direction = kind == MIDIObjectKind::source
-                                             ? Sequencer::Direction::source
-                                             : Sequencer::Direction::destination});
+                            .direction = kind == MIDIObjectKind::source ? Sequencer::Direction::source
+                                                                        : Sequencer::Direction::destination});
 }
 
 engine::MIDIRouting::Receiver SequencerSession::makeReceiver(Ref destination) {

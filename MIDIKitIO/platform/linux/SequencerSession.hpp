@@ -94,10 +94,10 @@ class SequencerSession {
   std::set<Connection> connections_;  ///< that the kernel was asked for, while both ports are there
   mutable std::mutex mutex_;          ///< of all below; the host isn't called under it
   EquipmentModel model_;
-  std::set<int> drivers_;                        ///< the clients that are the kernel's
-  std::set<int> echoes_;                         ///< those of them that send back what comes to them
-  std::set<PortAddress> heard_;                  ///< the sources that this program listens to
-  std::set<Connection> refused_;                 ///< that the kernel won't make
+  std::set<int> drivers_;         ///< the clients that are the kernel's
+  std::set<int> echoes_;          ///< those of them that send back what comes to them
+  std::set<PortAddress> heard_;   ///< the sources that this program listens to
+  std::set<Connection> refused_;  ///< that the kernel won't make
   std::optional<karvex::foundation::ReadReadiness> watch_;
 };
 

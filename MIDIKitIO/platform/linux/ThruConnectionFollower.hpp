@@ -14,8 +14,8 @@
 namespace midikit::io::alsa {
 
 /// Keeps a store in step with the other programs that use its file: it follows their changes, and sees to it
-/// that one of them all forwards, the one that holds the file "NAME.forwarder" locked. When that one ends, the
-/// next takes over.
+/// that one of them all forwards, the one that holds the file "NAME.forwarder" locked. When that one ends,
+/// the next takes over.
 class ThruConnectionFollower {
  public:
   /// The runtime must outlive the follower.
