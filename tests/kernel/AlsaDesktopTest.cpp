@@ -40,7 +40,9 @@ class AlsaDesktopTest : public KernelBench {
     Bytes bytes;
     EXPECT_EQ(service.MIDIThruConnectionFind(owner, bytes), noErr);
     std::vector<Ref> refs(bytes.size() / sizeof(Ref));
-    std::memcpy(refs.data(), bytes.data(), bytes.size());
+    if (!refs.empty()) {
+      std::memcpy(refs.data(), bytes.data(), bytes.size());
+    }
     return refs;
   }
 };

@@ -112,19 +112,19 @@ void SequencerSession::takeEvent(const snd_seq_event_t* event, Incoming& incomin
 
 /// Whoever has gone gets nothing more from this moment on; the rest is looked at when all has settled.
 void SequencerSession::takeNews(const snd_seq_event_t& event) {
-  const auto [client, port] = event.data.addr;
+  const PortAddress about{event.data.addr.client, event.data.addr.port};
   const bool isExit = event.type == SND_SEQ_EVENT_CLIENT_EXIT || event.type == SND_SEQ_EVENT_PORT_EXIT;
   const bool isChange = event.type >= SND_SEQ_EVENT_CLIENT_START && event.type <= SND_SEQ_EVENT_PORT_CHANGE;
-  if (!isChange || client == sequencer_->client()) {
+  if (!isChange || about.client == sequencer_->client()) {
     return;
   }
   if (isExit) {
-    const auto gone = event.type == SND_SEQ_EVENT_PORT_EXIT ? std::optional<int>(port) : std::nullopt;
-    const auto isThere = [client = int{client}, gone](PortAddress place) {
+    const auto gone = event.type == SND_SEQ_EVENT_PORT_EXIT ? std::optional(about.port) : std::nullopt;
+    const auto isThere = [client = about.client, gone](PortAddress place) {
       return place.client == client && (!gone || place.port == *gone);
     };
     const std::lock_guard lock(mutex_);
-    model_.leave(client, gone);
+    model_.leave(about.client, gone);
     for (auto* connections : {&connections_, &refused_}) {
       std::erase_if(*connections, [&](const Connection& connection) {
         return isThere(connection.first) || isThere(connection.second);
