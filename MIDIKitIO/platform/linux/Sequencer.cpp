@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
+#include <utility>
 
 #include "MIDIKitIO/platform/linux/InputRoom.hpp"
 
@@ -266,6 +267,18 @@ int Sequencer::send(snd_seq_event_t& event, const Wire& wire, const std::optiona
                                            : -EAGAIN;
 }
 
+/// Keeps the sequencer open until the queue has ended.
+struct Sequencer::RunningQueue {
+  RunningQueue(std::shared_ptr<Sequencer> itsSequencer, int itsNumber)
+      : sequencer(std::move(itsSequencer)), number(itsNumber) {}
+  ~RunningQueue() { sequencer->endQueue(number); }
+  RunningQueue(const RunningQueue&) = delete;
+  RunningQueue& operator=(const RunningQueue&) = delete;
+
+  const std::shared_ptr<Sequencer> sequencer;
+  const int number;
+};
+
 QueueHold Sequencer::queue() {
   const std::lock_guard lock(mutex_);
   if (auto running = queue_.lock()) {
@@ -277,12 +290,10 @@ QueueHold Sequencer::queue() {
   }
   snd_seq_start_queue(handle_, number, nullptr);
   snd_seq_drain_output(handle_);
-  const QueueHold started(new int(number), [self = shared_from_this()](const int* queue) {
-    self->endQueue(*queue);
-    delete queue;
-  });
-  queue_ = started;
-  return started;
+  const auto started = std::make_shared<RunningQueue>(shared_from_this(), number);
+  QueueHold hold(started, &started->number);
+  queue_ = hold;
+  return hold;
 }
 
 void Sequencer::endQueue(int number) {

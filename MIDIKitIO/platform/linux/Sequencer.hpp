@@ -79,6 +79,8 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   bool input(std::size_t most, const std::function<void(const snd_seq_event_t*)>& sink);
 
  private:
+  struct RunningQueue;
+
   explicit Sequencer(snd_seq_t* handle) : handle_(handle) {}
   bool setUp();
   bool hasConnection(PortAddress source, PortAddress destination) const;
