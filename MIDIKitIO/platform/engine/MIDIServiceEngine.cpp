@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 
 // The driver's side, clients, the tree and the properties. What has to do with lists is in
 // MIDIServiceEngineRouting.cpp.
@@ -180,7 +179,7 @@ OSStatus MIDIServiceEngine::MIDIEntityGetDevice(Ref entity, Ref& outDevice) cons
   return locked([&] {
     const auto* found = setup_.find(entity);
     if (found == nullptr || found->kind != MIDIObjectKind::entity) {
-      return status::objectNotFound;
+      return statusOf(MIDIOSStatus::objectNotFound);
     }
     outDevice = found->parent;
     return noErr;
@@ -191,7 +190,7 @@ OSStatus MIDIServiceEngine::MIDIEndpointGetEntity(Ref endpoint, Ref& outEntity) 
   return locked([&] {
     const auto* found = setup_.find(endpoint);
     if (found == nullptr || !found->isEndpoint()) {
-      return status::objectNotFound;
+      return statusOf(MIDIOSStatus::objectNotFound);
     }
     outEntity = found->parent;
     return noErr;

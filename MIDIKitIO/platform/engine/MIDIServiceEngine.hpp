@@ -59,7 +59,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   static constexpr karvex::foundation::Duration lingerTime = std::chrono::milliseconds(500);
 
   /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
-  /// lists give status::unknownError. Services that are made with the same store, one after the other or
+  /// lists give `unknownError`. Services that are made with the same store, one after the other or
   /// together, share their persistent thru connections. The driver is attached when this returns, and nothing
   /// else may use it as a driver.
   MIDIServiceEngine(karvex::foundation::Runtime& runtime, PlatformVersion version,

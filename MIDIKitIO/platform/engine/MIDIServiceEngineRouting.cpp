@@ -3,7 +3,6 @@
 
 #include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 
 // The portion of MIDIServiceEngine that has to do with lists: ports, virtual endpoints, delivery and thru
@@ -32,17 +31,17 @@ void close(const std::shared_ptr<ListReceiver>& receiver) {
 /// Whether the operations with protocols may be used, and with this one.
 OSStatus MIDIServiceEngine::checkProtocol(MIDIProtocolID protocol) const {
   if (!hasProtocols()) {
-    return status::unknownError;
+    return statusOf(MIDIOSStatus::unknownError);
   }
-  return isProtocol(protocol) ? noErr : status::parameterError;
+  return isProtocol(protocol) ? noErr : statusOf(MIDIOSStatus::internalError);
 }
 
 OSStatus MIDIServiceEngine::checkEndpoint(Ref endpoint, MIDIObjectKind kind) const {
   const auto* found = setup_.find(endpoint);
   if (found == nullptr || !found->isEndpoint()) {
-    return status::unknownEndpoint;
+    return statusOf(MIDIOSStatus::unknownEndpoint);
   }
-  return found->kind == kind ? noErr : status::wrongEndpointType;
+  return found->kind == kind ? noErr : statusOf(MIDIOSStatus::wrongEndpointType);
 }
 
 /// Lists that a program passes off as a source's can only come from its own, the virtual ones.
@@ -50,13 +49,13 @@ OSStatus MIDIServiceEngine::checkSource(Ref source, bool wantsOwn) const {
   if (const OSStatus failure = checkEndpoint(source, MIDIObjectKind::source); failure != noErr) {
     return failure;
   }
-  return setup_.find(source)->isOwn == wantsOwn ? noErr : status::notPermitted;
+  return setup_.find(source)->isOwn == wantsOwn ? noErr : statusOf(MIDIOSStatus::notPermitted);
 }
 
 OSStatus MIDIServiceEngine::addPort(Ref client, std::optional<MIDIReader> reader, Ref& out) {
   auto* queue = clients_.receiveQueue(client);
   if (queue == nullptr) {
-    return status::invalidClient;
+    return statusOf(MIDIOSStatus::invalidClient);
   }
   out = references_.next();
   routing_.addPort(out,
@@ -130,7 +129,7 @@ OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint
                                                std::optional<MIDIReader> reader, Ref& out) {
   auto* queue = clients_.receiveQueue(client);
   if (queue == nullptr) {
-    return status::invalidClient;
+    return statusOf(MIDIOSStatus::invalidClient);
   }
   out = setup_.addVirtualEndpoint(description.kind, description.name, description.protocol);
   if (reader) {
@@ -187,10 +186,10 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
   const OSStatus result = locked([&] {
     const auto* found = setup_.find(endpoint);
     if (found == nullptr || !found->isEndpoint()) {
-      return status::unknownEndpoint;
+      return statusOf(MIDIOSStatus::unknownEndpoint);
     }
     if (!found->isOwn) {
-      return status::notPermitted;
+      return statusOf(MIDIOSStatus::notPermitted);
     }
     auto messages = removedMessages(setup_, endpoint);
     messages.push_back(setupChangedMessage());
@@ -209,7 +208,7 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
 
 OSStatus MIDIServiceEngine::send(Ref port, Ref destination, const SharedMIDIList& list) {
   if (!routing_.isOutputPort(port)) {
-    return status::invalidPort;
+    return statusOf(MIDIOSStatus::invalidPort);
   }
   const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
   if (failure == noErr) {
@@ -261,7 +260,7 @@ OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const M
   const std::lock_guard lock(mutex_);
   const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
   if (failure != noErr || !setup_.find(destination)->isOwn) {
-    return failure != noErr ? failure : status::notPermitted;
+    return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
   }
   routing_.deliverTo(destination, sender, share(list));
   return noErr;
@@ -274,7 +273,7 @@ OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation:
     const std::lock_guard lock(mutex_);
     const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
     if (failure != noErr || setup_.find(destination)->isOwn) {
-      return failure != noErr ? failure : status::notPermitted;
+      return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
     }
     former =
         routing_.setReader(destination, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 
 namespace midikit::io::engine {
@@ -12,7 +11,7 @@ OSStatus ThruConnections::create(const std::optional<std::string>& owner,
                                  std::span<const std::uint8_t> parameters, Ref& out) {
   auto read = readThruParameters(parameters);
   if (!read) {
-    return status::parameterError;
+    return statusOf(MIDIOSStatus::internalError);
   }
   if (!owner) {
     out = references_.next();
@@ -37,7 +36,7 @@ void ThruConnections::nameByUniqueId(std::span<Endpoint> endpoints) const {
 
 OSStatus ThruConnections::dispose(Ref connection) {
   if (own_.erase(connection) == 0 && !store_->remove(connection)) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   std::erase_if(converters_, [connection](const auto& entry) { return entry.first.first == connection; });
   return noErr;
