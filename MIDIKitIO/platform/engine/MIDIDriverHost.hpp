@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ListReceiver.hpp"
@@ -56,6 +57,9 @@ class MIDIDriverHost {
   virtual OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader) = 0;
   /// The sources that some port or thru connection wants to hear.
   virtual std::set<Ref> wantedSources() const = 0;
+  /// The thru connections, from source to destination, that the equipment may make by itself: they have an
+  /// owner, so they outlive the program, and no filters.
+  virtual std::set<std::pair<Ref, Ref>> plainThruConnections() const = 0;
 
  protected:
   ~MIDIDriverHost() = default;

@@ -33,12 +33,15 @@ MIDIServiceEngine::MIDIServiceEngine(karvex::foundation::Runtime& runtime, Platf
     : runtime_(runtime),
       version_(version),
       driver_(std::move(driver)),
+      store_(std::move(store)),
       setup_(references_, hasProtocols()),
       clients_(runtime),
-      thru_(references_, setup_, std::move(store)),
+      thru_(references_, setup_, store_,
+            [this](Ref source, Ref destination) { return driver_->connectsByItself(source, destination); }),
       timerQueue_(runtime.globalQueue()),
       timerGate_(std::make_shared<BlockGate>(runtime)) {
   driver_->attach(*this);
+  stopObserving_ = store_->observe([this] { thruConnectionsChanged(); });
 }
 
 MIDIServiceEngine::~MIDIServiceEngine() {
@@ -49,6 +52,7 @@ void MIDIServiceEngine::close() {
   if (isClosed_.exchange(true)) {
     return;
   }
+  stopObserving_();
   timerGate_->close();
   driver_->detach();
   closeAll(locked([this] { return routing_.receivers(); }));

@@ -306,6 +306,16 @@ std::set<MIDIObjectRef> MIDIServiceEngine::wantedSources() const {
   return heard;
 }
 
+std::set<std::pair<MIDIObjectRef, MIDIObjectRef>> MIDIServiceEngine::plainThruConnections() const {
+  return locked([this] { return thru_.plainConnections(); });
+}
+
+/// Another program has changed them, or has left them to this one.
+void MIDIServiceEngine::thruConnectionsChanged() {
+  notify(thruConnectionChangedMessage());
+  driver_->wantedSourcesChanged();
+}
+
 OSStatus MIDIServiceEngine::tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind) {
   if (result == noErr) {
     driver_->ownEndpointAdded(endpoint, kind);
