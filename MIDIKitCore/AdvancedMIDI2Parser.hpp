@@ -37,15 +37,11 @@ class AdvancedMIDI2Parser {
 
   /// Calls the handler once with the events of the packet, even if there are none.
   void parseEvents(std::span<const std::uint8_t> packet, std::uint64_t timeStamp, const Source& source) {
-    // Out of the object, so that a handler may parse another packet.
-    auto events = std::exchange(events_, {});
-    parser_.parse(packet, events);
-    if (bundleRPNAndNRPNDataEntryLSB) {
-      pnBundler_.process(events, timeStamp, source);
-    }
-    handleEvents_(events, timeStamp, source);
-    events.clear();
-    events_ = std::move(events);
+    parsePacket(packet, timeStamp, source);
+  }
+  /// The same for a packet given as its words.
+  void parseEvents(std::span<const std::uint32_t> packet, std::uint64_t timeStamp, const Source& source) {
+    parsePacket(packet, timeStamp, source);
   }
 
   template <TimedUniversalPacket<Source> Packet>
@@ -57,6 +53,19 @@ class AdvancedMIDI2Parser {
   bool bundleRPNAndNRPNDataEntryLSB = false;
 
  private:
+  template <typename Unit>
+  void parsePacket(std::span<const Unit> packet, std::uint64_t timeStamp, const Source& source) {
+    // Out of the object, so that a handler may parse another packet.
+    auto events = std::exchange(events_, {});
+    parser_.parse(packet, events);
+    if (bundleRPNAndNRPNDataEntryLSB) {
+      pnBundler_.process(events, timeStamp, source);
+    }
+    handleEvents_(events, timeStamp, source);
+    events.clear();
+    events_ = std::move(events);
+  }
+
   MIDI2Parser parser_;
   ParameterNumberEventBundler<Source> pnBundler_;
   HandleEvents handleEvents_;

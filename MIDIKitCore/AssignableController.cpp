@@ -15,6 +15,6 @@ std::string AssignableController::description() const {
 
 std::size_t std::hash<midikit::core::AssignableController>::operator()(
     const midikit::core::AssignableController& parameter) const noexcept {
-  return midikit::core::detail::hashOf(parameter.kind(), parameter.parameterNumber(),
-                                       parameter.dataEntryMSB(), parameter.dataEntryLSB());
+  return midikit::core::hashOf(parameter.kind(), parameter.parameterNumber(), parameter.dataEntryMSB(),
+                               parameter.dataEntryLSB());
 }

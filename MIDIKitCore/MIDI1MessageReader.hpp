@@ -4,41 +4,10 @@
 #include <utility>
 #include <vector>
 
+#include "MIDIKitCore/MIDI1Status.hpp"
 #include "MIDIKitCore/MIDIEvent.hpp"
 
 namespace midikit::core::detail {
-
-// The status bytes of the MIDI 1.0 specification, as far as the parsers tell them apart.
-inline constexpr std::uint8_t firstStatus = 0x80;
-inline constexpr std::uint8_t firstSystemStatus = 0xF0;
-inline constexpr std::uint8_t firstRealTimeStatus = 0xF8;
-
-inline constexpr std::uint8_t sysExStatus = 0xF0;
-inline constexpr std::uint8_t timecodeStatus = 0xF1;
-inline constexpr std::uint8_t songPositionStatus = 0xF2;
-inline constexpr std::uint8_t songSelectStatus = 0xF3;
-inline constexpr std::uint8_t tuneRequestStatus = 0xF6;
-
-/// How many data bytes follow a status below the real-time ones; 0 also for those that have any number.
-constexpr std::uint8_t dataBytesOf(std::uint8_t status) {
-  switch (status >> 4) {
-    case 0x8:
-    case 0x9:
-    case 0xA:
-    case 0xB:
-    case 0xE:
-      return 2;
-    case 0xC:
-    case 0xD:
-      return 1;
-    default:
-      break;
-  }
-  if (status == songPositionStatus) {
-    return 2;
-  }
-  return status == timecodeStatus || status == songSelectStatus ? 1 : 0;
-}
 
 /// What the parsers do with the record of an event: put it behind what a list holds.
 struct AppendEvent {

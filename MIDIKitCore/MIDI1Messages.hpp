@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -98,13 +97,6 @@ constexpr std::uint32_t midi1Message(const ActiveSensing&) {
 }
 constexpr std::uint32_t midi1Message(const SystemReset&) {
   return message(0xFF);
-}
-
-/// The size in bytes of the message with that status byte.
-constexpr std::size_t midi1MessageSize(unsigned status) {
-  constexpr std::array<std::uint8_t, 16> bySystemStatus = {0, 2, 3, 2, 0, 2, 1, 0, 1, 0, 1, 1, 1, 0, 1, 1};
-  constexpr std::array<std::uint8_t, 8> byOpcode = {3, 3, 3, 3, 2, 2, 3, 0};
-  return status < 0xF0 ? byOpcode[status >> 4 & 7] : bySystemStatus[status & 15];
 }
 
 /// Calls `put` with each of the control changes that carry a parameter number and its data entry, and with

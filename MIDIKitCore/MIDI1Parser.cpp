@@ -73,7 +73,7 @@ class Walk {
 
   /// Goes on from data bytes, as far as they are of use or none of any.
   const std::uint8_t* readData(const std::uint8_t* at) {
-    if (dataBytesOf(status_) == 0) {
+    if (midi1DataBytes(status_) == 0) {
       return findStatus(at, end_);
     }
     if (status_ >= firstSystemStatus) {
@@ -111,7 +111,7 @@ class Walk {
 
   const std::uint8_t* readSystemData(const std::uint8_t* at) {
     const auto data = UInt7::unchecked(*at);
-    if (dataBytesOf(status_) == 1) {
+    if (midi1DataBytes(status_) == 1) {
       readSystemCommon(data, {});
     } else if (holdsFirst_) {
       holdsFirst_ = false;
@@ -137,7 +137,7 @@ class Walk {
       return readSysEx(at - 1);
     }
     // What has neither data nor a meaning (0xF4, 0xF5, 0xF7) leaves the data that follows without a status.
-    status_ = status == tuneRequestStatus || dataBytesOf(status) != 0 ? status : noStatus;
+    status_ = status == tuneRequestStatus || midi1DataBytes(status) != 0 ? status : noStatus;
     return at;
   }
 
@@ -217,12 +217,12 @@ std::optional<MIDIEvent> MIDI1Parser::parsedEvent(Bytes message, bool translateN
     reader.readRealTime(status, emit);
     return event;
   }
-  const auto data = message.subspan(1, std::min<std::size_t>(dataBytesOf(status), message.size() - 1));
+  const auto data = message.subspan(1, std::min<std::size_t>(midi1DataBytes(status), message.size() - 1));
   // The halves of a 14-bit value ignore the high bit of their bytes; everything else is refused because of
   // it.
   const bool is14Bit = status >> 4 == 0xE || status == songPositionStatus;
   const auto isTooLarge = [](std::uint8_t byte) { return byte >= firstStatus; };
-  if (data.size() < dataBytesOf(status) || (!is14Bit && std::ranges::any_of(data, isTooLarge))) {
+  if (data.size() < midi1DataBytes(status) || (!is14Bit && std::ranges::any_of(data, isTooLarge))) {
     return std::nullopt;
   }
   const auto low7Bits = [data](std::size_t index) {

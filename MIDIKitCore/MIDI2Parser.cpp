@@ -1,10 +1,14 @@
 #include "MIDIKitCore/MIDI2Parser.hpp"
 
+#include <array>
 #include <concepts>
 
 #include "MIDIKitCore/MIDI1MessageReader.hpp"
 #include "MIDIKitCore/MIDIUMPFields.hpp"
+#include "MIDIKitCore/SysExPackets.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
+#include "MIDIKitCore/UMPPacket.hpp"
+#include "MIDIKitCore/UMPWords.hpp"
 
 namespace midikit::core {
 namespace {
@@ -36,7 +40,7 @@ void parseSystem(Bytes packet, AppendEvent emit) {
     reader.readRealTime(status, emit);
     return;
   }
-  const auto count = dataBytesOf(status);
+  const auto count = midi1DataBytes(status);
   if (status < firstSystemStatus || (count >= 1 && !is7Bit(packet[2])) ||
       (count == 2 && !is7Bit(packet[3]))) {
     return;
@@ -206,6 +210,25 @@ std::vector<MIDIEvent> MIDI2Parser::parsedEvents(Bytes packet) {
   return events;
 }
 
+std::vector<MIDIEvent> MIDI2Parser::parsedEvents(std::span<const std::uint32_t> packet) {
+  std::vector<MIDIEvent> events;
+  parse(packet, events);
+  return events;
+}
+
+void MIDI2Parser::parse(std::span<const std::uint32_t> packet, std::vector<MIDIEvent>& into) {
+  std::array<std::uint8_t, UMPPacket::maximumWords * 4> bytes{};
+  while (packet.size() > UMPPacket::maximumWords) {  // Only timestamps may stand ahead of so much.
+    const auto first = writeUMPBytes(packet.first(1), bytes);
+    if (umpMessageType(packet.front()) != static_cast<std::uint32_t>(MIDIUMPMessageType::utility) ||
+        !parseUtility(first, AppendEvent{into})) {
+      return;
+    }
+    packet = packet.subspan(1);
+  }
+  parse(writeUMPBytes(packet, bytes), into);
+}
+
 void MIDI2Parser::parse(Bytes packet, std::vector<MIDIEvent>& into) {
   if (packet.size() % 4 != 0) {
     return;
@@ -235,34 +258,16 @@ void MIDI2Parser::parse(Bytes packet, std::vector<MIDIEvent>& into) {
 }
 
 void MIDI2Parser::parseData64(std::span<const std::uint8_t, 8> packet, std::vector<MIDIEvent>& into) {
-  constexpr std::size_t mostBytes = 6;
-  const auto status = midiUMPSysExStatusField(highNibble(packet[1]));
-  const auto count = lowNibble(packet[1]).value();
-  if (!status || count > mostBytes) {
+  const auto piece = SysEx7Piece::read(packet);
+  if (!piece) {
     return;
   }
-  const auto group = lowNibble(packet[0]);
-  const auto payload = Bytes(packet).subspan(2, count);
   auto& buffer = sysEx7MultiPartUMPBuffer_;
-  switch (*status) {
-    case MIDIUMPSysExStatusField::complete:
-      appendSysEx7Body(payload, group, into);
-      return;
-    case MIDIUMPSysExStatusField::start:
+  if (const auto message = buffer.take(piece->status, piece->bytes, sysExLimit_)) {
+    appendSysEx7Body(*message, piece->group, into);
+    if (piece->status == MIDIUMPSysExStatusField::end) {
       buffer.clear();
-      buffer.append(payload, sysExLimit_);
-      return;
-    case MIDIUMPSysExStatusField::continue_:
-    case MIDIUMPSysExStatusField::end:
-      break;
-  }
-  if (buffer.empty()) {
-    return;
-  }
-  buffer.append(payload, sysExLimit_);
-  if (*status == MIDIUMPSysExStatusField::end) {
-    appendSysEx7Body(buffer.bytes(), group, into);
-    buffer.clear();
+    }
   }
 }
 

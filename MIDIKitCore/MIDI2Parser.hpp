@@ -42,9 +42,13 @@ class MIDI2Parser {
     return parsedEvents(std::span<const std::uint8_t>(packet.bytes));
   }
 
+  /// The same for a packet given as its words.
+  std::vector<MIDIEvent> parsedEvents(std::span<const std::uint32_t> packet);
+
   /// Puts the events of one packet behind what `into` holds. Allocates where `into` or a buffer has to grow,
   /// and once for the body of a system exclusive message of more than 15 bytes.
   void parse(std::span<const std::uint8_t> packet, std::vector<MIDIEvent>& into);
+  void parse(std::span<const std::uint32_t> packet, std::vector<MIDIEvent>& into);
 
  private:
   void parseData64(std::span<const std::uint8_t, 8> packet, std::vector<MIDIEvent>& into);

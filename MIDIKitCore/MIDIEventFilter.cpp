@@ -16,5 +16,5 @@ std::size_t std::hash<midikit::core::MIDIEventFilter>::operator()(
     const midikit::core::MIDIEventFilter& filter) const {
   const auto& alternative = filter.alternative();
   const auto heldHash = std::visit([](const auto& held) { return held.hash(); }, alternative);
-  return midikit::core::detail::hashCombined(alternative.index(), heldHash);
+  return midikit::core::hashOf(alternative.index(), heldHash);
 }

@@ -24,5 +24,5 @@ std::vector<MIDIEvent> MIDIEventFilterGroup::apply(std::span<const MIDIEvent> ev
 
 std::size_t std::hash<midikit::core::MIDIEventFilterGroup>::operator()(
     const midikit::core::MIDIEventFilterGroup& group) const {
-  return midikit::core::detail::hashOf(group.filters);
+  return midikit::core::hashOf(group.filters);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -12,6 +11,7 @@
 #include <variant>
 #include <vector>
 
+#include "MIDIKitCore/FieldHash.hpp"
 #include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/MIDIEventFilterCriteria.hpp"
 
@@ -32,30 +32,6 @@ constexpr bool passes(MIDIEventFilterVerb verb, MIDIEventMatch match) {
   }
   return false;
 }
-
-namespace detail {
-
-/// Spreads both over all bits by a multiplication with an odd number (2^64 divided by the golden ratio), as
-/// what is combined here are small numbers.
-constexpr std::size_t hashCombined(std::size_t seed, std::size_t hash) {
-  constexpr std::uint64_t spread = 0x9E3779B97F4A7C15;
-  return static_cast<std::size_t>((std::rotl(seed * spread, 31) ^ hash) * spread);
-}
-
-template <class Value>
-std::size_t hashOf(const Value& value) {
-  return std::hash<Value>{}(value);
-}
-template <class Value>
-std::size_t hashOf(const std::vector<Value>& values) {
-  std::size_t hash = values.size();
-  for (const Value& value : values) {
-    hash = hashCombined(hash, std::hash<Value>{}(value));
-  }
-  return hash;
-}
-
-}  // namespace detail
 
 /// A verb and one of several criteria: what all filters are made of. An immutable value; any thread. The
 /// named factories of the concrete filters make one.
@@ -86,11 +62,11 @@ class MIDIEventFilterRule {
         return 0;
       } else {
         const auto& [field] = criterion;
-        return detail::hashOf(field);
+        return hashOf(field);
       }
     };
     const std::size_t kind = criterion_.index() << 2U | static_cast<std::size_t>(verb_);
-    return detail::hashCombined(kind, std::visit(hashOfField, criterion_));
+    return hashOf(kind, std::visit(hashOfField, criterion_));
   }
 
   bool operator==(const MIDIEventFilterRule&) const = default;

@@ -5,6 +5,7 @@
 
 #include "MIDIKitCore/EncodedList.hpp"
 #include "MIDIKitCore/MIDI1Messages.hpp"
+#include "MIDIKitCore/MIDI1Status.hpp"
 #include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/SysExBytes.hpp"
 #include "MIDIKitCore/VoiceImage.hpp"
@@ -48,7 +49,7 @@ class ShortWriter {
     requires requires(const Event& event) { detail::midi1Message(event); }
   std::uint8_t* operator()(const Event& event) const {
     const std::uint32_t message = detail::midi1Message(event);
-    return write(into_, detail::midi1MessageSize(message >> 16), message);
+    return write(into_, midi1MessageSize(message >> 16), message);
   }
 
   // What MIDI 1.0 can't express, and system exclusive events, which aren't short.
@@ -93,9 +94,9 @@ std::size_t writeSysEx(const Record& record, std::span<std::uint8_t> into) {
   const SysExHeader header(record);
   const std::size_t size = 1 + header.size() + record.data.size() + 1;
   if (size <= into.size()) {
-    into[0] = 0xF0;
+    into[0] = sysExStatus;
     const auto body = std::ranges::copy(header, into.begin() + 1).out;
-    *std::ranges::copy(record.data, body).out = 0xF7;
+    *std::ranges::copy(record.data, body).out = sysExEndStatus;
   }
   return size;
 }

@@ -220,12 +220,6 @@ void appendSysEx(const MIDIEvent& event, std::vector<std::uint32_t>& into) {
   writeSysEx(event, std::span(into).subspan(before));
 }
 
-/// The number of words of the packet that begins with that word: of the message types that events have.
-std::size_t wordCount(std::uint32_t firstWord) {
-  constexpr std::array<std::uint8_t, 6> byMessageType = {1, 1, 1, 2, 2, 4};
-  return byMessageType[firstWord >> 28];
-}
-
 template <class Writer>
 void appendWords(std::span<const MIDIEvent> events, std::vector<std::uint32_t>& into) {
   const auto write = [](const MIDIEvent& event, std::uint32_t* end) { return Writer::write(event, end); };
@@ -239,7 +233,7 @@ std::vector<UMPPacket> MIDIEvent::umpWords(MIDIProtocolVersion protocol) const {
   appendUMPWords(protocol, words);
   std::vector<UMPPacket> packets;
   for (std::span<const std::uint32_t> rest = words; !rest.empty();) {
-    const std::size_t count = wordCount(rest.front());
+    const std::size_t count = umpWordCount(rest.front());
     packets.emplace_back(rest.first(count));
     rest = rest.subspan(count);
   }

@@ -54,6 +54,6 @@ std::string RegisteredController::description() const {
 
 std::size_t std::hash<midikit::core::RegisteredController>::operator()(
     const midikit::core::RegisteredController& parameter) const noexcept {
-  return midikit::core::detail::hashOf(parameter.kind(), parameter.parameterNumber(),
-                                       parameter.dataEntryMSB(), parameter.dataEntryLSB());
+  return midikit::core::hashOf(parameter.kind(), parameter.parameterNumber(), parameter.dataEntryMSB(),
+                               parameter.dataEntryLSB());
 }

@@ -2,8 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
+
+#include "MIDIKitCore/MIDIUMPFields.hpp"
 
 namespace midikit::core {
 
@@ -27,6 +30,30 @@ class SysExBuffer {
       return;
     }
     bytes_.insert(bytes_.end(), piece.begin(), piece.end());
+  }
+
+  /// Takes the piece of a message in packets. Returns the message if it is whole now, valid until the next
+  /// call of anything but bytes(); so a caller clears the buffer once it has read what came with `end`. A
+  /// complete one leaves what is under way alone, a start begins afresh, and what has no beginning is
+  /// dropped.
+  std::optional<std::span<const std::uint8_t>> take(MIDIUMPSysExStatusField status,
+                                                    std::span<const std::uint8_t> piece, std::size_t limit) {
+    switch (status) {
+      case MIDIUMPSysExStatusField::complete:
+        return piece;
+      case MIDIUMPSysExStatusField::start:
+        clear();
+        append(piece, limit);
+        return std::nullopt;
+      case MIDIUMPSysExStatusField::continue_:
+      case MIDIUMPSysExStatusField::end:
+        break;
+    }
+    if (empty()) {
+      return std::nullopt;
+    }
+    append(piece, limit);
+    return status == MIDIUMPSysExStatusField::end && !empty() ? std::optional(bytes()) : std::nullopt;
   }
 
   /// Drops the message. At most `keptCapacity` stays for the next one.

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "MIDIKitCore/MIDI1Status.hpp"
+
 namespace midikit::core {
 namespace {
 
@@ -16,12 +18,12 @@ void append(const Event& event, SysExFraming framing, std::vector<std::uint8_t>&
   into.resize(before + header.size() + event.data.size() + frame);
   std::uint8_t* at = into.data() + before;
   if (framing.leading) {
-    *at++ = 0xF0;
+    *at++ = sysExStatus;
   }
   at = std::ranges::copy(header, at).out;
   at = std::ranges::copy(event.data, at).out;
   if (framing.trailing) {
-    *at = 0xF7;
+    *at = sysExEndStatus;
   }
 }
 

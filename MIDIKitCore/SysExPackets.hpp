@@ -2,9 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
+#include "MIDIKitCore/MIDIUMPFields.hpp"
 #include "MIDIKitCore/SysExEvents.hpp"
+#include "MIDIKitCore/UInt4.hpp"
 
 namespace midikit::core {
 
@@ -24,5 +27,20 @@ void writeSysExWords(const SysEx7& event, std::span<std::uint32_t> into);
 void writeSysExWords(const UniversalSysEx7& event, std::span<std::uint32_t> into);
 void writeSysExWords(const SysEx8& event, std::span<std::uint32_t> into);
 void writeSysExWords(const UniversalSysEx8& event, std::span<std::uint32_t> into);
+
+/// The same for a 7-bit message of which only the body is known, all that stands between 0xF0 and 0xF7. One
+/// without a byte takes a packet, too.
+std::size_t sysEx7WordCount(std::size_t bodySize);
+void writeSysEx7Words(std::span<const std::uint8_t> body, UInt4 group, std::span<std::uint32_t> into);
+
+/// What a packet of SysEx7 carries.
+struct SysEx7Piece {
+  MIDIUMPSysExStatusField status;
+  UInt4 group;
+  std::span<const std::uint8_t> bytes;  ///< of the packet
+
+  /// None for a packet that isn't well-formed. Its message type isn't looked at.
+  static std::optional<SysEx7Piece> read(std::span<const std::uint8_t, 8> packet);
+};
 
 }  // namespace midikit::core

@@ -8,11 +8,10 @@
 #include <utility>
 #include <vector>
 
+#include "MIDIKitCore/MIDI1Status.hpp"
+
 namespace midikit::core {
 namespace {
-
-constexpr std::uint8_t sysExStart = 0xF0;
-constexpr std::uint8_t sysExEnd = 0xF7;
 
 /// Device ID and the two sub-IDs of a universal message.
 using UniversalHeader = std::array<UInt7, 3>;
@@ -75,11 +74,11 @@ void read7Body(Bytes body, UInt4 group, const Emit& emit) {
 
 template <typename Emit>
 void read7(Bytes rawBytes, UInt4 group, const Emit& emit) {
-  if (rawBytes.empty() || rawBytes[0] != sysExStart) {
+  if (rawBytes.empty() || rawBytes[0] != sysExStatus) {
     return;
   }
   const auto body = rawBytes.subspan(1);
-  if (!body.empty() && body.back() == sysExEnd) {
+  if (!body.empty() && body.back() == sysExEndStatus) {
     return read7Body(body.first(body.size() - 1), group, emit);
   }
   // A universal message that ends with its header is one only if its end is there to be seen.

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "MIDIKitCore/FieldHash.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
-#include "MIDIKitIO/objects/Hash.hpp"
 
 namespace midikit::io {
 
@@ -37,7 +37,5 @@ bool MIDIEndpointMaskedFilter::keeps(const AnyMIDIEndpoint& endpoint,
 
 std::size_t std::hash<midikit::io::MIDIEndpointFilter>::operator()(
     const midikit::io::MIDIEndpointFilter& filter) const noexcept {
-  std::size_t seed = std::hash<bool>()(filter.owned);
-  midikit::io::addListToHash(seed, filter.criteria);
-  return seed;
+  return midikit::core::hashOf(filter.owned, filter.criteria);
 }

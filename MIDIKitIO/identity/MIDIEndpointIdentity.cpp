@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "MIDIKitIO/objects/Hash.hpp"
+#include "MIDIKitCore/FieldHash.hpp"
 #include "MIDIKitInternals/Text.hpp"
 
 namespace midikit::io {
@@ -72,9 +72,7 @@ struct Hash {
 
   template <class... Payload>
   static std::size_t of(std::string_view caseName, const Payload&... payload) {
-    std::size_t seed = std::hash<std::string_view>()(caseName);
-    (addToHash(seed, std::hash<Payload>()(payload)), ...);
-    return seed;
+    return core::hashOf(caseName, payload...);
   }
 };
 

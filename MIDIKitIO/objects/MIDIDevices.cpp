@@ -1,6 +1,6 @@
 #include "MIDIKitIO/objects/MIDIDevices.hpp"
 
-#include "MIDIKitIO/objects/Hash.hpp"
+#include "MIDIKitCore/FieldHash.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
 
 namespace midikit::io {
@@ -31,7 +31,5 @@ std::unordered_map<MIDIDevice, std::vector<MIDIOutputEndpoint>> MIDIDevices::out
 
 std::size_t std::hash<midikit::io::MIDIDevices>::operator()(
     const midikit::io::MIDIDevices& devices) const noexcept {
-  std::size_t seed = 0;
-  midikit::io::addListToHash(seed, devices.devices);
-  return seed;
+  return midikit::core::hashOf(devices.devices);
 }

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <set>
 
+#include "MIDIKitCore/FieldHash.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
-#include "MIDIKitIO/objects/Hash.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
 
 namespace midikit::io {
@@ -44,10 +44,6 @@ bool operator==(const MIDIEndpoints& a, const MIDIEndpoints& b) {
 
 std::size_t std::hash<midikit::io::MIDIEndpoints>::operator()(
     const midikit::io::MIDIEndpoints& endpoints) const noexcept {
-  std::size_t seed = 0;
-  midikit::io::addListToHash(seed, endpoints.inputs);
-  midikit::io::addListToHash(seed, endpoints.inputsUnowned);
-  midikit::io::addListToHash(seed, endpoints.outputs);
-  midikit::io::addListToHash(seed, endpoints.outputsUnowned);
-  return seed;
+  return midikit::core::hashOf(endpoints.inputs, endpoints.inputsUnowned, endpoints.outputs,
+                               endpoints.outputsUnowned);
 }

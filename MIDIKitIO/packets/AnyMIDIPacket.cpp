@@ -15,10 +15,7 @@ MIDIPacketBytes bytesOf(std::span<const std::uint32_t> words) {
     return MIDIPacketBytes(core::umpBytes(words));
   }
   std::array<std::uint8_t, most * sizeof(std::uint32_t)> bytes{};
-  for (std::size_t word = 0; word < words.size(); ++word) {
-    core::writeUMPBytes(words.subspan(word, 1), &bytes.at(word * sizeof(std::uint32_t)));
-  }
-  return MIDIPacketBytes(std::span(bytes).first(words.size() * sizeof(std::uint32_t)));
+  return MIDIPacketBytes(core::writeUMPBytes(words, bytes));
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "MIDIKitCore/MIDIUMPFields.hpp"
+#include "MIDIKitCore/UMPWords.hpp"
 
 namespace midikit::io {
 
@@ -12,23 +12,8 @@ namespace midikit::io {
 /// read, which ends a packet's messages: those behind it are left alone even where the type's length is
 /// known.
 constexpr std::size_t universalMessageWords(std::uint32_t firstWord) {
-  const auto type =
-      core::midiUMPMessageType(core::UInt4::unchecked(static_cast<std::uint8_t>(firstWord >> 28U)));
-  if (!type) {
-    return 0;
-  }
-  switch (*type) {
-    case core::MIDIUMPMessageType::utility:
-    case core::MIDIUMPMessageType::systemRealTimeAndCommon:
-    case core::MIDIUMPMessageType::midi1ChannelVoice:
-      return 1;
-    case core::MIDIUMPMessageType::data64bit:
-    case core::MIDIUMPMessageType::midi2ChannelVoice:
-      return 2;
-    case core::MIDIUMPMessageType::data128bit:
-      return 4;
-  }
-  return 0;
+  constexpr std::uint32_t lastTypeRead = 5;
+  return core::umpMessageType(firstWord) <= lastTypeRead ? core::umpWordCount(firstWord) : 0;
 }
 
 /// Calls `visit` with the words of each message from the front, up to one that is cut off or that the layer

@@ -8,6 +8,7 @@
 #include <string>
 #include <variant>
 
+#include "MIDIKitCore/MIDIOSStatus.hpp"
 #include "MIDIKitIO/platform/MIDIPacketList.hpp"
 #include "MIDIKitInternals/InlineVector.hpp"
 
@@ -16,9 +17,16 @@ namespace midikit::io {
 /// A platform's handle for a client, port, device, entity, endpoint or thru connection; 0 means none.
 using MIDIObjectRef = std::uint32_t;
 
-/// A platform's result; 0 (`noErr`) means success, core::MIDIOSStatus names the rest.
+/// A platform's result; 0 (`noErr`) means success, MIDIOSStatus names the rest.
 using OSStatus = std::int32_t;
 inline constexpr OSStatus noErr = 0;
+
+using core::MIDIOSStatus;
+
+/// The platform's number of a named status.
+constexpr OSStatus statusOf(MIDIOSStatus::Named named) {
+  return MIDIOSStatus(named).number();
+}
 
 /// The platform whose generation of the MIDI interface a service offers.
 struct PlatformVersion {

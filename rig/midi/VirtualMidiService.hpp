@@ -30,7 +30,7 @@ using midikit::io::engine::WordReader;
 class VirtualMidiService final : public CountedMidiService {
  public:
   /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
-  /// lists give status::unknownError. Services that are made with the same store, one after the other or
+  /// lists give `unknownError`. Services that are made with the same store, one after the other or
   /// together, share their persistent thru connections.
   explicit VirtualMidiService(
       foundation::Runtime& runtime, midikit::io::PlatformVersion version = {.major = 13, .minor = 0},

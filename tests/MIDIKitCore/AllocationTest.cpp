@@ -8,7 +8,6 @@
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
 #include "MIDIKitCore/MIDI2Parser.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
 #include "tests/AllocationCounter.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
@@ -92,14 +91,11 @@ TEST(AllocationTest, OfPacketsIsOneForALongBody) {
   for (const auto& [event, allocated] : cases) {
     MIDI2Parser parser;
     Events events;
-    std::vector<Bytes> packets;
-    for (const auto& packet : event.umpWords(MIDIProtocolVersion::midi2_0)) {
-      packets.push_back(umpBytes(packet.words()));
-    }
+    const auto packets = event.umpWords(MIDIProtocolVersion::midi2_0);
     const auto parse = [&] {
       events.clear();
       for (const auto& packet : packets) {
-        parser.parse(packet, events);
+        parser.parse(packet.words(), events);
       }
     };
     EXPECT_EQ(allocationsOf(parse), allocated) << event.debugDescription();

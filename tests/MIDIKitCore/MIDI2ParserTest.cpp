@@ -39,9 +39,21 @@ struct Case {
   Events events;
 };
 
+std::vector<std::uint32_t> wordsOf(const Bytes& bytes) {
+  std::vector<std::uint32_t> words;
+  for (std::size_t i = 0; i < bytes.size(); i += 4) {
+    words.push_back(umpWord(bytes[i], bytes[i + 1], bytes[i + 2], bytes[i + 3]));
+  }
+  return words;
+}
+
 void expectEvents(std::span<const Case> cases) {
   for (const auto& [packet, expected] : cases) {
-    EXPECT_EQ(MIDI2Parser().parsedEvents(bytesOf(packet)), expected) << packet;
+    const auto bytes = bytesOf(packet);
+    EXPECT_EQ(MIDI2Parser().parsedEvents(bytes), expected) << packet;
+    if (bytes.size() % 4 == 0) {
+      EXPECT_EQ(MIDI2Parser().parsedEvents(wordsOf(bytes)), expected) << packet << " in words";
+    }
   }
 }
 
@@ -59,6 +71,10 @@ TEST(MIDI2ParserTest, ReadsUtilityAndSystemMessages) {
        {MIDIEvent::jrTimestamp(u16(1), 0_u4), MIDIEvent::jrTimestamp(u16(2), 0_u4), noteOn}},
       {"03 20 12 34 22 91 3C 40 22 91 3C 40", {MIDIEvent::jrTimestamp(u16(0x1234), 3_u4)}},
       {"03 10 12 34 22 91 3C 40", {MIDIEvent::jrClock(u16(0x1234), 3_u4)}},
+      {"00 20 00 01 00 20 00 02 00 20 00 03 00 20 00 04 22 91 3C 40",
+       {MIDIEvent::jrTimestamp(u16(1), 0_u4), MIDIEvent::jrTimestamp(u16(2), 0_u4),
+        MIDIEvent::jrTimestamp(u16(3), 0_u4), MIDIEvent::jrTimestamp(u16(4), 0_u4), noteOn}},
+      {"22 91 3C 40 00 20 00 01 00 20 00 02 00 20 00 03 00 20 00 04", {}},
       {"11 F1 7F 80", {MIDIEvent::timecodeQuarterFrame(0x7F_u7, 1_u4)}},
       {"11 F1 80 00", {}},
       {"11 F2 7F 01", {MIDIEvent::songPositionPointer(255_u14, 1_u4)}},

@@ -52,8 +52,7 @@ TEST_F(AlsaMIDIServiceTest, ProgramsComeAndGo) {
     SequencerPeer peer("Other Program");
     peer.addSource("their source");
     peer.addDestination("their destination");
-    peer.addPort("their secret",
-                 SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ | SND_SEQ_PORT_CAP_NO_EXPORT);
+    peer.addPort("their secret", SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_WRITE);
     ASSERT_TRUE(comesTrue([&] { return source("their source") && destination("their destination"); }));
     EXPECT_TRUE(comesTrue([&] { return told(2) == 2 && told(1) >= 1; }));
     EXPECT_FALSE(hasEntity(source("their source")));
@@ -227,7 +226,8 @@ TEST_F(AlsaMIDIServiceTest, LeavesNoDescriptorBehind) {
   for (int round = 0; round < 10; ++round) {
     makeService().reset();
   }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_TRUE(comesTrue([&] { return openDescriptors() <= before; }))
+      << openDescriptors() << ", not " << before;
 }
 
 }  // namespace

@@ -32,10 +32,12 @@ snd_seq_event_t noteOn(std::uint8_t key) {
 
 }  // namespace
 
-SequencerPeer::SequencerPeer(const std::string& name) {
+SequencerPeer::SequencerPeer(const std::string& name, Room room) {
   checked(snd_seq_open(&handle_, "hw", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK), "open");
   snd_seq_set_client_name(handle_, name.c_str());
-  snd_seq_set_client_pool_input(handle_, 2000);
+  if (room == Room::most) {
+    snd_seq_set_client_pool_input(handle_, 2000);
+  }
 }
 
 SequencerPeer::~SequencerPeer() {

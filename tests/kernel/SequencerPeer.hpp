@@ -17,7 +17,10 @@ class SequencerPeer {
  public:
   using Address = std::pair<int, int>;
 
-  explicit SequencerPeer(const std::string& name);
+  /// How many events the peer has room for that it hasn't read: the most there can be, or the usual number.
+  enum class Room { most, usual };
+
+  explicit SequencerPeer(const std::string& name, Room room = Room::most);
   ~SequencerPeer();
   SequencerPeer(const SequencerPeer&) = delete;
   SequencerPeer& operator=(const SequencerPeer&) = delete;

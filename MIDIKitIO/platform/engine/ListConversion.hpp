@@ -5,9 +5,12 @@
 #include <span>
 #include <vector>
 
+#include "MIDIKitCore/SysExBuffer.hpp"
+#include "MIDIKitCore/UInt4.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ByteSplitter.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
+#include "MIDIKitIO/platform/engine/ProtocolTranslation.hpp"
 
 namespace midikit::io::engine {
 
@@ -28,14 +31,16 @@ class ListConverter {
 
  private:
   std::vector<TimedMessage> messagesIn(const MIDIPacketList& list);
+  void appendTranslated(MIDIEventList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> message);
   void takeMessage(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
                    std::vector<TimedMessage>& out);
   void takeSysEx7(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
                   std::vector<TimedMessage>& out);
 
   ByteSplitter splitter_;
-  /// By group, the beginnings of system exclusive messages that come in words, from F0 on.
-  std::map<std::uint32_t, std::vector<std::uint8_t>> sysEx7_;
+  ProtocolTranslator translator_;
+  /// By group, what there is of system exclusive messages that come in words; none for a group without.
+  std::map<core::UInt4, core::SysExBuffer> sysEx7_;
 };
 
 }  // namespace midikit::io::engine

@@ -34,13 +34,22 @@ void ListReceiver::takeFrom(const std::shared_ptr<MIDIConnection>& connection, s
 void ListReceiver::deliver(SharedMIDIList list, MIDIObjectRef sender) {
   queue_.post([self = shared_from_this(), list = std::move(list), sender] {
     self->gate_.pass([&] {
-      ListConverter& converter = self->converters_[sender];
+      ListConverter& converter = self->converterFor(sender);
       self->handOver(*list, converter, nullptr);
       if (converter.isIdle()) {
-        self->converters_.erase(sender);
+        self->spare_ = self->converters_.extract(sender);
       }
     });
   });
+}
+
+ListConverter& ListReceiver::converterFor(MIDIObjectRef sender) {
+  const auto found = converters_.find(sender);
+  if (found != converters_.end() || spare_.empty()) {
+    return converters_[sender];
+  }
+  spare_.key() = sender;
+  return converters_.insert(std::move(spare_)).position->second;
 }
 
 void ListReceiver::handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token) {

@@ -46,12 +46,16 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
  private:
   /// Hands over at most so many of the lists that wait.
   void takeFrom(const std::shared_ptr<MIDIConnection>& connection, std::size_t most);
+  ListConverter& converterFor(MIDIObjectRef sender);
   void handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token);
 
   karvex::foundation::Queue& queue_;
   MIDIReader reader_;
   BlockGate gate_;
-  std::map<MIDIObjectRef, ListConverter> converters_;  ///< by sender; used on the queue alone
+  /// By sender, those inside of a message. Used on the queue alone, as what follows.
+  std::map<MIDIObjectRef, ListConverter> converters_;
+  /// One that is inside of none, for the memory that it has.
+  std::map<MIDIObjectRef, ListConverter>::node_type spare_;
 };
 
 }  // namespace midikit::io::engine

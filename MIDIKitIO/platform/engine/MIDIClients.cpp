@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "MIDIKitIO/platform/engine/BlockGate.hpp"
-
 namespace midikit::io::engine {
 
 /// What a queued notification holds on to, so that it may outlive the client.
@@ -15,11 +13,13 @@ struct MIDIClients::Listener {
   MIDINotifyBlock block;
 };
 
-void MIDIClients::add(MIDIObjectRef client, MIDINotifyBlock block) {
+std::shared_ptr<BlockGate> MIDIClients::add(MIDIObjectRef client, MIDINotifyBlock block) {
   auto& queue = runtime_.globalQueue();
   auto listener = std::make_shared<Listener>(runtime_, std::move(block));
+  std::shared_ptr<BlockGate> gate(listener, &listener->gate);
   clients_.emplace(client, Client{std::move(listener), karvex::foundation::SerialQueue(queue),
                                   karvex::foundation::SerialQueue(queue)});
+  return gate;
 }
 
 karvex::foundation::Queue* MIDIClients::receiveQueue(MIDIObjectRef client) {
@@ -41,10 +41,13 @@ void MIDIClients::notify(const std::vector<MIDINotification>& messages) {
   }
 }
 
-void MIDIClients::close() {
+std::vector<std::shared_ptr<BlockGate>> MIDIClients::gates() const {
+  std::vector<std::shared_ptr<BlockGate>> all;
+  all.reserve(clients_.size());
   for (const auto& [ref, client] : clients_) {
-    client.listener->gate.close();
+    all.emplace_back(client.listener, &client.listener->gate);
   }
+  return all;
 }
 
 }  // namespace midikit::io::engine

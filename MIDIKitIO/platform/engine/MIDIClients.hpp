@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
+#include "MIDIKitIO/platform/engine/BlockGate.hpp"
 #include "foundation/Runtime.hpp"
 #include "foundation/SerialQueue.hpp"
 
@@ -17,7 +18,8 @@ class MIDIClients {
  public:
   /// The runtime must outlive the clients.
   explicit MIDIClients(karvex::foundation::Runtime& runtime) : runtime_(runtime) {}
-  void add(MIDIObjectRef client, MIDINotifyBlock block);
+  /// Returns the gate of the client's notifications.
+  std::shared_ptr<BlockGate> add(MIDIObjectRef client, MIDINotifyBlock block);
   bool has(MIDIObjectRef client) const { return clients_.contains(client); }
 
   /// Where what this client receives is handed to it; null for no client.
@@ -26,9 +28,8 @@ class MIDIClients {
   /// Every client gets all the messages, in this order, in the order of the clients.
   void notify(const std::vector<MIDINotification>& messages);
 
-  /// No notify block runs behind this, unless this thread is inside one; those that wait are dropped. Not to
-  /// be called under a lock that a block may need.
-  void close();
+  /// The gates of all notify blocks. Notifications that wait at a closed one are dropped.
+  std::vector<std::shared_ptr<BlockGate>> gates() const;
 
  private:
   struct Listener;

@@ -15,7 +15,10 @@ namespace midikit::io::engine {
 /// Between a port and a source: the lists that wait for the port's reader, in the order in which they came.
 ///
 /// A connection ends late: from hold() on its lists wait, and resume() lets it go on as if nothing had
-/// happened. All operations may be called on any thread.
+/// happened. For every call:
+///
+/// Thread-safe: yes.
+/// Realtime-safe: no, it locks and allocates.
 class MIDIConnection {
  public:
   using TimePoint = karvex::foundation::TimePoint;

@@ -35,8 +35,15 @@ class MIDIDriver {
   virtual void ownEndpointRemoved(MIDIObjectRef /*endpoint*/) {}
   /// The program has set this property of one of its own endpoints.
   virtual void ownEndpointChanged(MIDIObjectRef /*endpoint*/, std::string_view /*key*/) {}
-  /// The result of MIDIDriverHost::wantedSources may be another one.
+  /// The result of MIDIDriverHost::wantedSources or plainThruConnections may be another one.
   virtual void wantedSourcesChanged() {}
+
+  /// Whether the equipment hands on from the source to the destination without this program, as
+  /// MIDIDriverHost::plainThruConnections asks it to. Neither is one of this program's own. Called under the
+  /// service's lock: the host mustn't be used.
+  virtual bool connectsByItself(MIDIObjectRef /*source*/, MIDIObjectRef /*destination*/) const {
+    return false;
+  }
 };
 
 }  // namespace midikit::io::engine

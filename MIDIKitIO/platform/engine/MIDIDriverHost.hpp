@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ListReceiver.hpp"
@@ -15,8 +16,11 @@
 
 namespace midikit::io::engine {
 
-/// What a service offers to its driver alone: all that the operations of MIDIService can't do. Every call may
-/// be made on any thread, by the driver's methods and readers too, and locks and allocates.
+/// What a service offers to its driver alone: all that the operations of MIDIService can't do. For every
+/// call, also out of the driver's methods and readers:
+///
+/// Thread-safe: yes.
+/// Realtime-safe: no, it locks and allocates.
 class MIDIDriverHost {
  public:
   using Ref = MIDIObjectRef;
@@ -53,6 +57,9 @@ class MIDIDriverHost {
   virtual OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader) = 0;
   /// The sources that some port or thru connection wants to hear.
   virtual std::set<Ref> wantedSources() const = 0;
+  /// The thru connections, from source to destination, that the equipment may make by itself: they have an
+  /// owner, so they outlive the program, and no filters.
+  virtual std::set<std::pair<Ref, Ref>> plainThruConnections() const = 0;
 
  protected:
   ~MIDIDriverHost() = default;

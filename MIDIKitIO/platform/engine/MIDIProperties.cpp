@@ -2,7 +2,6 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDISetup.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 
 // The properties' portion of MIDISetup.
 
@@ -30,11 +29,12 @@ bool hasOtherKind(const MIDIObject& object, std::string_view key) {
 
 }  // namespace
 
+/// The cases have their type ahead of them: in a template, g++ 12 crashes without.
 template <typename Value>
 OSStatus MIDISetup::get(Ref object, std::string_view key, std::optional<Value>& out) const {
   const auto* found = find(object);
   if (found == nullptr) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::Named::objectNotFound);
   }
   if (found->answeredWithNone.contains(key)) {
     out.reset();
@@ -42,11 +42,11 @@ OSStatus MIDISetup::get(Ref object, std::string_view key, std::optional<Value>& 
   }
   const auto* value = valueOf(*found, key);
   if (value == nullptr) {
-    return status::unknownProperty;
+    return statusOf(MIDIOSStatus::Named::unknownProperty);
   }
   const auto* wanted = std::get_if<Value>(value);
   if (wanted == nullptr) {
-    return status::wrongPropertyType;
+    return statusOf(MIDIOSStatus::Named::wrongPropertyType);
   }
   out = *wanted;
   return noErr;
@@ -73,7 +73,7 @@ OSStatus MIDISetup::integerProperty(Ref object, std::string_view key, std::int32
 OSStatus MIDISetup::properties(Ref object, PropertyDictionary& out, bool deep) const {
   const auto* found = find(object);
   if (found == nullptr) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   out = deep ? deepProperties(*found) : found->properties;
   return noErr;
@@ -100,10 +100,10 @@ PropertyDictionary MIDISetup::deepProperties(const MIDIObject& object) const {
 OSStatus MIDISetup::setStringProperty(Ref object, std::string_view key, std::string_view value) {
   const auto* found = find(object);
   if (found == nullptr) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   if (hasOtherKind<std::string>(*found, key)) {
-    return status::wrongPropertyType;
+    return statusOf(MIDIOSStatus::wrongPropertyType);
   }
   return setProperty(object, key, std::string(value));
 }
@@ -111,10 +111,10 @@ OSStatus MIDISetup::setStringProperty(Ref object, std::string_view key, std::str
 OSStatus MIDISetup::setIntegerProperty(Ref object, std::string_view key, std::int32_t value) {
   const auto* found = find(object);
   if (found == nullptr) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   if (hasOtherKind<std::int32_t>(*found, key)) {
-    return status::wrongPropertyType;
+    return statusOf(MIDIOSStatus::wrongPropertyType);
   }
   return setProperty(object, key, value);
 }
@@ -122,16 +122,16 @@ OSStatus MIDISetup::setIntegerProperty(Ref object, std::string_view key, std::in
 OSStatus MIDISetup::setProperty(Ref object, std::string_view key, PropertyValue value) {
   const auto place = objects_.find(object);
   if (place == objects_.end()) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   MIDIObject& changed = place->second;
   if (key == kMIDIPropertyUniqueID) {
     const auto* id = std::get_if<std::int32_t>(&value);
     if (id == nullptr) {
-      return status::wrongPropertyType;
+      return statusOf(MIDIOSStatus::wrongPropertyType);
     }
     if (!uniqueIds_.take(object, *id)) {
-      return status::idNotUnique;
+      return statusOf(MIDIOSStatus::idNotUnique);
     }
   }
   const bool showsName = key == kMIDIPropertyName && changed.isEndpoint() &&
@@ -147,10 +147,10 @@ OSStatus MIDISetup::setProperty(Ref object, std::string_view key, PropertyValue 
 OSStatus MIDISetup::removeProperty(Ref object, std::string_view key) {
   const auto place = objects_.find(object);
   if (place == objects_.end()) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   if (place->second.properties.erase(std::string(key)) == 0) {
-    return status::unknownProperty;
+    return statusOf(MIDIOSStatus::unknownProperty);
   }
   if (key == kMIDIPropertyUniqueID) {
     uniqueIds_.release(object);
@@ -161,7 +161,7 @@ OSStatus MIDISetup::removeProperty(Ref object, std::string_view key) {
 OSStatus MIDISetup::answerWithNone(Ref object, std::string_view key) {
   const auto place = objects_.find(object);
   if (place == objects_.end()) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   place->second.answeredWithNone.emplace(key);
   return noErr;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
-
 namespace midikit::io::engine {
 
 void MIDIRouting::addPort(Ref port, Receiver receiver) {
@@ -14,7 +12,7 @@ void MIDIRouting::addPort(Ref port, Receiver receiver) {
 OSStatus MIDIRouting::removePort(Ref port, Receiver& removed) {
   auto node = ports_.extract(port);
   if (node.empty()) {
-    return status::invalidPort;
+    return statusOf(MIDIOSStatus::invalidPort);
   }
   for (const auto& [source, connection] : node.mapped().connections) {
     connection->end();
@@ -31,7 +29,7 @@ bool MIDIRouting::isOutputPort(Ref port) const {
 OSStatus MIDIRouting::connect(Ref port, Ref source, ConnectionToken token) {
   const auto found = ports_.find(port);
   if (found == ports_.end() || found->second.receiver == nullptr) {
-    return status::invalidPort;
+    return statusOf(MIDIOSStatus::invalidPort);
   }
   auto& connection = found->second.connections[source];
   if (connection != nullptr && connection->resume(token)) {
@@ -45,11 +43,11 @@ OSStatus MIDIRouting::connect(Ref port, Ref source, ConnectionToken token) {
 OSStatus MIDIRouting::disconnect(Ref port, Ref source, TimePoint endsAt) {
   const auto found = ports_.find(port);
   if (found == ports_.end() || found->second.receiver == nullptr) {
-    return status::invalidPort;
+    return statusOf(MIDIOSStatus::invalidPort);
   }
   const auto connection = found->second.connections.find(source);
   if (connection == found->second.connections.end() || connection->second->endsAt()) {
-    return status::noConnection;
+    return statusOf(MIDIOSStatus::noConnection);
   }
   connection->second->hold(endsAt);
   return noErr;

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 
 // The driver's side, clients, the tree and the properties. What has to do with lists is in
 // MIDIServiceEngineRouting.cpp.
@@ -16,10 +15,12 @@ MIDIObjectRef at(const std::vector<MIDIObjectRef>& list, std::size_t index) {
   return index < list.size() ? list[index] : 0;
 }
 
-void closeAll(const std::vector<MIDIRouting::Receiver>& receivers) {
-  for (const auto& receiver : receivers) {
-    if (receiver != nullptr) {
-      receiver->close();
+/// Receivers or gates.
+template <typename Closable>
+void closeAll(const std::vector<std::shared_ptr<Closable>>& all) {
+  for (const auto& one : all) {
+    if (one != nullptr) {
+      one->close();
     }
   }
 }
@@ -32,12 +33,15 @@ MIDIServiceEngine::MIDIServiceEngine(karvex::foundation::Runtime& runtime, Platf
     : runtime_(runtime),
       version_(version),
       driver_(std::move(driver)),
+      store_(std::move(store)),
       setup_(references_, hasProtocols()),
       clients_(runtime),
-      thru_(references_, setup_, std::move(store)),
+      thru_(references_, setup_, store_,
+            [this](Ref source, Ref destination) { return driver_->connectsByItself(source, destination); }),
       timerQueue_(runtime.globalQueue()),
       timerGate_(std::make_shared<BlockGate>(runtime)) {
   driver_->attach(*this);
+  stopObserving_ = store_->observe([this] { thruConnectionsChanged(); });
 }
 
 MIDIServiceEngine::~MIDIServiceEngine() {
@@ -48,10 +52,11 @@ void MIDIServiceEngine::close() {
   if (isClosed_.exchange(true)) {
     return;
   }
+  stopObserving_();
   timerGate_->close();
   driver_->detach();
   closeAll(locked([this] { return routing_.receivers(); }));
-  clients_.close();
+  closeAll(locked([this] { return clients_.gates(); }));
 }
 
 void MIDIServiceEngine::edit(const std::function<void(SetupEditor&)>& work) {
@@ -114,7 +119,10 @@ OSStatus MIDIServiceEngine::MIDIClientCreateWithBlock(const std::string& name, R
   {
     const std::lock_guard lock(mutex_);
     outClient = references_.next();
-    clients_.add(outClient, std::move(block));
+    const auto gate = clients_.add(outClient, std::move(block));
+    if (isClosed_) {  // By a block that close() waits for.
+      gate->close();
+    }
   }
   driver_->clientAdded(name);
   return noErr;
@@ -176,7 +184,7 @@ OSStatus MIDIServiceEngine::MIDIEntityGetDevice(Ref entity, Ref& outDevice) cons
   return locked([&] {
     const auto* found = setup_.find(entity);
     if (found == nullptr || found->kind != MIDIObjectKind::entity) {
-      return status::objectNotFound;
+      return statusOf(MIDIOSStatus::objectNotFound);
     }
     outDevice = found->parent;
     return noErr;
@@ -187,7 +195,7 @@ OSStatus MIDIServiceEngine::MIDIEndpointGetEntity(Ref endpoint, Ref& outEntity) 
   return locked([&] {
     const auto* found = setup_.find(endpoint);
     if (found == nullptr || !found->isEndpoint()) {
-      return status::objectNotFound;
+      return statusOf(MIDIOSStatus::objectNotFound);
     }
     outEntity = found->parent;
     return noErr;

@@ -11,6 +11,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIService.hpp"
@@ -58,7 +59,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   static constexpr karvex::foundation::Duration lingerTime = std::chrono::milliseconds(500);
 
   /// The runtime must outlive the service. Before platform version 11.0 the operations on protocols and event
-  /// lists give status::unknownError. Services that are made with the same store, one after the other or
+  /// lists give `unknownError`. Services that are made with the same store, one after the other or
   /// together, share their persistent thru connections. The driver is attached when this returns, and nothing
   /// else may use it as a driver.
   MIDIServiceEngine(karvex::foundation::Runtime& runtime, PlatformVersion version,
@@ -146,6 +147,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus readAsEquipment(Ref destination, karvex::foundation::Queue& queue, MIDIReader reader) override;
   OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader) override;
   std::set<Ref> wantedSources() const override;
+  std::set<std::pair<Ref, Ref>> plainThruConnections() const override;
 
   /// Does the work under the lock, and returns what it returns.
   template <typename Work>
@@ -166,6 +168,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus checkProtocol(MIDIProtocolID protocol) const;
   OSStatus checkEndpoint(Ref endpoint, MIDIObjectKind kind) const;
   OSStatus checkSource(Ref source, bool wantsOwn) const;
+  MIDIRouting::Receiver makeReceiver(karvex::foundation::Queue& queue, MIDIReader reader);
   OSStatus addPort(Ref client, std::optional<MIDIReader> reader, Ref& out);
   OSStatus addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
                               std::optional<MIDIReader> reader, Ref& out);
@@ -177,6 +180,7 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus changeProperty(Ref object, std::string_view key, const std::function<OSStatus()>& change);
   OSStatus tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind);
   OSStatus tellRoutes(OSStatus result);
+  void thruConnectionsChanged();
   /// Has endConnections() called at that moment. Under the lock.
   void endConnectionsAt(karvex::foundation::TimePoint due);
   void endConnections();
@@ -184,6 +188,8 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   karvex::foundation::Runtime& runtime_;
   const PlatformVersion version_;
   const std::shared_ptr<MIDIDriver> driver_;
+  const std::shared_ptr<ThruConnectionStore> store_;
+  std::function<void()> stopObserving_;
   std::atomic<bool> isClosed_ = false;
   mutable std::mutex mutex_;  ///< of all below; no block runs under it
   References references_;

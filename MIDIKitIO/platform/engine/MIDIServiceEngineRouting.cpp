@@ -3,7 +3,6 @@
 
 #include "MIDIKitIO/platform/engine/MIDINotifications.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 
 // The portion of MIDIServiceEngine that has to do with lists: ports, virtual endpoints, delivery and thru
@@ -28,17 +27,17 @@ void close(const std::shared_ptr<ListReceiver>& receiver) {
 /// Whether the operations with protocols may be used, and with this one.
 OSStatus MIDIServiceEngine::checkProtocol(MIDIProtocolID protocol) const {
   if (!hasProtocols()) {
-    return status::unknownError;
+    return statusOf(MIDIOSStatus::unknownError);
   }
-  return isProtocol(protocol) ? noErr : status::parameterError;
+  return isProtocol(protocol) ? noErr : statusOf(MIDIOSStatus::internalError);
 }
 
 OSStatus MIDIServiceEngine::checkEndpoint(Ref endpoint, MIDIObjectKind kind) const {
   const auto* found = setup_.find(endpoint);
   if (found == nullptr || !found->isEndpoint()) {
-    return status::unknownEndpoint;
+    return statusOf(MIDIOSStatus::unknownEndpoint);
   }
-  return found->kind == kind ? noErr : status::wrongEndpointType;
+  return found->kind == kind ? noErr : statusOf(MIDIOSStatus::wrongEndpointType);
 }
 
 /// Lists that a program passes off as a source's can only come from its own, the virtual ones.
@@ -46,17 +45,25 @@ OSStatus MIDIServiceEngine::checkSource(Ref source, bool wantsOwn) const {
   if (const OSStatus failure = checkEndpoint(source, MIDIObjectKind::source); failure != noErr) {
     return failure;
   }
-  return setup_.find(source)->isOwn == wantsOwn ? noErr : status::notPermitted;
+  return setup_.find(source)->isOwn == wantsOwn ? noErr : statusOf(MIDIOSStatus::notPermitted);
+}
+
+/// Closed from the beginning if a block makes it that close() waits for.
+MIDIRouting::Receiver MIDIServiceEngine::makeReceiver(karvex::foundation::Queue& queue, MIDIReader reader) {
+  auto receiver = std::make_shared<ListReceiver>(runtime_, queue, std::move(reader));
+  if (isClosed_) {
+    receiver->close();
+  }
+  return receiver;
 }
 
 OSStatus MIDIServiceEngine::addPort(Ref client, std::optional<MIDIReader> reader, Ref& out) {
   auto* queue = clients_.receiveQueue(client);
   if (queue == nullptr) {
-    return status::invalidClient;
+    return statusOf(MIDIOSStatus::invalidClient);
   }
   out = references_.next();
-  routing_.addPort(out,
-                   reader ? std::make_shared<ListReceiver>(runtime_, *queue, std::move(*reader)) : nullptr);
+  routing_.addPort(out, reader ? makeReceiver(*queue, std::move(*reader)) : nullptr);
   return noErr;
 }
 
@@ -126,11 +133,11 @@ OSStatus MIDIServiceEngine::addVirtualEndpoint(Ref client, const VirtualEndpoint
                                                std::optional<MIDIReader> reader, Ref& out) {
   auto* queue = clients_.receiveQueue(client);
   if (queue == nullptr) {
-    return status::invalidClient;
+    return statusOf(MIDIOSStatus::invalidClient);
   }
   out = setup_.addVirtualEndpoint(description.kind, description.name, description.protocol);
   if (reader) {
-    routing_.setReader(out, std::make_shared<ListReceiver>(runtime_, *queue, std::move(*reader)));
+    routing_.setReader(out, makeReceiver(*queue, std::move(*reader)));
   }
   auto messages = addedMessages(setup_, out);
   messages.push_back(setupChangedMessage());
@@ -183,10 +190,10 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
   const OSStatus result = locked([&] {
     const auto* found = setup_.find(endpoint);
     if (found == nullptr || !found->isEndpoint()) {
-      return status::unknownEndpoint;
+      return statusOf(MIDIOSStatus::unknownEndpoint);
     }
     if (!found->isOwn) {
-      return status::notPermitted;
+      return statusOf(MIDIOSStatus::notPermitted);
     }
     auto messages = removedMessages(setup_, endpoint);
     messages.push_back(setupChangedMessage());
@@ -205,7 +212,7 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
 
 OSStatus MIDIServiceEngine::send(Ref port, Ref destination, const SharedMIDIList& list) {
   if (!routing_.isOutputPort(port)) {
-    return status::invalidPort;
+    return statusOf(MIDIOSStatus::invalidPort);
   }
   const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
   if (failure == noErr) {
@@ -257,7 +264,7 @@ OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const M
   const std::lock_guard lock(mutex_);
   const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
   if (failure != noErr || !setup_.find(destination)->isOwn) {
-    return failure != noErr ? failure : status::notPermitted;
+    return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
   }
   routing_.deliverTo(destination, sender, lists_.share(list));
   return noErr;
@@ -270,10 +277,9 @@ OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation:
     const std::lock_guard lock(mutex_);
     const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
     if (failure != noErr || setup_.find(destination)->isOwn) {
-      return failure != noErr ? failure : status::notPermitted;
+      return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
     }
-    former =
-        routing_.setReader(destination, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));
+    former = routing_.setReader(destination, makeReceiver(queue, std::move(reader)));
   }
   engine::close(former);
   return noErr;
@@ -287,7 +293,7 @@ OSStatus MIDIServiceEngine::listenAsEquipment(Ref source, karvex::foundation::Qu
     if (const OSStatus failure = checkSource(source, true); failure != noErr) {
       return failure;
     }
-    former = routing_.setListener(source, std::make_shared<ListReceiver>(runtime_, queue, std::move(reader)));
+    former = routing_.setListener(source, makeReceiver(queue, std::move(reader)));
   }
   engine::close(former);
   return noErr;
@@ -298,6 +304,16 @@ std::set<MIDIObjectRef> MIDIServiceEngine::wantedSources() const {
   auto heard = routing_.connectedSources();
   heard.merge(thru_.sources());
   return heard;
+}
+
+std::set<std::pair<MIDIObjectRef, MIDIObjectRef>> MIDIServiceEngine::plainThruConnections() const {
+  return locked([this] { return thru_.plainConnections(); });
+}
+
+/// Another program has changed them, or has left them to this one.
+void MIDIServiceEngine::thruConnectionsChanged() {
+  notify(thruConnectionChangedMessage());
+  driver_->wantedSourcesChanged();
 }
 
 OSStatus MIDIServiceEngine::tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind) {

@@ -1,20 +1,18 @@
 #include "MIDIKitIO/platform/engine/ProtocolTranslation.hpp"
 
-#include "MIDIKitCore/MIDI2Parser.hpp"
-#include "MIDIKitCore/MIDIEvent.hpp"
+#include <array>
+
+#include "MIDIKitCore/MIDIUMPFields.hpp"
 #include "MIDIKitCore/UMPWords.hpp"
-#include "MIDIKitIO/platform/engine/UmpMessages.hpp"
 
 namespace midikit::io::engine {
 
 namespace {
 
-constexpr std::uint32_t midi1ChannelVoice = 0x2;
-constexpr std::uint32_t midi2ChannelVoice = 0x4;
+using core::MIDIUMPMessageType;
 
-std::vector<core::MIDIEvent> eventsIn(std::span<const std::uint32_t> message) {
-  core::MIDI2Parser parser;
-  return parser.parsedEvents(core::umpBytes(message));
+bool hasType(std::uint32_t word, MIDIUMPMessageType type) {
+  return core::umpMessageType(word) == static_cast<std::uint32_t>(type);
 }
 
 bool isSilentNoteOn(std::uint32_t word) {
@@ -23,33 +21,42 @@ bool isSilentNoteOn(std::uint32_t word) {
 
 }  // namespace
 
-std::vector<std::uint32_t> translated(std::span<const std::uint32_t> message, io::MIDIProtocolID protocol) {
-  const bool toMidi2 = protocol == io::MIDIProtocolID::midi2_0;
-  if (messageTypeOf(message.front()) != (toMidi2 ? midi1ChannelVoice : midi2ChannelVoice)) {
-    return {message.begin(), message.end()};
+std::span<const std::uint32_t> ProtocolTranslator::toProtocol(std::span<const std::uint32_t> message,
+                                                              MIDIProtocolID protocol) {
+  const bool toMidi2 = protocol == MIDIProtocolID::midi2_0;
+  const auto wanted = toMidi2 ? MIDIUMPMessageType::midi2ChannelVoice : MIDIUMPMessageType::midi1ChannelVoice;
+  const auto other = toMidi2 ? MIDIUMPMessageType::midi1ChannelVoice : MIDIUMPMessageType::midi2ChannelVoice;
+  if (!hasType(message.front(), other)) {
+    return message;
   }
-  std::vector<std::uint32_t> words(message.begin(), message.end());
-  if (isSilentNoteOn(words.front())) {
-    words.front() ^= 0x00100000U;  // 0x9 becomes 0x8
+  if (isSilentNoteOn(message.front())) {
+    parse(std::array{message.front() ^ 0x00100000U});  // 0x9 becomes 0x8
+  } else {
+    parse(message);
   }
-  const auto events = eventsIn(words);
-  words.clear();
-  for (const auto& event : events) {
+  words_.clear();
+  for (const auto& event : events_) {
     event.appendUMPWords(toMidi2 ? core::MIDIProtocolVersion::midi2_0 : core::MIDIProtocolVersion::midi1_0,
-                         words);
+                         words_);
   }
-  // What only MIDI 2.0 has stays in it.
-  const bool isInProtocol =
-      words.empty() || messageTypeOf(words.front()) == (toMidi2 ? midi2ChannelVoice : midi1ChannelVoice);
-  return isInProtocol ? words : std::vector<std::uint32_t>();
+  if (!words_.empty() && !hasType(words_.front(), wanted)) {
+    words_.clear();  // What only MIDI 2.0 has stays in it.
+  }
+  return words_;
 }
 
-std::vector<std::uint8_t> translatedToBytes(std::span<const std::uint32_t> message) {
-  std::vector<std::uint8_t> bytes;
-  for (const auto& event : eventsIn(message)) {
-    event.appendMIDI1Bytes(bytes);
+std::span<const std::uint8_t> ProtocolTranslator::toBytes(std::span<const std::uint32_t> message) {
+  parse(message);
+  bytes_.clear();
+  for (const auto& event : events_) {
+    event.appendMIDI1Bytes(bytes_);
   }
-  return bytes;
+  return bytes_;
+}
+
+void ProtocolTranslator::parse(std::span<const std::uint32_t> message) {
+  events_.clear();
+  parser_.parse(message, events_);
 }
 
 }  // namespace midikit::io::engine

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 
 namespace midikit::io::engine {
@@ -12,7 +11,7 @@ OSStatus ThruConnections::create(const std::optional<std::string>& owner,
                                  std::span<const std::uint8_t> parameters, Ref& out) {
   auto read = readThruParameters(parameters);
   if (!read) {
-    return status::parameterError;
+    return statusOf(MIDIOSStatus::internalError);
   }
   if (!owner) {
     out = references_.next();
@@ -37,7 +36,7 @@ void ThruConnections::nameByUniqueId(std::span<Endpoint> endpoints) const {
 
 OSStatus ThruConnections::dispose(Ref connection) {
   if (own_.erase(connection) == 0 && !store_->remove(connection)) {
-    return status::objectNotFound;
+    return statusOf(MIDIOSStatus::objectNotFound);
   }
   std::erase_if(converters_, [connection](const auto& entry) { return entry.first.first == connection; });
   return noErr;
@@ -45,47 +44,91 @@ OSStatus ThruConnections::dispose(Ref connection) {
 
 std::set<MIDIObjectRef> ThruConnections::sources() const {
   std::set<Ref> all;
-  const auto add = [&](const ThruConnection& connection) {
-    for (const auto& endpoint :
-         std::span(connection.parameters.sources).first(connection.parameters.numSources)) {
-      all.insert(resolve(endpoint, MIDIObjectKind::source));
-    }
-  };
   for (const auto& [ref, connection] : own_) {
-    add(connection);
+    const auto sources = sourcesOf(connection);
+    all.insert(sources.begin(), sources.end());
   }
   for (const auto& connection : store_->all()) {
-    add(connection);
+    for (const Ref source : sourcesOf(connection)) {
+      if (!destinationsOf(connection, source, true).empty()) {
+        all.insert(source);
+      }
+    }
   }
-  all.erase(0);
+  return all;
+}
+
+std::set<std::pair<MIDIObjectRef, MIDIObjectRef>> ThruConnections::plainConnections() const {
+  std::set<std::pair<Ref, Ref>> all;
+  for (const auto& connection : store_->all()) {
+    for (const Ref source : sourcesOf(connection)) {
+      for (const Ref destination : destinationsOf(connection, source, false)) {
+        if (!filtersAnything(connection.parameters) && !isOwn(source) && !isOwn(destination)) {
+          all.emplace(source, destination);
+        }
+      }
+    }
+  }
   return all;
 }
 
 void ThruConnections::forward(Ref source, const SharedMIDIList& list, const HandOn& handOn) {
+  const auto forwardBy = [&](const ThruConnection& connection, bool isStored) {
+    const auto sources = sourcesOf(connection);
+    if (std::ranges::find(sources, source) == sources.end()) {
+      return;
+    }
+    const auto destinations = destinationsOf(connection, source, isStored);
+    if (destinations.empty()) {
+      return;
+    }
+    const auto left = filteredFor(connection, source, list);
+    for (const Ref destination : destinations) {
+      handOn(connection.ref, destination, left);
+    }
+  };
   for (const auto& [ref, connection] : own_) {
-    forwardBy(connection, source, list, handOn);
+    forwardBy(connection, false);
   }
   for (const auto& connection : store_->all()) {
-    forwardBy(connection, source, list, handOn);
+    forwardBy(connection, true);
   }
 }
 
-void ThruConnections::forwardBy(const ThruConnection& connection, Ref source, const SharedMIDIList& list,
-                                const HandOn& handOn) {
+std::vector<MIDIObjectRef> ThruConnections::destinationsOf(const ThruConnection& connection, Ref source,
+                                                           bool isStored) const {
   const auto& parameters = connection.parameters;
-  const auto sources = std::span(parameters.sources).first(parameters.numSources);
-  const bool isSource = std::any_of(sources.begin(), sources.end(), [&](const Endpoint& endpoint) {
-    return resolve(endpoint, MIDIObjectKind::source) == source;
-  });
-  if (!isSource) {
-    return;
+  auto all = resolved(std::span(parameters.destinations).first(parameters.numDestinations),
+                      MIDIObjectKind::destination);
+  if (isStored && !isOwn(source)) {
+    std::erase_if(all, [&](Ref destination) {
+      const bool isElsewhere =
+          !store_->isForwarding() || (!filtersAnything(parameters) && isDirect_(source, destination));
+      return isElsewhere && !isOwn(destination);
+    });
   }
-  const auto left = filteredFor(connection, source, list);
-  for (const auto& endpoint : std::span(parameters.destinations).first(parameters.numDestinations)) {
-    if (const Ref destination = resolve(endpoint, MIDIObjectKind::destination); destination != 0) {
-      handOn(connection.ref, destination, left);
+  return all;
+}
+
+std::vector<MIDIObjectRef> ThruConnections::sourcesOf(const ThruConnection& connection) const {
+  const auto& parameters = connection.parameters;
+  return resolved(std::span(parameters.sources).first(parameters.numSources), MIDIObjectKind::source);
+}
+
+std::vector<MIDIObjectRef> ThruConnections::resolved(std::span<const Endpoint> endpoints,
+                                                     MIDIObjectKind kind) const {
+  std::vector<Ref> all;
+  for (const auto& endpoint : endpoints) {
+    if (const Ref found = resolve(endpoint, kind); found != 0) {
+      all.push_back(found);
     }
   }
+  return all;
+}
+
+bool ThruConnections::isOwn(Ref endpoint) const {
+  const auto* object = setup_.find(endpoint);
+  return object != nullptr && object->isOwn;
 }
 
 SharedMIDIList ThruConnections::filteredFor(const ThruConnection& connection, Ref source,

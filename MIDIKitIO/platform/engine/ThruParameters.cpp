@@ -48,12 +48,13 @@ bool isControl(std::uint32_t opcode, bool isMidi2) {
 /// By the first word alone (Universal MIDI Packet specification).
 bool holdsBack(std::uint32_t word, const MIDIThruConnectionParams& parameters) {
   const std::uint32_t status = word >> 16U & 0xFFU;
-  switch (messageTypeOf(word)) {
+  switch (core::umpMessageType(word)) {
     case 0x1:
       return holdsBackSystem(status, parameters);
     case 0x2:
     case 0x4:
-      return parameters.filterOutAllControls != 0 && isControl(status >> 4U, messageTypeOf(word) == 0x4);
+      return parameters.filterOutAllControls != 0 &&
+             isControl(status >> 4U, core::umpMessageType(word) == 0x4);
     case 0x3:
     case 0x5:
       return parameters.filterOutSysEx != 0;

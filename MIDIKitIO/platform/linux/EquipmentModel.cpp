@@ -1,11 +1,11 @@
 #include "MIDIKitIO/platform/linux/EquipmentModel.hpp"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
 #include <utility>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "MIDIKitIO/platform/linux/DeviceMatch.hpp"
 
 namespace midikit::io::alsa {
 
@@ -38,21 +38,36 @@ void tellName(MIDIObjectRef object, const std::optional<std::string>& before,
 
 void EquipmentModel::update(const Equipment& equipment, SetupEditor& editor) {
   ++updates_;
-  std::set<std::string> present;
-  for (const auto& record : equipment.devices) {
-    present.insert(record.identity);
-  }
-  for (auto& [identity, device] : devices_) {
-    if (device.client && !present.contains(identity)) {
-      takeOffline(device, editor);
+  const auto matches = match(equipment.devices);
+  for (std::size_t place = 0; place < devices_.size(); ++place) {
+    if (devices_[place].client && std::ranges::find(matches, std::optional(place)) == matches.end()) {
+      takeOffline(devices_[place], editor);
     }
   }
-  for (const auto& record : equipment.devices) {
-    updateDevice(record, editor);
+  for (std::size_t place = 0; place < matches.size(); ++place) {
+    const auto& record = equipment.devices[place];
+    if (matches[place]) {
+      updateDevice(devices_[*matches[place]], record, editor);
+    } else {
+      addDevice(record, editor);
+    }
   }
   forgetOldest(editor);
   updateEndpoints(equipment.endpoints, editor);
   readAddresses();
+}
+
+std::vector<std::optional<std::size_t>> EquipmentModel::match(
+    const std::vector<DeviceRecord>& records) const {
+  std::vector<KnownDevice> known;
+  std::vector<KnownDevice> present;
+  for (const auto& device : devices_) {
+    known.push_back({device.client, device.keys});
+  }
+  for (const auto& record : records) {
+    present.push_back({record.client, record.keys});
+  }
+  return matchDevices(known, present);
 }
 
 void EquipmentModel::takeOffline(Device& device, SetupEditor& editor) const {
@@ -61,13 +76,7 @@ void EquipmentModel::takeOffline(Device& device, SetupEditor& editor) const {
   editor.setPropertyThroughout(device.ref, kMIDIPropertyOffline, 1);
 }
 
-void EquipmentModel::updateDevice(const DeviceRecord& record, SetupEditor& editor) {
-  const auto known = devices_.find(record.identity);
-  if (known == devices_.end()) {
-    addDevice(record, editor);
-    return;
-  }
-  Device& device = known->second;
+void EquipmentModel::updateDevice(Device& device, const DeviceRecord& record, SetupEditor& editor) {
   tellName(device.ref, device.description.name, record.description.name, editor);
   tellDifferences(device.ref, device.description.properties, record.description.properties, editor);
   for (const auto& [key, value] : record.description.sharedProperties) {
@@ -80,12 +89,14 @@ void EquipmentModel::updateDevice(const DeviceRecord& record, SetupEditor& edito
   if (!device.client) {
     editor.setPropertyThroughout(device.ref, kMIDIPropertyOffline, 0);
   }
+  device.keys = record.keys;
   device.client = record.client;
   device.description = record.description;
 }
 
 void EquipmentModel::addDevice(const DeviceRecord& record, SetupEditor& editor) {
   Device device{.ref = editor.addDevice(record.description),
+                .keys = record.keys,
                 .client = record.client,
                 .description = record.description};
   const auto& refs = editor.setup().find(device.ref)->entities;
@@ -93,7 +104,7 @@ void EquipmentModel::addDevice(const DeviceRecord& record, SetupEditor& editor) 
     device.entities.push_back(
         adopt(record.ports.at(place), record.description.entities.at(place), refs[place], editor));
   }
-  devices_.emplace(record.identity, std::move(device));
+  devices_.push_back(std::move(device));
 }
 
 /// An entity whose port has gone, or changed its directions, goes; the others stay the objects that they are.
@@ -145,12 +156,11 @@ EquipmentModel::Entity EquipmentModel::adopt(int port, const EntityDescription& 
 }
 
 void EquipmentModel::forgetOldest(SetupEditor& editor) {
-  const auto isOffline = [](const auto& entry) { return !entry.second.client; };
+  const auto isOffline = [](const Device& device) { return !device.client; };
   while (static_cast<std::size_t>(std::ranges::count_if(devices_, isOffline)) > mostOffline) {
-    const auto oldest = std::ranges::min_element(devices_, {}, [](const auto& entry) {
-      return std::pair(entry.second.client.has_value(), entry.second.left);
-    });
-    editor.remove(oldest->second.ref);
+    const auto oldest = std::ranges::min_element(
+        devices_, {}, [](const Device& device) { return std::pair(device.client.has_value(), device.left); });
+    editor.remove(oldest->ref);
     devices_.erase(oldest);
   }
 }
@@ -161,7 +171,9 @@ void EquipmentModel::updateEndpoints(const std::vector<EndpointRecord>& records,
     present.emplace(EndpointKey{record.address, record.kind}, &record);
   }
   std::erase_if(endpoints_, [&](const auto& entry) {
-    const bool isGone = !present.contains(entry.first);
+    const auto now = present.find(entry.first);
+    const bool isGone =
+        now == present.end() || (entry.second.hasLeft && now->second->identity != entry.second.identity);
     if (isGone) {
       editor.remove(entry.second.ref);
     }
@@ -179,7 +191,20 @@ void EquipmentModel::updateEndpoints(const std::vector<EndpointRecord>& records,
       tellName(endpoint.ref, endpoint.description.name, record->description.name, editor);
       tellDifferences(endpoint.ref, endpoint.description.properties, record->description.properties, editor);
     }
+    endpoint.identity = record->identity;
+    endpoint.hasLeft = false;
     endpoint.description = record->description;
+  }
+}
+
+void EquipmentModel::leave(int client, std::optional<int> port) {
+  const auto isThere = [&](PortAddress address) {
+    return address.client == client && (!port || address.port == *port);
+  };
+  std::erase_if(sources_, [&](const auto& entry) { return isThere(entry.first); });
+  std::erase_if(addresses_, [&](const auto& entry) { return isThere(entry.second); });
+  for (auto& [key, endpoint] : endpoints_) {
+    endpoint.hasLeft = endpoint.hasLeft || isThere(key.first);
   }
 }
 
@@ -195,7 +220,7 @@ void EquipmentModel::readAddresses() {
       addresses_.emplace(destination, address);
     }
   };
-  for (const auto& [identity, device] : devices_) {
+  for (const auto& device : devices_) {
     for (const auto& entity : device.entities) {
       if (device.client) {
         add({*device.client, entity.port}, entity.source, entity.destination);

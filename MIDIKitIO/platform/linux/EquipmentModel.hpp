@@ -31,6 +31,10 @@ class EquipmentModel {
   /// What differs from the last time goes to the editor.
   void update(const Equipment& equipment, engine::SetupEditor& editor);
 
+  /// A client, or one port of it, has gone: nobody is at that address, until an update finds who is. What has
+  /// another identity then is another object.
+  void leave(int client, std::optional<int> port);
+
   /// The source at that port, or 0.
   Ref sourceAt(PortAddress address) const;
   /// Where the endpoint is now; none if it is offline, or no equipment's.
@@ -46,6 +50,7 @@ class EquipmentModel {
   };
   struct Device {
     Ref ref = 0;
+    std::vector<std::string> keys;
     std::optional<int> client;  ///< none while it is offline
     std::uint64_t left = 0;     ///< when it left, in updates
     engine::DeviceDescription description;
@@ -53,11 +58,14 @@ class EquipmentModel {
   };
   struct Endpoint {
     Ref ref = 0;
+    std::string identity;
+    bool hasLeft = false;
     engine::EndpointDescription description;
   };
   using EndpointKey = std::pair<PortAddress, engine::MIDIObjectKind>;
 
-  void updateDevice(const DeviceRecord& record, engine::SetupEditor& editor);
+  std::vector<std::optional<std::size_t>> match(const std::vector<DeviceRecord>& records) const;
+  void updateDevice(Device& device, const DeviceRecord& record, engine::SetupEditor& editor);
   void addDevice(const DeviceRecord& record, engine::SetupEditor& editor);
   void updateEntities(Device& device, const DeviceRecord& record, engine::SetupEditor& editor);
   Entity adopt(int port, const engine::EntityDescription& description, Ref entity,
@@ -69,7 +77,7 @@ class EquipmentModel {
 
   MakeReceiver makeReceiver_;
   std::uint64_t updates_ = 0;
-  std::map<std::string, Device> devices_;  ///< by identity
+  std::vector<Device> devices_;
   std::map<EndpointKey, Endpoint> endpoints_;
   std::map<PortAddress, Ref> sources_;
   std::map<Ref, PortAddress> addresses_;

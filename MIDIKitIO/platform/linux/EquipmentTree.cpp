@@ -1,10 +1,12 @@
 #include "MIDIKitIO/platform/linux/EquipmentTree.hpp"
 
 #include <algorithm>
+#include <numeric>
 #include <set>
 #include <utility>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
+#include "MIDIKitIO/platform/linux/DeviceMatch.hpp"
 #include "foundation/Utf8.hpp"
 
 namespace midikit::io::alsa {
@@ -64,19 +66,20 @@ class DistinctIds {
   std::set<std::int32_t> taken_;
 };
 
-/// A board is the same one at whatever plug and with whatever product ID, which goes with its firmware; one
-/// without a serial number is told by its plug.
-std::string identityOf(const SequencerClient& client, const CardFacts* card) {
-  if (card == nullptr) {
-    return "client:" + client.name;
+/// What each device's unique IDs are made from: the key that says least, so that they survive another plug
+/// and other firmware. Of devices that share it the first one by its most exact key has it.
+std::vector<std::string> identitiesOf(const std::vector<std::vector<std::string>>& keys) {
+  std::vector<std::size_t> order(keys.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::sort(order, {}, [&keys](std::size_t place) { return std::pair(keys[place].front(), place); });
+  std::vector<std::string> identities(keys.size());
+  std::set<std::string> bases;
+  Distinct exact;
+  for (const auto place : order) {
+    const auto& base = keys[place].back();
+    identities[place] = bases.insert(base).second ? base : exact.make(keys[place].front() + '#');
   }
-  if (!card->usb) {
-    return "card:" + card->id + ':' + client.name;
-  }
-  const auto& usb = *card->usb;
-  const auto serialNumber = usb.serialNumber ? usableSerialNumber(*usb.serialNumber) : std::nullopt;
-  return serialNumber ? "usb:" + usb.vendorId + ':' + *serialNumber
-                      : "usb:" + usb.vendorId + ':' + usb.productId + '@' + usb.path;
+  return identities;
 }
 
 engine::DeviceDescription withoutEntities(const SequencerClient& client, const CardFacts* card) {
@@ -98,9 +101,11 @@ engine::DeviceDescription withoutEntities(const SequencerClient& client, const C
   return device;
 }
 
-DeviceRecord deviceOf(const SequencerClient& client, const CardFacts* card, std::string identity,
+DeviceRecord deviceOf(const SequencerClient& client, const CardFacts* card, const std::string& identity,
                       DistinctIds& ids) {
-  DeviceRecord record{.client = client.number, .description = withoutEntities(client, card)};
+  DeviceRecord record{.keys = deviceKeys(client, card),
+                      .client = client.number,
+                      .description = withoutEntities(client, card)};
   auto& device = record.description;
   device.properties.emplace(kMIDIPropertyUniqueID, ids.make(identity));
   const auto idFor = [&](const std::string& what) {
@@ -119,7 +124,6 @@ DeviceRecord deviceOf(const SequencerClient& client, const CardFacts* card, std:
     device.entities.push_back(std::move(entity));
     record.ports.push_back(port.number);
   }
-  record.identity = std::move(identity);
   return record;
 }
 
@@ -134,6 +138,7 @@ void addEndpoints(Equipment& equipment, const SequencerClient& client, Distinct&
       auto displayName = name.starts_with(program) ? name : program + ' ' + name;
       equipment.endpoints.push_back(
           {.address = {client.number, port.number},
+           .identity = identity,
            .kind = kind,
            .description = {.name = std::move(name),
                            .properties = {
@@ -152,6 +157,10 @@ void addEndpoints(Equipment& equipment, const SequencerClient& client, Distinct&
   }
 }
 
+bool isDevice(const SequencerClient& client) {
+  return client.isKernel && client.card.has_value();
+}
+
 void keepVisiblePorts(SequencerClient& client) {
   std::erase_if(client.ports, [](const SequencerPort& port) { return !port.isReadable && !port.isWritable; });
   std::ranges::sort(client.ports, {}, &SequencerPort::number);
@@ -161,22 +170,32 @@ void keepVisiblePorts(SequencerClient& client) {
 
 Equipment equipmentOf(std::vector<SequencerClient> clients, const std::map<int, CardFacts>& cards,
                       int ownClient) {
-  std::ranges::sort(clients, {}, &SequencerClient::number);
-  Equipment equipment;
-  Distinct identities;
-  DistinctIds ids;
-  for (auto& client : clients) {
-    keepVisiblePorts(client);
-    if (client.number == systemClient || client.number == ownClient || client.ports.empty()) {
-      continue;
-    }
-    if (!client.isKernel || !client.card) {
-      addEndpoints(equipment, client, identities, ids);
-      continue;
-    }
+  std::ranges::for_each(clients, keepVisiblePorts);
+  std::erase_if(clients, [ownClient](const SequencerClient& client) {
+    return client.number == systemClient || client.number == ownClient || client.ports.empty();
+  });
+  std::ranges::sort(
+      clients, {}, [](const SequencerClient& client) { return std::pair(!isDevice(client), client.number); });
+  const auto firstProgram = std::ranges::find_if_not(clients, isDevice);
+  const auto factsOf = [&cards](const SequencerClient& client) {
     const auto card = cards.find(*client.card);
-    const auto* facts = card != cards.end() ? &card->second : nullptr;
-    equipment.devices.push_back(deviceOf(client, facts, identities.make(identityOf(client, facts)), ids));
+    return card != cards.end() ? &card->second : nullptr;
+  };
+  std::vector<std::vector<std::string>> keys;
+  for (auto client = clients.begin(); client != firstProgram; ++client) {
+    keys.push_back(deviceKeys(*client, factsOf(*client)));
+  }
+  const auto identities = identitiesOf(keys);
+  Equipment equipment;
+  Distinct names;
+  DistinctIds ids;
+  for (auto client = clients.begin(); client != clients.end(); ++client) {
+    if (client < firstProgram) {
+      const auto& identity = identities.at(static_cast<std::size_t>(client - clients.begin()));
+      equipment.devices.push_back(deviceOf(*client, factsOf(*client), identity, ids));
+    } else {
+      addEndpoints(equipment, *client, names, ids);
+    }
   }
   return equipment;
 }

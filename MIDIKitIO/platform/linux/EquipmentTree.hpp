@@ -56,7 +56,7 @@ struct CardFacts {
 
 /// A sound card's client as a device: an entity for each port.
 struct DeviceRecord {
-  std::string identity;  ///< the same whenever the equipment comes back; no two devices share one
+  std::vector<std::string> keys;  ///< what it is told by, DeviceMatch.hpp
   int client = 0;
   engine::DeviceDescription description;
   std::vector<int> ports;  ///< the port of each entity of the description, ascending
@@ -65,6 +65,7 @@ struct DeviceRecord {
 /// One direction of a port of another program, or of the kernel's own through ports.
 struct EndpointRecord {
   PortAddress address;
+  std::string identity;  ///< the same whenever the program comes back; no two ports share one
   engine::MIDIObjectKind kind = engine::MIDIObjectKind::source;
   engine::EndpointDescription description;
 };

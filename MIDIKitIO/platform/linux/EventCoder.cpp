@@ -24,7 +24,7 @@ constexpr std::size_t longestMessage = 12;
 EventEncoder::EventEncoder() : coder_(makeCoder()) {}
 
 void EventEncoder::encode(std::span<const std::uint8_t> bytes,
-                          const std::function<bool(snd_seq_event_t&)>& sink) {
+                          const std::function<void(snd_seq_event_t&)>& sink) {
   while (!bytes.empty()) {
     snd_seq_event_t event{};
     const long taken =
@@ -33,11 +33,14 @@ void EventEncoder::encode(std::span<const std::uint8_t> bytes,
       return;
     }
     bytes = bytes.subspan(static_cast<std::size_t>(taken));
-    if (event.type != SND_SEQ_EVENT_NONE && !sink(event)) {
-      snd_midi_event_reset_encode(coder_.get());
-      return;
+    if (event.type != SND_SEQ_EVENT_NONE) {
+      sink(event);
     }
   }
+}
+
+void EventEncoder::reset() {
+  snd_midi_event_reset_encode(coder_.get());
 }
 
 EventDecoder::EventDecoder() : coder_(makeCoder()) {}

@@ -19,9 +19,11 @@ class EventEncoder {
  public:
   EventEncoder();
 
-  /// Calls `sink` with each event, without addresses. What it points to is valid during the call alone. The
-  /// sink gives false to have the rest left out.
-  void encode(std::span<const std::uint8_t> bytes, const std::function<bool(snd_seq_event_t&)>& sink);
+  /// Calls `sink` with each event, without addresses. What it points to is valid during the call alone.
+  void encode(std::span<const std::uint8_t> bytes, const std::function<void(snd_seq_event_t&)>& sink);
+
+  /// Forgets the message that has begun, and the running status. Allowed inside the sink.
+  void reset();
 
  private:
   std::unique_ptr<snd_midi_event_t, void (*)(snd_midi_event_t*)> coder_;

@@ -10,92 +10,218 @@
 
 namespace midikit::io::alsa {
 
-using karvex::foundation::Duration;
-
 namespace {
 
 using namespace std::chrono_literals;
+using karvex::foundation::Duration;
 
-/// How long it takes at most until who waits sees that it must give up.
-constexpr Duration longestNap = 20ms;
-/// Between two tries to get rid of an event for which another program had no room.
-constexpr Duration retryPause = 2ms;
-/// What is wanted later than that, is wanted then: ten years, which the kernel's clock can count.
+/// Between two tries at a place without room, which says nothing when it has some again: an eighth of the
+/// time that it has had none, within these bounds.
+constexpr Duration shortestPause = 2ms;
+constexpr Duration longestPause = 250ms;
+/// What is wanted later than that is wanted then: ten years, which the kernel's clock can count.
 constexpr Duration farthest = 87600h;
+
+constexpr unsigned char sysExStart = 0xF0;
 
 bool hasNoRoom(int result) {
   return result == -EAGAIN || result == -ENOMEM;
 }
 
+std::size_t bytesIn(const snd_seq_event_t& event) {
+  return snd_seq_ev_is_variable(&event) ? event.data.ext.len : 0;
+}
+
+/// A piece of a system exclusive message other than its first.
+bool continuesMessage(const snd_seq_event_t& event) {
+  return event.type == SND_SEQ_EVENT_SYSEX &&
+         *static_cast<const unsigned char*>(event.data.ext.ptr) != sysExStart;
+}
+
 }  // namespace
 
-void Outlet::send(const MIDIPacketList& list, const Target& target, std::optional<int> from) {
-  for (std::size_t index = 0; index < list.packetCount(); ++index) {
-    const auto packet = list.packet(index);
-    const auto now = context_.runtime.clock().now();
-    const TimePoint wanted{Duration(static_cast<Duration::rep>(packet.timeStamp))};
-    SysExPacer ofPacket;  // What goes out later doesn't hold up what goes out before it.
-    const bool isLater = wanted > now;
-    const Departure departure{
-        .wanted = std::min(wanted, now + farthest), .isLater = isLater, .pacer = isLater ? ofPacket : pacer_};
-    bool isGoing = true;
-    encoder_.encode(packet.bytes, [&](snd_seq_event_t& event) {
-      isGoing = sendEvent(event, target, from, departure);
-      return isGoing;
-    });
-    if (!isGoing) {
+void Outlet::send(const MIDIPacketList& list) {
+  context_.gate->pass([&] {
+    if (!attach()) {
       return;
     }
+    for (std::size_t index = 0; index < list.packetCount(); ++index) {
+      const auto packet = list.packet(index);
+      const auto now = context_.runtime.clock().now();
+      const TimePoint stamp{Duration(static_cast<Duration::rep>(packet.timeStamp))};
+      encoder_.encode(packet.bytes, [&](snd_seq_event_t& event) {
+        accept(event, std::clamp(stamp, now, now + farthest), stamp > now);
+      });
+    }
+    drain();
+  });
+}
+
+/// Whether there is somebody to send to. Whatever waits for one that left goes with it.
+bool Outlet::attach() {
+  const auto place = route_.place();
+  if (isAttached_ && wire_.to != place) {
+    dropAll();
+  }
+  if (!place) {
+    return false;
+  }
+  wire_ = {.from = route_.from, .to = *place};
+  if (isAttached_ && context_.sink->isConnected(wire_)) {
+    return true;
+  }
+  dropAll();
+  const int failure = route_.connects ? context_.sink->connect(wire_) : 0;
+  if (failure < 0 && failure != -EINVAL) {  // That is a port which has just gone.
+    leaveOut(snd_strerror(failure));
+  }
+  isAttached_ = failure == 0;
+  return isAttached_;
+}
+
+void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, bool isLater) {
+  if (!isAttached_ || !hasPlaceFor(event)) {
+    return;
+  }
+  Waiting waiting{.event = event, .bytes = {}, .isLater = isLater, .due = std::nullopt};
+  if (snd_seq_ev_is_variable(&event)) {
+    const auto* bytes = static_cast<const unsigned char*>(event.data.ext.ptr);
+    waiting.bytes.assign(bytes, bytes + event.data.ext.len);
+    waiting.event.data.ext.ptr = waiting.bytes.data();  // Moving the list leaves its bytes where they are.
+  }
+  if (backlog_.empty() && go(wanted, waiting)) {
+    return;
+  }
+  waitingBytes_ += sizeof(event) + waiting.bytes.size();
+  const auto place = backlog_.emplace(wanted, std::move(waiting));
+  if (place == backlog_.begin() && backlog_.size() > 1 && !blockedSince_) {
+    wake_ = {};  // It goes before what was waited for.
   }
 }
 
-bool Outlet::sendEvent(snd_seq_event_t& event, const Target& target, std::optional<int> from,
-                       const Departure& departure) {
+/// Whole messages are taken or left out.
+bool Outlet::hasPlaceFor(const snd_seq_event_t& event) {
+  const bool isRest = continuesMessage(event);
+  if (isRest && !takesRest_) {
+    return false;
+  }
+  const std::size_t limit = backlogLimit + (isRest ? longestMessage : 0);
+  const bool hasPlace = waitingBytes_ + sizeof(event) + bytesIn(event) <= limit;
+  if (event.type == SND_SEQ_EVENT_SYSEX) {
+    takesRest_ = hasPlace;
+  }
+  if (!hasPlace) {
+    leaveOut("the other side doesn't read");
+  }
+  return hasPlace;
+}
+
+void Outlet::drain() {
+  while (!backlog_.empty() && wake_ <= context_.runtime.clock().now()) {
+    auto node = backlog_.extract(backlog_.begin());
+    const auto size = sizeof(snd_seq_event_t) + node.mapped().bytes.size();
+    if (!go(node.key(), node.mapped())) {
+      backlog_.insert(backlog_.begin(), std::move(node));
+      break;
+    }
+    waitingBytes_ -= std::min(waitingBytes_, size);
+  }
+  setTimer();
+}
+
+/// True if the event is done with; false if it must wait, until wake_.
+bool Outlet::go(TimePoint wanted, Waiting& waiting) {
   const auto now = context_.runtime.clock().now();
-  const bool isPaced = target.bytesPerSecond && event.type == SND_SEQ_EVENT_SYSEX;
-  const std::int64_t bytes = isPaced ? static_cast<std::int64_t>(event.data.ext.len) : 0;
-  const auto wanted = departure.isLater ? departure.wanted : now;
-  const auto due = departure.pacer.next(wanted, bytes, target.bytesPerSecond.value_or(1));
-  if (departure.isLater) {
-    return sendNow(event, target, from, std::max(due - now, Duration::zero()));
+  if (waiting.isLater && wanted - lead > now) {
+    wake_ = wanted - lead;
+    return false;
   }
-  return waitUntil(due) && sendNow(event, target, from, std::nullopt);
+  if (!waiting.due) {
+    const auto rate = waiting.bytes.empty() ? std::nullopt : route_.sysExRate();
+    waiting.due = rate ? pacer_.next(wanted, static_cast<std::int64_t>(waiting.bytes.size()), *rate) : wanted;
+  }
+  const auto schedule = scheduleFor(waiting, now);
+  if (!schedule && *waiting.due > now) {
+    wake_ = *waiting.due;
+    return false;
+  }
+  if (route_.place() != wire_.to) {
+    dropAll();
+    return true;
+  }
+  const int result = context_.sink->send(waiting.event, wire_, schedule);
+  if (hasNoRoom(result)) {
+    return waitForRoom(now);
+  }
+  blockedSince_.reset();
+  if (result == -ENOTCONN) {
+    dropAll();
+  } else if (result < 0) {
+    leaveOut(snd_strerror(result));
+  } else {
+    isLossTold_ = isLossTold_ && !backlog_.empty();
+  }
+  return true;
 }
 
-bool Outlet::sendNow(snd_seq_event_t& event, const Target& target, std::optional<int> from,
-                     std::optional<Duration> delay) {
-  auto& clock = context_.runtime.clock();
-  const auto end = clock.now() + (isDropping_ ? Duration::zero() : Duration(patience));
-  bool mayPrepare = !from;
-  if (mayPrepare && prepared_.insert(target.address).second) {
-    context_.sequencer.prepare(target.address);
+/// None for what goes at once, and where the kernel has no queue left: then the timer must do.
+std::optional<Schedule> Outlet::scheduleFor(const Waiting& waiting, TimePoint now) {
+  if (!waiting.isLater || *waiting.due <= now || *waiting.due > now + lead) {
+    return std::nullopt;
   }
-  while (!context_.isClosing) {
-    const int result = context_.sequencer.send(event, target.address, from, delay);
-    if (result >= 0) {
-      isDropping_ = false;
-      return true;
-    }
-    if (hasNoRoom(result) && clock.now() < end) {
-      clock.sleepFor(retryPause);
-    } else if (!hasNoRoom(result) && std::exchange(mayPrepare, false)) {
-      context_.sequencer.prepare(target.address);  // It may be another device there than before.
-    } else {
-      if (!std::exchange(isDropping_, true)) {
-        karvex::foundation::log::debug("MIDI output is dropped: " + std::string(snd_strerror(result)));
-      }
-      return false;
-    }
+  if (kernelQueue_ == nullptr) {
+    kernelQueue_ = context_.sink->queue();
   }
+  scheduledUntil_ = std::max(scheduledUntil_, *waiting.due);
+  return kernelQueue_ != nullptr ? std::optional(Schedule{kernelQueue_, *waiting.due - now}) : std::nullopt;
+}
+
+bool Outlet::waitForRoom(TimePoint now) {
+  if (!blockedSince_) {
+    blockedSince_ = now;
+  }
+  wake_ = now + std::clamp((now - *blockedSince_) / 8, shortestPause, longestPause);
   return false;
 }
 
-bool Outlet::waitUntil(TimePoint due) const {
-  auto& clock = context_.runtime.clock();
-  while (!context_.isClosing && clock.now() < due) {
-    clock.sleepUntil(std::min(due, clock.now() + longestNap));
+void Outlet::leaveOut(std::string_view reason) {
+  if (!std::exchange(isLossTold_, true)) {
+    karvex::foundation::log::debug("MIDI output is dropped: " + std::string(reason));
   }
-  return !context_.isClosing;
+}
+
+void Outlet::dropAll() {
+  encoder_.reset();
+  backlog_.clear();
+  waitingBytes_ = 0;
+  takesRest_ = false;
+  isAttached_ = false;
+  blockedSince_.reset();
+}
+
+/// A timer that is set for an earlier moment is left: it sets itself anew.
+void Outlet::setTimer() {
+  auto& clock = context_.runtime.clock();
+  const auto now = clock.now();
+  if (kernelQueue_ != nullptr && now >= scheduledUntil_ + linger) {
+    kernelQueue_.reset();
+  }
+  TimePoint next = kernelQueue_ != nullptr ? scheduledUntil_ + linger : TimePoint::max();
+  if (!backlog_.empty()) {
+    next = std::min(next, wake_);
+  }
+  if (next >= timerAt_) {
+    return;
+  }
+  timerAt_ = next;
+  timer_ = karvex::foundation::Timer::oneShot(clock, *queue_, next - now, [weak = weak_from_this()] {
+    if (const auto self = weak.lock()) {
+      self->context_.gate->pass([&] {
+        self->timerAt_ = TimePoint::max();
+        self->drain();
+      });
+    }
+  });
 }
 
 }  // namespace midikit::io::alsa

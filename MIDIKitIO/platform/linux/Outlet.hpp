@@ -1,72 +1,128 @@
 #pragma once
 
-#include <atomic>
+#include <cstddef>
 #include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
-#include <set>
+#include <shared_mutex>
+#include <string_view>
 #include <vector>
 
 #include "MIDIKitIO/platform/MIDIPacketList.hpp"
-#include "MIDIKitIO/platform/linux/EquipmentTree.hpp"
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
-#include "MIDIKitIO/platform/linux/Sequencer.hpp"
+#include "MIDIKitIO/platform/linux/EventSink.hpp"
 #include "MIDIKitIO/platform/linux/SysExPacer.hpp"
 #include "foundation/Runtime.hpp"
 #include "foundation/SerialQueue.hpp"
+#include "foundation/Timer.hpp"
 
 namespace midikit::io::alsa {
 
-/// What all ways out share.
-struct OutletContext {
-  karvex::foundation::Runtime& runtime;
-  Sequencer& sequencer;
-  const std::atomic<bool>& isClosing;  ///< who waits, gives up
-};
-
-/// The way of lists from this program to one place outside: events at the pace that the other side stands,
-/// behind each other. It waits on a queue of its own, so that nothing else stands still meanwhile.
-class Outlet {
+/// Lets the work of all outlets pass until it is closed. The work never waits, so neither does close() for
+/// long.
+class OutputGate {
  public:
-  struct Target {
-    PortAddress address;
-    /// Of a driver, which drops what it has no room for: its pace for system exclusive messages.
-    std::optional<std::int64_t> bytesPerSecond;
-  };
-
-  /// How long another program may leave no room for one event before the rest of the list is dropped, and
-  /// all that comes after it while there still is none.
-  static constexpr std::chrono::seconds patience{1};
-
-  explicit Outlet(const OutletContext& context) : context_(context), queue_(context.runtime.globalQueue()) {}
-
-  karvex::foundation::SerialQueue& queue() { return queue_; }
-
-  /// On the queue. `from` is the port of this program that the list comes from; none for the common one. A
-  /// packet whose time stamp is to come goes out then.
-  void send(const MIDIPacketList& list, const Target& target, std::optional<int> from);
+  template <typename Work>
+  void pass(const Work& work) {
+    const std::shared_lock lock(mutex_);
+    if (!isClosed_) {
+      work();
+    }
+  }
+  /// No work begins any more, and none is under way when this returns.
+  void close() {
+    const std::unique_lock lock(mutex_);
+    isClosed_ = true;
+  }
 
  private:
-  using TimePoint = karvex::foundation::TimePoint;
+  std::shared_mutex mutex_;
+  bool isClosed_ = false;
+};
 
-  /// When a packet is to go out.
-  struct Departure {
-    TimePoint wanted;
-    bool isLater;  ///< by the kernel's clock
-    SysExPacer& pacer;
+/// What all ways out share. The runtime must outlive them.
+struct OutletContext {
+  karvex::foundation::Runtime& runtime;
+  std::shared_ptr<EventSink> sink;
+  std::shared_ptr<OutputGate> gate;
+};
+
+/// The way of lists from this program to one place outside, at the pace that the other side keeps. What can't
+/// go yet waits in a backlog, in the order of its time; a timer on the queue takes it up again, so nobody who
+/// is slow holds a thread. On the queue alone.
+class Outlet : public std::enable_shared_from_this<Outlet> {
+ public:
+  using TimePoint = karvex::foundation::TimePoint;
+  using Duration = karvex::foundation::Duration;
+
+  struct Route {
+    int from = 0;  ///< this program's port
+    /// Asked for each event: whoever takes over the address of one that left must not get what was meant for
+    /// it. None while there is nobody.
+    std::function<std::optional<PortAddress>()> place;
+    /// In bytes a second, asked for each piece of a system exclusive message; none where nothing is lost.
+    std::function<std::optional<std::int64_t>()> sysExRate;
+    /// Whether this side makes the connection. A listener makes it itself.
+    bool connects = true;
   };
 
-  bool sendEvent(snd_seq_event_t& event, const Target& target, std::optional<int> from,
-                 const Departure& departure);
-  bool sendNow(snd_seq_event_t& event, const Target& target, std::optional<int> from,
-               std::optional<karvex::foundation::Duration> delay);
-  bool waitUntil(TimePoint due) const;
+  /// What may wait, in bytes: sizeof(snd_seq_event_t) for each event, and the bytes of a system exclusive
+  /// one. It has room for some 75,000 short messages. What comes while it is full is dropped, whole messages
+  /// at a time, and one log line says so; a message that has begun to go may exceed it by longestMessage.
+  static constexpr std::size_t backlogLimit = std::size_t{2} << 20U;
+  static constexpr std::size_t longestMessage = std::size_t{1} << 20U;
+
+  /// So long before its time a packet that is wanted later is handed to the kernel's clock; a busy machine
+  /// may wake this program as much too late.
+  static constexpr Duration lead = std::chrono::milliseconds(100);
+  /// So long after the last of them the kernel's queue is kept.
+  static constexpr Duration linger = std::chrono::seconds(1);
+
+  Outlet(OutletContext context, std::shared_ptr<karvex::foundation::SerialQueue> queue, Route route)
+      : context_(std::move(context)), queue_(std::move(queue)), route_(std::move(route)) {}
+
+  /// A packet whose time stamp is to come goes out then.
+  void send(const MIDIPacketList& list);
+
+ private:
+  struct Waiting {
+    snd_seq_event_t event;
+    std::vector<unsigned char> bytes;  ///< of a system exclusive event
+    bool isLater;                      ///< for the kernel's clock
+    std::optional<TimePoint> due;      ///< when it may go at the earliest, once that is known
+  };
+  using Backlog = std::multimap<TimePoint, Waiting>;
+
+  bool attach();
+  void accept(const snd_seq_event_t& event, TimePoint wanted, bool isLater);
+  bool hasPlaceFor(const snd_seq_event_t& event);
+  void drain();
+  bool go(TimePoint wanted, Waiting& waiting);
+  std::optional<Schedule> scheduleFor(const Waiting& waiting, TimePoint now);
+  bool waitForRoom(TimePoint now);
+  void leaveOut(std::string_view reason);
+  void dropAll();
+  void setTimer();
 
   OutletContext context_;
-  karvex::foundation::SerialQueue queue_;
+  std::shared_ptr<karvex::foundation::SerialQueue> queue_;
+  Route route_;
   EventEncoder encoder_;
   SysExPacer pacer_;
-  std::set<PortAddress> prepared_;
-  bool isDropping_ = false;  ///< nothing has gone out since a list was dropped, which was told then
+  Wire wire_;
+  bool isAttached_ = false;
+  bool takesRest_ = false;  ///< of the system exclusive message that has begun
+  bool isLossTold_ = false;
+  Backlog backlog_;
+  std::size_t waitingBytes_ = 0;
+  std::optional<TimePoint> blockedSince_;  ///< when the other side was first found without room
+  TimePoint wake_{};                       ///< when the first that waits is worth another try
+  QueueHold kernelQueue_;
+  TimePoint scheduledUntil_{};
+  karvex::foundation::Timer timer_;
+  TimePoint timerAt_ = TimePoint::max();  ///< when it calls; the farthest moment while it isn't set
 };
 
 }  // namespace midikit::io::alsa

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
+#include <utility>
 
 #include "MIDIKitIO/platform/linux/InputRoom.hpp"
 
@@ -20,6 +21,7 @@ constexpr const char* node = "/dev/snd/seq";
 /// eleven.
 constexpr std::size_t poolCells = 2000;
 constexpr std::size_t inputBuffer = 65536;
+/// Other programs send to the same place; so many cells, or an eighth of a small pool, are left for them.
 constexpr int cellsForOthers = 16;
 
 constexpr unsigned readable = SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_SUBS_READ;
@@ -31,12 +33,12 @@ std::string textOf(int errorNumber) {
 }
 
 SequencerPort portOf(const snd_seq_port_info_t* info) {
+  // "No export" keeps third parties from connecting the port; whoever asks for itself may.
   const unsigned capabilities = snd_seq_port_info_get_capability(info);
-  const bool isHidden = (capabilities & SND_SEQ_PORT_CAP_NO_EXPORT) != 0;
   return {.number = snd_seq_port_info_get_port(info),
           .name = snd_seq_port_info_get_name(info),
-          .isReadable = !isHidden && (capabilities & readable) == readable,
-          .isWritable = !isHidden && (capabilities & writable) == writable};
+          .isReadable = (capabilities & readable) == readable,
+          .isWritable = (capabilities & writable) == writable};
 }
 
 std::vector<SequencerPort> portsOf(snd_seq_t* handle, int client) {
@@ -70,27 +72,43 @@ std::vector<PortAddress> subscribers(snd_seq_t* handle, PortAddress port, snd_se
   }
 }
 
+void describe(snd_seq_port_subscribe_t* connection, PortAddress from, PortAddress to) {
+  const auto address = [](PortAddress place) {
+    return snd_seq_addr_t{.client = static_cast<unsigned char>(place.client),
+                          .port = static_cast<unsigned char>(place.port)};
+  };
+  const auto sender = address(from);
+  const auto receiver = address(to);
+  snd_seq_port_subscribe_set_sender(connection, &sender);
+  snd_seq_port_subscribe_set_dest(connection, &receiver);
+}
+
 }  // namespace
 
-std::unique_ptr<Sequencer> Sequencer::open(std::string& reason) {
+std::shared_ptr<Sequencer> Sequencer::open(std::optional<Unavailable>& why) {
+  using Reason = Unavailable::Reason;
+  const auto fail = [&why](Reason reason, const std::string& text) {
+    why = Unavailable{reason, std::string(node) + ": " + text};
+    return nullptr;
+  };
   // The library would tell of a missing node on standard error, and give no reason.
   const int probe = ::open(node, O_RDWR | O_CLOEXEC | O_NONBLOCK);
   if (probe < 0) {
-    reason = std::string(node) + ": " + textOf(errno);
-    return nullptr;
+    const int error = errno;
+    const bool isForbidden = error == EACCES || error == EPERM;
+    const bool isAbsent = error == ENOENT || error == ENODEV || error == ENXIO || error == ENOTDIR;
+    return fail(isForbidden ? Reason::forbidden
+                : isAbsent  ? Reason::absent
+                            : Reason::exhausted,
+                textOf(error));
   }
   ::close(probe);
   snd_seq_t* handle = nullptr;
   if (const int failure = snd_seq_open(&handle, "hw", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK); failure < 0) {
-    reason = std::string(node) + ": " + textOf(-failure);
-    return nullptr;
+    return fail(Reason::exhausted, textOf(-failure));
   }
-  std::unique_ptr<Sequencer> sequencer(new Sequencer(handle));
-  if (!sequencer->setUp()) {
-    reason = std::string(node) + ": no port or queue can be made";
-    return nullptr;
-  }
-  return sequencer;
+  std::shared_ptr<Sequencer> sequencer(new Sequencer(handle));
+  return sequencer->setUp() ? sequencer : fail(Reason::exhausted, "no port can be made");
 }
 
 bool Sequencer::setUp() {
@@ -103,12 +121,9 @@ bool Sequencer::setUp() {
                                     midiPort);
   mouth_ = snd_seq_create_simple_port(handle_, "speaker", SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_NO_EXPORT,
                                       midiPort);
-  queue_ = snd_seq_alloc_named_queue(handle_, "MIDIKitIO");
-  if (client_ < 0 || ear_ < 0 || mouth_ < 0 || queue_ < 0) {
+  if (client_ < 0 || ear_ < 0 || mouth_ < 0) {
     return false;
   }
-  snd_seq_start_queue(handle_, queue_, nullptr);
-  snd_seq_drain_output(handle_);
   return listen({SND_SEQ_CLIENT_SYSTEM, SND_SEQ_PORT_SYSTEM_ANNOUNCE}) >= 0;
 }
 
@@ -185,44 +200,105 @@ int Sequencer::stopListening(PortAddress source) {
   return snd_seq_disconnect_from(handle_, ear_, source.client, source.port);
 }
 
-int Sequencer::prepare(PortAddress destination) {
-  const int result = snd_seq_connect_to(handle_, mouth_, destination.client, destination.port);
-  return result == -EBUSY ? 0 : result;
+int Sequencer::connect(const Wire& wire) {
+  return connectOthers({client_, wire.from}, wire.to);
 }
 
-/// A long event must leave room for some short ones; one that is longer than all the room is tried all the
-/// same.
+bool Sequencer::isConnected(const Wire& wire) const {
+  return hasConnection({client_, wire.from}, wire.to);
+}
+
+bool Sequencer::hasConnection(PortAddress source, PortAddress destination) const {
+  snd_seq_port_subscribe_t* connection = nullptr;
+  snd_seq_port_subscribe_alloca(&connection);
+  describe(connection, source, destination);
+  return snd_seq_get_port_subscription(handle_, connection) >= 0;
+}
+
+/// "Busy" means that they are connected, or that one of them is someone's alone.
+int Sequencer::connectOthers(PortAddress source, PortAddress destination) {
+  snd_seq_port_subscribe_t* connection = nullptr;
+  snd_seq_port_subscribe_alloca(&connection);
+  describe(connection, source, destination);
+  const int result = snd_seq_subscribe_port(handle_, connection);
+  return result == -EBUSY && hasConnection(source, destination) ? 0 : result;
+}
+
+int Sequencer::disconnectOthers(PortAddress source, PortAddress destination) {
+  snd_seq_port_subscribe_t* connection = nullptr;
+  snd_seq_port_subscribe_alloca(&connection);
+  describe(connection, source, destination);
+  return snd_seq_unsubscribe_port(handle_, connection);
+}
+
+/// What is longer than all the room is tried when all of it is free.
 bool Sequencer::hasRoomFor(const snd_seq_event_t& event, int client) const {
-  if (!snd_seq_ev_is_variable(&event)) {
+  const auto room = inputRoom(descriptor(), client);
+  if (!room) {
     return true;
   }
-  const auto room = inputRoom(descriptor(), client);
-  const int wanted = static_cast<int>(event.data.ext.len / sizeof(event)) + 2 + cellsForOthers;
-  return !room || room->free >= std::min(wanted, room->all);
+  const int cells =
+      snd_seq_ev_is_variable(&event) ? static_cast<int>(event.data.ext.len / sizeof(event)) + 2 : 1;
+  return room->free >= std::min(cells + std::min(cellsForOthers, room->all / 8), room->all);
 }
 
-int Sequencer::send(snd_seq_event_t& event, PortAddress to, std::optional<int> from,
-                    std::optional<karvex::foundation::Duration> delay) {
+int Sequencer::send(snd_seq_event_t& event, const Wire& wire, const std::optional<Schedule>& schedule) {
   using std::chrono::duration_cast;
   using std::chrono::seconds;
-  snd_seq_ev_set_source(&event, static_cast<unsigned char>(from.value_or(mouth_)));
-  snd_seq_ev_set_dest(&event, static_cast<unsigned char>(to.client), static_cast<unsigned char>(to.port));
-  if (delay) {
-    const auto whole = duration_cast<seconds>(*delay);
+  snd_seq_ev_set_source(&event, static_cast<unsigned char>(wire.from));
+  snd_seq_ev_set_dest(&event, static_cast<unsigned char>(wire.to.client),
+                      static_cast<unsigned char>(wire.to.port));
+  if (schedule) {
+    const auto whole = duration_cast<seconds>(schedule->delay);
     const snd_seq_real_time_t when = {.tv_sec = static_cast<unsigned>(whole.count()),
-                                      .tv_nsec = static_cast<unsigned>((*delay - whole).count())};
+                                      .tv_nsec = static_cast<unsigned>((schedule->delay - whole).count())};
     event.flags = static_cast<unsigned char>((event.flags & SND_SEQ_EVENT_LENGTH_MASK) |
                                              SND_SEQ_TIME_STAMP_REAL | SND_SEQ_TIME_MODE_REL);
     event.time.time = when;
-    event.queue = static_cast<unsigned char>(queue_);
+    event.queue = static_cast<unsigned char>(*schedule->queue);
   } else {
-    if (!hasRoomFor(event, to.client)) {
-      return -EAGAIN;
-    }
     snd_seq_ev_set_direct(&event);
   }
+  const std::lock_guard lock(mutex_);  // So that two that look for room don't find the same.
+  if (!isConnected(wire)) {
+    return -ENOTCONN;
+  }
+  return hasRoomFor(event, wire.to.client) ? std::min(snd_seq_event_output_direct(handle_, &event), 0)
+                                           : -EAGAIN;
+}
+
+/// Keeps the sequencer open until the queue has ended.
+struct Sequencer::RunningQueue {
+  RunningQueue(std::shared_ptr<Sequencer> itsSequencer, int itsNumber)
+      : sequencer(std::move(itsSequencer)), number(itsNumber) {}
+  ~RunningQueue() { sequencer->endQueue(number); }
+  RunningQueue(const RunningQueue&) = delete;
+  RunningQueue& operator=(const RunningQueue&) = delete;
+
+  const std::shared_ptr<Sequencer> sequencer;
+  const int number;
+};
+
+QueueHold Sequencer::queue() {
   const std::lock_guard lock(mutex_);
-  return snd_seq_event_output_direct(handle_, &event);
+  if (auto running = queue_.lock()) {
+    return running;
+  }
+  const int number = snd_seq_alloc_named_queue(handle_, "MIDIKitIO");
+  if (number < 0) {
+    return nullptr;
+  }
+  snd_seq_start_queue(handle_, number, nullptr);
+  snd_seq_drain_output(handle_);
+  const auto started = std::make_shared<RunningQueue>(shared_from_this(), number);
+  QueueHold hold(started, &started->number);
+  queue_ = hold;
+  return hold;
+}
+
+void Sequencer::endQueue(int number) {
+  const std::lock_guard lock(mutex_);
+  snd_seq_free_queue(handle_, number);
 }
 
 bool Sequencer::input(std::size_t most, const std::function<void(const snd_seq_event_t*)>& sink) {

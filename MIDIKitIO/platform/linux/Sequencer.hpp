@@ -11,26 +11,39 @@
 #include <vector>
 
 #include "MIDIKitIO/platform/linux/EquipmentTree.hpp"
-#include "foundation/Clock.hpp"
+#include "MIDIKitIO/platform/linux/EventSink.hpp"
 
 namespace midikit::io::alsa {
 
 /// This program's client of the kernel's sequencer, with one port that hears and one that speaks, which
 /// nobody else may use, and a port for each of its virtual endpoints. All operations but input() may be
 /// called on any thread; input() on one at a time.
-class Sequencer {
+class Sequencer final : public EventSink, public std::enable_shared_from_this<Sequencer> {
  public:
   enum class Direction { source, destination };
 
-  /// None if there is no sequencer that may be used; `reason` tells why.
-  static std::unique_ptr<Sequencer> open(std::string& reason);
-  ~Sequencer();
+  /// Why there is no sequencer to be had.
+  struct Unavailable {
+    enum class Reason {
+      absent,     ///< the kernel has none, or not yet
+      forbidden,  ///< it isn't this user's to use
+      exhausted,  ///< it has no client, port or queue left
+    };
+    Reason reason;
+    std::string text;  ///< for people
+  };
+
+  /// Null if there is no sequencer that may be used; `why` is set then.
+  static std::shared_ptr<Sequencer> open(std::optional<Unavailable>& why);
+  ~Sequencer() override;
   Sequencer(const Sequencer&) = delete;
   Sequencer& operator=(const Sequencer&) = delete;
 
   int client() const { return client_; }
   /// Where what comes from the sources that are listened to arrives, and the news of the system.
   PortAddress ear() const { return {client_, ear_}; }
+  /// The port that lists to destinations come from.
+  int mouth() const { return mouth_; }
   /// Readable when input() has something.
   int descriptor() const;
 
@@ -51,29 +64,35 @@ class Sequencer {
   /// Both give a negative error number on failure.
   int listen(PortAddress source);
   int stopListening(PortAddress source);
-  /// Makes a destination ready for output: a device is opened by that. Harmless if it is.
-  int prepare(PortAddress destination);
+  /// Connects ports of others, for as long as both are there: this program isn't needed. Both return a
+  /// negative error number on failure; connecting what is connected is none.
+  int connectOthers(PortAddress source, PortAddress destination);
+  int disconnectOthers(PortAddress source, PortAddress destination);
 
-  /// Sends one event at once; or, with a `delay`, after it. From the port `from` of this program, or from the
-  /// one that speaks. Gives a negative error number on failure: -EAGAIN or -ENOMEM while there is no room.
-  int send(snd_seq_event_t& event, PortAddress to, std::optional<int> from,
-           std::optional<karvex::foundation::Duration> delay);
+  int connect(const Wire& wire) override;
+  bool isConnected(const Wire& wire) const override;
+  int send(snd_seq_event_t& event, const Wire& wire, const std::optional<Schedule>& schedule) override;
+  QueueHold queue() override;
 
   /// Takes what has come, at most `most` events. The sink's event is valid during the call alone. What was
   /// lost because it came too fast is one call with null. False if the sequencer has gone.
   bool input(std::size_t most, const std::function<void(const snd_seq_event_t*)>& sink);
 
  private:
+  struct RunningQueue;
+
   explicit Sequencer(snd_seq_t* handle) : handle_(handle) {}
   bool setUp();
+  bool hasConnection(PortAddress source, PortAddress destination) const;
   bool hasRoomFor(const snd_seq_event_t& event, int client) const;
+  void endQueue(int number);
 
   snd_seq_t* handle_;
   int client_ = -1;
   int ear_ = -1;
   int mouth_ = -1;
-  int queue_ = -1;
-  mutable std::mutex mutex_;  ///< for what shares the handle's scratch memory: output, and walks
+  std::mutex mutex_;                ///< of all below, and of the handle's buffer for output
+  std::weak_ptr<const int> queue_;  ///< the one that runs
 };
 
 }  // namespace midikit::io::alsa

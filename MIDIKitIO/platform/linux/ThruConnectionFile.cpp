@@ -11,8 +11,10 @@
 #include <fstream>
 #include <span>
 #include <system_error>
+#include <utility>
 
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
+#include "MIDIKitIO/platform/linux/FileLock.hpp"
 #include "foundation/Log.hpp"
 
 namespace midikit::io::alsa {
@@ -105,22 +107,58 @@ int writeNewFile(const fs::path& file, std::string_view text) {
   return failure;
 }
 
-void replaceFile(const fs::path& file, std::string_view text) {
-  std::error_code failure;
-  fs::create_directories(file.parent_path(), failure);
+/// 0, or the number of the error.
+int replaceFile(const fs::path& file, std::string_view text) {
   const fs::path fresh = file.string() + '.' + std::to_string(::getpid());
-  if (const int error = writeNewFile(fresh, text); error != 0) {
-    failure = std::error_code(error, std::system_category());
-  } else {
-    fs::rename(fresh, file, failure);
+  int error = writeNewFile(fresh, text);
+  if (error == 0 && ::rename(fresh.c_str(), file.c_str()) != 0) {
+    error = errno;
   }
-  if (failure) {
-    std::error_code ignored;
-    fs::remove(fresh, ignored);
-    karvex::foundation::log::debug("MIDI thru connections are not kept: " + file.string() + ": " +
-                                   failure.message());
+  if (error != 0) {
+    ::unlink(fresh.c_str());
   }
+  return error;
 }
+
+/// The file's connections as several programs change them: each reads, edits and writes under a lock.
+class KeptInFile {
+ public:
+  explicit KeptInFile(fs::path file) : file_(std::move(file)) {}
+
+  /// The file is replaced as a whole, so reading needs no lock; closing that would look like a change.
+  StoredThruConnections operator()(const engine::ThruConnectionStore::Edit& edit) {
+    const auto before = kept();
+    auto all = before;
+    edit(all);
+    if (all == before) {
+      return all;
+    }
+    std::error_code ignored;
+    fs::create_directories(file_.parent_path(), ignored);
+    const FileLock turn(file_.string() + ".lock", FileLock::Patience::waits);
+    all = kept();
+    edit(all);
+    write(all);
+    return all;
+  }
+
+ private:
+  StoredThruConnections kept() const {
+    return unwritten_ ? *unwritten_ : thruConnectionsIn(contentOf(file_));
+  }
+
+  void write(const StoredThruConnections& all) {
+    const int error = replaceFile(file_, textOfThruConnections(all));
+    unwritten_ = error != 0 ? std::optional(all) : std::nullopt;
+    if (error != 0) {
+      karvex::foundation::log::debug("MIDI thru connections are not kept: " + file_.string() + ": " +
+                                     std::system_category().message(error));
+    }
+  }
+
+  fs::path file_;
+  std::optional<StoredThruConnections> unwritten_;  ///< what the file should hold, if it can't be written
+};
 
 }  // namespace
 
@@ -164,9 +202,7 @@ std::optional<fs::path> thruConnectionFile(const char* stateHome, const char* ho
 }
 
 std::shared_ptr<engine::ThruConnectionStore> openThruConnectionStore(const fs::path& file) {
-  return std::make_shared<engine::ThruConnectionStore>(
-      thruConnectionsIn(contentOf(file)),
-      [file](const StoredThruConnections& all) { replaceFile(file, textOfThruConnections(all)); });
+  return std::make_shared<engine::ThruConnectionStore>(KeptInFile(file));
 }
 
 }  // namespace midikit::io::alsa

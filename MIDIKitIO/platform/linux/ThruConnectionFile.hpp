@@ -30,9 +30,9 @@ StoredThruConnections thruConnectionsIn(std::string_view text);
 /// variables. None if there is no absolute path to either.
 std::optional<std::filesystem::path> thruConnectionFile(const char* stateHome, const char* home);
 
-/// A store that begins with what is in the file, and replaces the file as a whole at each change. A file that
-/// can't be written is told of in a log line, and the connections live as long as the program. Programs that
-/// run at the same time don't see each other's changes; the last one to write counts.
+/// A store of what is in the file, which replaces the file as a whole at each change, under a lock, so that
+/// programs that run at the same time keep each other's changes. A file that can't be written is told of in a
+/// log line, and the connections live as long as the program.
 std::shared_ptr<engine::ThruConnectionStore> openThruConnectionStore(const std::filesystem::path& file);
 
 }  // namespace midikit::io::alsa

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
 namespace midikit::io::engine {
@@ -55,7 +54,7 @@ TEST_F(MIDIDeliveryTest, WhatASourceSendsComesWithTheTokenOfItsConnectionInTheFo
 
   EXPECT_EQ(service.MIDIPortConnectSource(bytes, source(0), "again "), noErr);
   EXPECT_EQ(service.MIDIPortDisconnectSource(bytes, source(1)), noErr);
-  EXPECT_EQ(service.MIDIPortDisconnectSource(bytes, source(1)), status::noConnection);
+  EXPECT_EQ(service.MIDIPortDisconnectSource(bytes, source(1)), statusOf(MIDIOSStatus::noConnection));
   static_cast<void>(service.sendFromEquipment(source(0), packet({0xF8})));
   static_cast<void>(service.sendFromEquipment(source(1), packet({0xFA})));
   EXPECT_THAT(read(), ElementsAre("bytes again 0: F8", "words1 1| 0: 10F80000", "words2 2| 0: 10F80000"));
@@ -97,7 +96,7 @@ TEST_F(MIDIDeliveryTest, AConnectionEndsLateAndGoesOnIfItIsTakenUpInTime) {
     static_cast<void>(service.sendFromEquipment(source(), packet({0xFA})));
     EXPECT_EQ(service.MIDIPortDisconnectSource(port, source()), noErr);
     const auto end = runtime.clock().now();
-    EXPECT_EQ(service.MIDIPortDisconnectSource(port, source()), status::noConnection);
+    EXPECT_EQ(service.MIDIPortDisconnectSource(port, source()), statusOf(MIDIOSStatus::noConnection));
     static_cast<void>(service.sendFromEquipment(source(), packet({0x02, 0xF7})));
     if (testCase.meanwhile) {
       static_cast<void>(service.sendFromEquipment(source(), *testCase.meanwhile));
@@ -121,11 +120,11 @@ TEST_F(MIDIDeliveryTest, AConnectionEndsAtOnceWithItsPortOrItsSource) {
   }
   service.removeDevice(service.MIDIGetDevice(1));
   EXPECT_THAT(read(), ElementsAre("port 0: F8"));
-  EXPECT_EQ(service.MIDIPortDisconnectSource(port, second), status::noConnection);
+  EXPECT_EQ(service.MIDIPortDisconnectSource(port, second), statusOf(MIDIOSStatus::noConnection));
   static_cast<void>(service.sendFromEquipment(source(0), packet({0xF8})));
   EXPECT_EQ(service.MIDIPortDispose(port), noErr);
   EXPECT_THAT(read(), IsEmpty());
-  EXPECT_EQ(service.MIDIPortDispose(port), status::invalidPort);
+  EXPECT_EQ(service.MIDIPortDispose(port), statusOf(MIDIOSStatus::invalidPort));
 }
 
 TEST_F(MIDIDeliveryTest, SendingReachesVirtualDestinationsAndEquipment) {
@@ -134,15 +133,16 @@ TEST_F(MIDIDeliveryTest, SendingReachesVirtualDestinationsAndEquipment) {
   EXPECT_EQ(service.MIDIDestinationCreateWithBlock(client, "B", bytes, byteReader("bytes")), noErr);
   EXPECT_EQ(service.MIDIDestinationCreateWithProtocol(client, "W", midi2, words, wordReader("words")), noErr);
   EXPECT_EQ(service.readAsEquipment(destination(0), byteReader("desk")), noErr);
-  EXPECT_EQ(service.readAsEquipment(bytes, byteReader("x")), status::notPermitted);
-  EXPECT_EQ(service.readAsEquipment(source(0), byteReader("x")), status::wrongEndpointType);
+  EXPECT_EQ(service.readAsEquipment(bytes, byteReader("x")), statusOf(MIDIOSStatus::notPermitted));
+  EXPECT_EQ(service.readAsEquipment(source(0), byteReader("x")), statusOf(MIDIOSStatus::wrongEndpointType));
   const Ref port = outputPort();
   for (const Ref to : {bytes, words, destination(0), destination(1)}) {
     EXPECT_EQ(service.MIDISend(port, to, packet({0xC0, 0x01})), noErr);
   }
   EXPECT_EQ(service.MIDISendEventList(port, destination(0), events(midi2, {{0x40C00000, 0x02000000}})),
             noErr);
-  EXPECT_EQ(service.MIDISendEventList(port, bytes, {.protocol = MIDIProtocolID(3)}), status::parameterError);
+  EXPECT_EQ(service.MIDISendEventList(port, bytes, {.protocol = MIDIProtocolID(3)}),
+            statusOf(MIDIOSStatus::internalError));
   EXPECT_THAT(read(), testing::UnorderedElementsAre("bytes 0: C0 01", "words 2| 0: 40C00000 01000000",
                                                     "desk 0: C0 01", "desk 0: C0 02"));
 }
@@ -151,22 +151,26 @@ TEST_F(MIDIDeliveryTest, WrongReferencesAreRefusedByTheirOwnStatus) {
   const Ref in = inputPort("in");
   const Ref out = outputPort();
   Ref made = 0;
-  EXPECT_EQ(service.MIDIOutputPortCreate(client + 1, "p", made), status::invalidClient);
-  EXPECT_EQ(service.MIDIInputPortCreateWithBlock(0, "p", made, nullptr), status::invalidClient);
-  EXPECT_EQ(service.MIDISourceCreate(in, "s", made), status::invalidClient);
+  EXPECT_EQ(service.MIDIOutputPortCreate(client + 1, "p", made), statusOf(MIDIOSStatus::invalidClient));
+  EXPECT_EQ(service.MIDIInputPortCreateWithBlock(0, "p", made, nullptr),
+            statusOf(MIDIOSStatus::invalidClient));
+  EXPECT_EQ(service.MIDISourceCreate(in, "s", made), statusOf(MIDIOSStatus::invalidClient));
   EXPECT_EQ(service.MIDIInputPortCreateWithProtocol(client, "p", MIDIProtocolID(0), made, nullptr),
-            status::parameterError);
-  EXPECT_EQ(service.MIDIPortConnectSource(out, source(), nullptr), status::invalidPort);
-  EXPECT_EQ(service.MIDIPortConnectSource(in, destination(), nullptr), status::wrongEndpointType);
-  EXPECT_EQ(service.MIDIPortConnectSource(in, service.MIDIGetDevice(0), nullptr), status::unknownEndpoint);
-  EXPECT_EQ(service.MIDIPortDisconnectSource(out, source()), status::invalidPort);
-  EXPECT_EQ(service.MIDISend(in, destination(), packet({})), status::invalidPort);
-  EXPECT_EQ(service.MIDISend(out, source(), packet({})), status::wrongEndpointType);
-  EXPECT_EQ(service.MIDISend(out, 0, packet({})), status::unknownEndpoint);
-  EXPECT_EQ(service.MIDIReceived(source(), packet({})), status::notPermitted) << "equipment's own";
-  EXPECT_EQ(service.sendFromEquipment(virtualSource(), packet({})), status::notPermitted);
-  EXPECT_EQ(service.MIDIEndpointDispose(source()), status::notPermitted);
-  EXPECT_EQ(service.MIDIEndpointDispose(in), status::unknownEndpoint);
+            statusOf(MIDIOSStatus::internalError));
+  EXPECT_EQ(service.MIDIPortConnectSource(out, source(), nullptr), statusOf(MIDIOSStatus::invalidPort));
+  EXPECT_EQ(service.MIDIPortConnectSource(in, destination(), nullptr),
+            statusOf(MIDIOSStatus::wrongEndpointType));
+  EXPECT_EQ(service.MIDIPortConnectSource(in, service.MIDIGetDevice(0), nullptr),
+            statusOf(MIDIOSStatus::unknownEndpoint));
+  EXPECT_EQ(service.MIDIPortDisconnectSource(out, source()), statusOf(MIDIOSStatus::invalidPort));
+  EXPECT_EQ(service.MIDISend(in, destination(), packet({})), statusOf(MIDIOSStatus::invalidPort));
+  EXPECT_EQ(service.MIDISend(out, source(), packet({})), statusOf(MIDIOSStatus::wrongEndpointType));
+  EXPECT_EQ(service.MIDISend(out, 0, packet({})), statusOf(MIDIOSStatus::unknownEndpoint));
+  EXPECT_EQ(service.MIDIReceived(source(), packet({})), statusOf(MIDIOSStatus::notPermitted))
+      << "equipment's own";
+  EXPECT_EQ(service.sendFromEquipment(virtualSource(), packet({})), statusOf(MIDIOSStatus::notPermitted));
+  EXPECT_EQ(service.MIDIEndpointDispose(source()), statusOf(MIDIOSStatus::notPermitted));
+  EXPECT_EQ(service.MIDIEndpointDispose(in), statusOf(MIDIOSStatus::unknownEndpoint));
 }
 
 TEST_F(MIDIDeliveryTest, VirtualEndpointsAreListedToldAndDisposedOf) {
@@ -194,7 +198,7 @@ TEST_F(MIDIDeliveryTest, VirtualEndpointsAreListedToldAndDisposedOf) {
   EXPECT_THAT(read(), ElementsAre("listener 0: FE", "listener 0: F8"));
   EXPECT_EQ(service.MIDIEndpointDispose(from), noErr);
   EXPECT_EQ(service.MIDIEndpointDispose(to), noErr);
-  EXPECT_EQ(service.MIDIReceived(from, packet({0xFE})), status::unknownEndpoint);
+  EXPECT_EQ(service.MIDIReceived(from, packet({0xFE})), statusOf(MIDIOSStatus::unknownEndpoint));
   EXPECT_EQ(service.MIDIGetNumberOfSources(), 2U);
   EXPECT_THAT(told(), ElementsAre(fmt::format("2 0/-1 {}/2", from), "1", fmt::format("2 0/-1 {}/3", to), "1",
                                   fmt::format("4 {}/2 name", from), fmt::format("3 0/-1 {}/2", from), "1",

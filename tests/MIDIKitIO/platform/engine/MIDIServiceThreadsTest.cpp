@@ -147,13 +147,15 @@ TEST(MIDIServiceThreadsTest, RefreshedConnectionsLoseAndDoubleNothing) {
 TEST(MIDIServiceThreadsTest, TheServiceEndsWhileItsBlocksRun) {
   karvex::foundation::SystemRuntime runtime;
   for (int i = 0; i < 100; ++i) {
-    int heard = 0;
+    std::atomic<int> heard = 0;
     karvex::rig::VirtualMidiService service(runtime);
     MIDIObjectRef client = 0;
     ASSERT_EQ(service.MIDIClientCreateWithBlock("c", client,
                                                 [&](const MIDINotification&) {
                                                   walk(service);
-                                                  ++heard;
+                                                  MIDIObjectRef made = 0;
+                                                  static_cast<void>(service.MIDIClientCreateWithBlock(
+                                                      "d", made, [&](const MIDINotification&) { ++heard; }));
                                                 }),
               noErr);
     for (int device = 0; device < 5; ++device) {

@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
 namespace midikit::io::engine {
@@ -44,8 +43,8 @@ TEST_F(MIDISetupTest, TheTreeCanBeWalkedUpAndDown) {
   EXPECT_EQ(up, second);
   EXPECT_EQ(service.MIDIEntityGetDevice(second, up), noErr);
   EXPECT_EQ(up, device);
-  EXPECT_EQ(service.MIDIEntityGetDevice(device, up), status::objectNotFound);
-  EXPECT_EQ(service.MIDIEndpointGetEntity(second, up), status::objectNotFound);
+  EXPECT_EQ(service.MIDIEntityGetDevice(device, up), statusOf(MIDIOSStatus::objectNotFound));
+  EXPECT_EQ(service.MIDIEndpointGetEntity(second, up), statusOf(MIDIOSStatus::objectNotFound));
 
   EXPECT_EQ(text(service.MIDIGetSource(2), kMIDIPropertyDisplayName), "Desk B in");
   EXPECT_EQ(text(service.MIDIGetDestination(0), kMIDIPropertyDisplayName), "Desk out");
@@ -81,10 +80,11 @@ TEST_F(MIDISetupTest, APropertyIsReadAsWhatItIsAndFailsOtherwise) {
     const char* key;
     OSStatus asText, asNumber, asMap;
   } cases[] = {
-      {"text", noErr, status::wrongPropertyType, status::wrongPropertyType},
-      {"number", status::wrongPropertyType, noErr, status::wrongPropertyType},
-      {"map", status::wrongPropertyType, status::wrongPropertyType, noErr},
-      {"name", status::unknownProperty, status::unknownProperty, status::unknownProperty},
+      {"text", noErr, statusOf(MIDIOSStatus::wrongPropertyType), statusOf(MIDIOSStatus::wrongPropertyType)},
+      {"number", statusOf(MIDIOSStatus::wrongPropertyType), noErr, statusOf(MIDIOSStatus::wrongPropertyType)},
+      {"map", statusOf(MIDIOSStatus::wrongPropertyType), statusOf(MIDIOSStatus::wrongPropertyType), noErr},
+      {"name", statusOf(MIDIOSStatus::unknownProperty), statusOf(MIDIOSStatus::unknownProperty),
+       statusOf(MIDIOSStatus::unknownProperty)},
   };
   for (const auto& property : cases) {
     EXPECT_EQ(service.MIDIObjectGetStringProperty(device, property.key, text), property.asText)
@@ -97,7 +97,8 @@ TEST_F(MIDISetupTest, APropertyIsReadAsWhatItIsAndFailsOtherwise) {
   EXPECT_EQ(text, "T");
   EXPECT_EQ(number, 7);
   EXPECT_EQ(map->size(), 1U);
-  EXPECT_EQ(service.MIDIObjectGetStringProperty(device + 1, "text", text), status::objectNotFound);
+  EXPECT_EQ(service.MIDIObjectGetStringProperty(device + 1, "text", text),
+            statusOf(MIDIOSStatus::objectNotFound));
   EXPECT_EQ(text, "T") << "out values are written on success alone";
 
   EXPECT_EQ(service.answerWithNone(device, "text"), noErr);
@@ -120,7 +121,7 @@ TEST_F(MIDISetupTest, AllPropertiesComeTogetherAndDeepWithThoseBelow) {
       std::get<PropertyDictionary>(std::get<PropertyDictionary>(entity.at("sources")).at("0"));
   EXPECT_EQ(std::get<std::string>(below.at("model")), "M");
   EXPECT_EQ(std::get<std::int32_t>(below.at("protocol")), 1);
-  EXPECT_EQ(service.MIDIObjectGetProperties(0, all, false), status::objectNotFound);
+  EXPECT_EQ(service.MIDIObjectGetProperties(0, all, false), statusOf(MIDIOSStatus::objectNotFound));
 }
 
 TEST_F(MIDISetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
@@ -129,10 +130,14 @@ TEST_F(MIDISetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
   told();
   EXPECT_EQ(service.MIDIObjectSetStringProperty(in, kMIDIPropertyName, "Other"), noErr);
   EXPECT_EQ(service.MIDIObjectSetIntegerProperty(in, kMIDIPropertyPrivate, 1), noErr);
-  EXPECT_EQ(service.MIDIObjectSetIntegerProperty(in, kMIDIPropertyName, 1), status::wrongPropertyType);
-  EXPECT_EQ(service.MIDIObjectSetStringProperty(in, kMIDIPropertyPrivate, "1"), status::wrongPropertyType);
-  EXPECT_EQ(service.MIDIObjectSetStringProperty(0, kMIDIPropertyName, "x"), status::objectNotFound);
-  EXPECT_EQ(service.MIDIObjectSetIntegerProperty(client, kMIDIPropertyPrivate, 1), status::objectNotFound);
+  EXPECT_EQ(service.MIDIObjectSetIntegerProperty(in, kMIDIPropertyName, 1),
+            statusOf(MIDIOSStatus::wrongPropertyType));
+  EXPECT_EQ(service.MIDIObjectSetStringProperty(in, kMIDIPropertyPrivate, "1"),
+            statusOf(MIDIOSStatus::wrongPropertyType));
+  EXPECT_EQ(service.MIDIObjectSetStringProperty(0, kMIDIPropertyName, "x"),
+            statusOf(MIDIOSStatus::objectNotFound));
+  EXPECT_EQ(service.MIDIObjectSetIntegerProperty(client, kMIDIPropertyPrivate, 1),
+            statusOf(MIDIOSStatus::objectNotFound));
   EXPECT_THAT(told(), ElementsAre(fmt::format("4 {}/2 name", in), fmt::format("4 {}/2 private", in)));
   EXPECT_EQ(text(in, kMIDIPropertyDisplayName), "Desk Other");
   EXPECT_EQ(number(in, kMIDIPropertyPrivate), 1);
@@ -153,7 +158,8 @@ TEST_F(MIDISetupTest, UniqueIdsAreUniqueThroughoutTheSystem) {
   const Ref first = source(0);
   const auto taken = number(source(1), kMIDIPropertyUniqueID);
   const auto before = number(first, kMIDIPropertyUniqueID);
-  EXPECT_EQ(service.MIDIObjectSetIntegerProperty(first, kMIDIPropertyUniqueID, taken), status::idNotUnique);
+  EXPECT_EQ(service.MIDIObjectSetIntegerProperty(first, kMIDIPropertyUniqueID, taken),
+            statusOf(MIDIOSStatus::idNotUnique));
   EXPECT_EQ(number(first, kMIDIPropertyUniqueID), before);
   EXPECT_EQ(service.MIDIObjectSetIntegerProperty(first, kMIDIPropertyUniqueID, before), noErr) << "its own";
   EXPECT_EQ(service.MIDIObjectSetIntegerProperty(first, kMIDIPropertyUniqueID, 4711), noErr);
@@ -175,11 +181,11 @@ TEST_F(MIDISetupTest, BeforeEventListsEndpointsHaveNoProtocol) {
     ASSERT_EQ(other.MIDIClientCreateWithBlock("c", someone, nullptr), noErr);
     std::int32_t protocol = 0;
     EXPECT_EQ(other.MIDIObjectGetIntegerProperty(other.MIDIGetSource(0), kMIDIPropertyProtocolID, protocol),
-              isModern ? noErr : status::unknownProperty);
+              isModern ? noErr : statusOf(MIDIOSStatus::unknownProperty));
     EXPECT_EQ(other.MIDISourceCreateWithProtocol(someone, "s", MIDIProtocolID::midi2_0, made),
-              isModern ? noErr : status::unknownError);
+              isModern ? noErr : statusOf(MIDIOSStatus::unknownError));
     EXPECT_EQ(other.MIDISourceCreate(someone, "s", made), noErr);
-    EXPECT_EQ(other.MIDIReceivedEventList(made, {}), isModern ? noErr : status::unknownError);
+    EXPECT_EQ(other.MIDIReceivedEventList(made, {}), isModern ? noErr : statusOf(MIDIOSStatus::unknownError));
   }
 }
 

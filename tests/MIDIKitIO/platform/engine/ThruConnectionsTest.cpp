@@ -1,7 +1,6 @@
 #include <cstring>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "MIDIKitIO/platform/engine/MIDIStatus.hpp"
 #include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
 namespace midikit::io::engine {
@@ -63,7 +62,7 @@ TEST_F(ThruConnectionsTest, WhatComesFromASourceGoesToTheDestinationUntilTheConn
   static_cast<void>(service.sendFromEquipment(source(1), packet({0xFE})));
   EXPECT_THAT(read(), ElementsAre("desk 0: 90 3C 40"));
   EXPECT_EQ(service.MIDIThruConnectionDispose(connection), noErr);
-  EXPECT_EQ(service.MIDIThruConnectionDispose(connection), status::objectNotFound);
+  EXPECT_EQ(service.MIDIThruConnectionDispose(connection), statusOf(MIDIOSStatus::objectNotFound));
   static_cast<void>(service.sendFromEquipment(source(0), packet({0x90, 0x3C, 0x40})));
   EXPECT_THAT(read(), IsEmpty());
   EXPECT_THAT(told(), ElementsAre("5", "5"));
@@ -137,7 +136,8 @@ TEST_F(ThruConnectionsTest, WhatMakesNoSenseOrCantBeDoneIsRefused) {
        {tooShort, std::vector<std::uint8_t>(), changed([](auto& p) { p.numSources = 9; }),
         changed([](auto& p) { p.numMaps = 1; }), changed([](auto& p) { p.channelMap[3] = 4; }),
         changed([](auto& p) { p.velocity.transform = 9; })}) {
-    EXPECT_EQ(service.MIDIThruConnectionCreate(std::nullopt, bytes, connection), status::parameterError);
+    EXPECT_EQ(service.MIDIThruConnectionCreate(std::nullopt, bytes, connection),
+              statusOf(MIDIOSStatus::internalError));
   }
   EXPECT_EQ(connection, 77U);
 }

@@ -145,7 +145,15 @@ TEST_F(EquipmentModelTest, PortsOfProgramsGoWithThem) {
   EXPECT_THAT(show({}), ElementsAre("removed source", "setup"));
   EXPECT_EQ(service_.MIDIGetNumberOfSources(), 0U);
   show({program(131)});
-  EXPECT_EQ(number(service_.MIDIGetSource(0), kMIDIPropertyUniqueID), id) << "the same after a restart";
+  const Ref source = service_.MIDIGetSource(0);
+  EXPECT_EQ(number(source, kMIDIPropertyUniqueID), id) << "the same after a restart";
+
+  model_.leave(131, std::nullopt);
+  EXPECT_EQ(model_.addressOf(source), std::nullopt) << "at once";
+  EXPECT_THAT(show({program(131)}), IsEmpty()) << "it was back at its address before anyone looked";
+  EXPECT_EQ(model_.addressOf(source), (PortAddress{131, 0}));
+  model_.leave(131, 0);
+  EXPECT_THAT(show({program(131, "Stranger")}), ElementsAre("removed source", "added source", "setup"));
 }
 
 TEST_F(EquipmentModelTest, OnlySoManyAbsentDevicesAreRemembered) {
