@@ -17,9 +17,8 @@ class Events final : public EventsBase {
  private:
   void handle(std::span<const core::MIDIEvent> events, std::uint64_t timeStamp,
               const MIDIPacketSource& source) override {
-    const auto left = wanted(events);
-    if (!left.empty() && handler_) {
-      callUser([&] { handler_(left, timeStamp, source); });
+    if (handler_) {
+      callUser([&] { handler_(events, timeStamp, source); });
     }
   }
 

@@ -62,8 +62,8 @@ void EventsBase::adopt(const ReceiveContext& context) {
       context.clock, *lateEvents_,
       [weak = weak_from_this()](std::span<const MIDIEvent> events, std::uint64_t timeStamp,
                                 const MIDIPacketSource& source) {
-        if (const auto self = weak.lock(); self && !events.empty()) {
-          self->handle(events, timeStamp, source);
+        if (const auto self = weak.lock()) {
+          self->handleWanted(events, timeStamp, source);
         }
       });
 }
@@ -88,22 +88,23 @@ void EventsBase::universalPacketsReceived(std::span<const AnyMIDIPacket> packets
 template <class Parse>
 void EventsBase::read(const AnyMIDIPacket& packet, const Parse& parse) {
   parse(std::span<const std::uint8_t>(packet.bytes()), events_);
-  if (!events_.empty()) {
-    handle(events_, packet.timeStamp(), packet.source());
-  }
+  handleWanted(events_, packet.timeStamp(), packet.source());
   if (events_.capacity() > keptEvents) {
     std::vector<MIDIEvent>().swap(events_);
   }
   events_.clear();
 }
 
-std::span<const MIDIEvent> EventsBase::wanted(std::span<const MIDIEvent> events) {
-  if (!options_.contains(MIDIReceiverOptions::dropClockAndSensing)) {
-    return events;
+void EventsBase::handleWanted(std::span<const MIDIEvent> events, std::uint64_t timeStamp,
+                              const MIDIPacketSource& source) {
+  if (options_.contains(MIDIReceiverOptions::dropClockAndSensing)) {
+    wanted_.clear();
+    std::ranges::copy_if(events, std::back_inserter(wanted_), isNoClockOrSensing);
+    events = wanted_;
   }
-  wanted_.clear();
-  std::ranges::copy_if(events, std::back_inserter(wanted_), isNoClockOrSensing);
-  return wanted_;
+  if (!events.empty()) {
+    handle(events, timeStamp, source);
+  }
 }
 
 }  // namespace midikit::io::receive

@@ -48,17 +48,17 @@ class EventsBase : public MIDIReceiverProtocol, public std::enable_shared_from_t
  protected:
   explicit EventsBase(MIDIReceiverOptions options);
 
-  /// Takes the events of one packet, at least one, which live during the call alone. Must not throw.
+  /// Takes what the options leave of the events of one packet, at least one, which live during the call
+  /// alone. Must not throw.
   virtual void handle(std::span<const core::MIDIEvent> events, std::uint64_t timeStamp,
                       const MIDIPacketSource& source) = 0;
-
-  /// What the options leave of the events; it lives until the next call.
-  std::span<const core::MIDIEvent> wanted(std::span<const core::MIDIEvent> events);
 
  private:
   void adopt(const ReceiveContext& context);
   template <class Parse>
   void read(const AnyMIDIPacket& packet, const Parse& parse);
+  void handleWanted(std::span<const core::MIDIEvent> events, std::uint64_t timeStamp,
+                    const MIDIPacketSource& source);
 
   MIDIReceiverOptions options_;
   core::MIDI1Parser midi1Parser_;

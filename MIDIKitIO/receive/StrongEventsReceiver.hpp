@@ -18,9 +18,8 @@ class StrongEventsReceiver final : public EventsBase {
  private:
   void handle(std::span<const core::MIDIEvent> events, std::uint64_t timeStamp,
               const MIDIPacketSource& source) override {
-    const auto left = wanted(events);
-    if (!left.empty() && receiver_) {
-      callUser([&] { receiver_->eventsReceived(left, timeStamp, source); });
+    if (receiver_) {
+      callUser([&] { receiver_->eventsReceived(events, timeStamp, source); });
     }
   }
 

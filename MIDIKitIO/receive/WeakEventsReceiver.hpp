@@ -18,12 +18,8 @@ class WeakEventsReceiver final : public EventsBase {
  private:
   void handle(std::span<const core::MIDIEvent> events, std::uint64_t timeStamp,
               const MIDIPacketSource& source) override {
-    const auto left = wanted(events);
-    if (left.empty()) {
-      return;
-    }
     if (const auto receiver = receiver_.lock()) {
-      callUser([&] { receiver->eventsReceived(left, timeStamp, source); });
+      callUser([&] { receiver->eventsReceived(events, timeStamp, source); });
     }
   }
 

@@ -1,6 +1,7 @@
 #include "MIDIKitIO/packets/PacketsOfLists.hpp"
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "MIDIKitIO/packets/ConnectionNumber.hpp"
@@ -69,8 +70,11 @@ TEST_F(PacketsOfListsTest, BytesAndSourcesAreThoseOfTheMoment) {
   EXPECT_EQ(packets[0].source()->displayName, makeOutputEndpoint(*service, source).displayName);
   EXPECT_EQ(packets[0].source(), packets[1].source()) << "what hasn't changed is shared";
 
-  ASSERT_EQ(service->MIDIObjectSetStringProperty(source, "name", "new"), noErr);
-  EXPECT_EQ(packetsOf(list, number.token(), *service)[0].source()->name, "new");
+  for (const auto* const key : {"displayName", "name"}) {
+    ASSERT_EQ(service->MIDIObjectSetStringProperty(source, key, "new"), noErr);
+    const auto record = packetsOf(list, number.token(), *service)[0].source();
+    EXPECT_EQ(std::string_view(key) == "name" ? record->name : record->displayName, "new") << key;
+  }
   EXPECT_EQ(packetsOf(list, nullptr, *service)[0].source(), nullptr);
   removeDeviceOf(source);
   EXPECT_EQ(packetsOf(list, number.token(), *service)[0].source(), nullptr) << "gone";
