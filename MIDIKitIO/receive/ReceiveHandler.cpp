@@ -22,6 +22,7 @@ struct HandlerMaker {
 
   Handler operator()(const MIDIReceiver::Group& group) const {
     std::vector<Handler> handlers;
+    handlers.reserve(group.receivers.size());
     for (const auto& receiver : group.receivers) {
       handlers.push_back(makeReceiveHandler(receiver, context));
     }
