@@ -22,17 +22,20 @@ void write(const fs::path& file, const std::string& text) {
 /// A USB MIDI device that the kernel's gadget driver plays, on the kernel's own dummy USB controller.
 class UsbBoard {
  public:
-  static bool isPossible() { return fs::exists(root) && fs::exists("/sys/class/udc/dummy_udc.0"); }
+  static bool isPossible() { return fs::exists(root) && fs::exists("/sys/class/udc/dummy_udc.1"); }
 
-  explicit UsbBoard(const std::string& serialNumber) {
+  /// `plug` is 0 or 1.
+  explicit UsbBoard(const std::string& serialNumber, int plug = 0,
+                    const std::string& product = "Board of Test")
+      : gadget(root / ("karvex" + std::to_string(plug))), udc("dummy_udc." + std::to_string(plug)) {
     fs::create_directories(gadget / "strings/0x409");
     fs::create_directories(gadget / "configs/c.1");
     fs::create_directories(gadget / "functions/midi.usb0");
     write(gadget / "idVendor", "0x1d6b");
-    write(gadget / "idProduct", "0x0104");
+    write(gadget / "idProduct", plug == 0 ? "0x0104" : "0x0105");
     write(gadget / "strings/0x409/serialnumber", serialNumber);
     write(gadget / "strings/0x409/manufacturer", "Kernel Test");
-    write(gadget / "strings/0x409/product", "Board of Test");
+    write(gadget / "strings/0x409/product", product);
     write(gadget / "functions/midi.usb0/id", "boardside");
     fs::create_directory_symlink(gadget / "functions/midi.usb0", gadget / "configs/c.1/midi.usb0");
   }
@@ -47,12 +50,13 @@ class UsbBoard {
   UsbBoard(const UsbBoard&) = delete;
   UsbBoard& operator=(const UsbBoard&) = delete;
 
-  void plugIn() { write(gadget / "UDC", "dummy_udc.0"); }
+  void plugIn() { write(gadget / "UDC", udc); }
   void unplug() { std::ofstream(gadget / "UDC") << '\n'; }
 
  private:
   static inline const fs::path root = "/sys/kernel/config/usb_gadget";
-  static inline const fs::path gadget = root / "karvex";
+  const fs::path gadget;
+  const std::string udc;
 };
 
 class AlsaUsbBoardTest : public KernelBench {
@@ -118,6 +122,28 @@ TEST_F(AlsaUsbBoardTest, ABoardThatLeavesIsOfflineAndComesBackAsTheSameObject) {
       << "the connection stands again, without anybody's doing";
   ASSERT_EQ(service_->MIDISend(outputPort(), firstDestination(), packet({0x90, 41, 100})), noErr);
   EXPECT_THAT(peer.read(3), ElementsAre(0x90, 41, 100));
+}
+
+TEST_F(AlsaUsbBoardTest, TwoKeyboardsWithTheSameEmptyNumberStayApart) {
+  UsbBoard keys("00000001", 0, "Keys");
+  UsbBoard pads("00000001", 1, "Pads");
+  const auto online = [this](const char* name) {
+    const Ref found = device(kMIDIPropertyName, name);
+    return found != 0 && number(found, kMIDIPropertyOffline) == 0 ? found : 0;
+  };
+  keys.plugIn();
+  ASSERT_TRUE(comesTrue([&] { return online("Keys") != 0; }));
+  const Ref first = online("Keys");
+  keys.unplug();
+  ASSERT_TRUE(comesTrue([&] { return online("Keys") == 0; }));
+  pads.plugIn();
+  ASSERT_TRUE(comesTrue([&] { return online("Pads") != 0; }));
+  const Ref second = online("Pads");
+  EXPECT_NE(second, first);
+  keys.plugIn();
+  ASSERT_TRUE(comesTrue([&] { return online("Keys") != 0; }));
+  EXPECT_EQ(online("Keys"), first);
+  EXPECT_EQ(online("Pads"), second);
 }
 
 TEST_F(AlsaUsbBoardTest, ALongMessageReachesADeviceWhole) {

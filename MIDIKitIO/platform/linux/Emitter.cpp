@@ -26,8 +26,7 @@ std::shared_ptr<Outlet> Emitter::outletTo(PortAddress listener, int port) const 
       context_, queue_,
       Outlet::Route{.from = port,
                     .place = [listener] { return listener; },
-                    .sysExRate = [rate = source_.sysExRate, listener] { return rate(listener); },
-                    .connects = false});
+                    .sysExRate = [rate = source_.sysExRate, listener] { return rate(listener); }});
 }
 
 }  // namespace midikit::io::alsa

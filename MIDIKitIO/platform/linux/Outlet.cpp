@@ -57,26 +57,32 @@ void Outlet::send(const MIDIPacketList& list) {
   });
 }
 
+Outlet::~Outlet() {
+  dropAll();
+}
+
 /// Whether there is somebody to send to. Whatever waits for one that left goes with it.
 bool Outlet::attach() {
   const auto place = route_.place();
-  if (isAttached_ && wire_.to != place) {
-    dropAll();
-  }
-  if (!place) {
-    return false;
-  }
-  wire_ = {.from = route_.from, .to = *place};
-  if (isAttached_ && context_.sink->isConnected(wire_)) {
+  if (isAttached_ && wire_.to == place && context_.sink->isConnected(wire_)) {
     return true;
   }
   dropAll();
-  const int failure = route_.connects ? context_.sink->connect(wire_) : 0;
+  isAttached_ = place && connect(*place);
+  return isAttached_;
+}
+
+bool Outlet::connect(PortAddress place) {
+  if (!route_.from && !(ownPort_ = context_.sink->makePort())) {
+    leaveOut("the sequencer has no port left");
+    return false;
+  }
+  wire_ = {.from = ownPort_ ? *ownPort_ : *route_.from, .to = place, .isShared = route_.from.has_value()};
+  const int failure = ownPort_ ? context_.sink->connect(wire_) : 0;
   if (failure < 0 && failure != -EINVAL) {  // That is a port which has just gone.
     leaveOut(snd_strerror(failure));
   }
-  isAttached_ = failure == 0;
-  return isAttached_;
+  return failure == 0;
 }
 
 void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, bool isLater) {
@@ -154,7 +160,7 @@ bool Outlet::go(TimePoint wanted, Waiting& waiting) {
     return waitForRoom(now);
   }
   blockedSince_.reset();
-  if (result == -ENOTCONN) {
+  if (result == -ENOTCONN || result == -ENOENT) {
     dropAll();
   } else if (result < 0) {
     leaveOut(snd_strerror(result));
@@ -191,6 +197,9 @@ void Outlet::leaveOut(std::string_view reason) {
 }
 
 void Outlet::dropAll() {
+  if (ownPort_) {
+    context_.sink->removePort(*std::exchange(ownPort_, std::nullopt));
+  }
   encoder_.reset();
   backlog_.clear();
   waitingBytes_ = 0;

@@ -58,14 +58,13 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   using Duration = karvex::foundation::Duration;
 
   struct Route {
-    int from = 0;  ///< this program's port
+    /// The port of a source, to which the place has connected itself. None for a port of the outlet's own.
+    std::optional<int> from;
     /// Asked for each event: whoever takes over the address of one that left must not get what was meant for
     /// it. None while there is nobody.
     std::function<std::optional<PortAddress>()> place;
     /// In bytes a second, asked for each piece of a system exclusive message; none where nothing is lost.
     std::function<std::optional<std::int64_t>()> sysExRate;
-    /// Whether this side makes the connection. A listener makes it itself.
-    bool connects = true;
   };
 
   /// What may wait, in bytes: sizeof(snd_seq_event_t) for each event, and the bytes of a system exclusive
@@ -83,6 +82,10 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   Outlet(OutletContext context, std::shared_ptr<karvex::foundation::SerialQueue> queue, Route route)
       : context_(std::move(context)), queue_(std::move(queue)), route_(std::move(route)) {}
 
+  ~Outlet();
+  Outlet(const Outlet&) = delete;
+  Outlet& operator=(const Outlet&) = delete;
+
   /// A packet whose time stamp is to come goes out then.
   void send(const MIDIPacketList& list);
 
@@ -96,6 +99,7 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   using Backlog = std::multimap<TimePoint, Waiting>;
 
   bool attach();
+  bool connect(PortAddress place);
   void accept(const snd_seq_event_t& event, TimePoint wanted, bool isLater);
   bool hasPlaceFor(const snd_seq_event_t& event);
   void drain();
@@ -112,6 +116,7 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   EventEncoder encoder_;
   SysExPacer pacer_;
   Wire wire_;
+  std::optional<int> ownPort_;
   bool isAttached_ = false;
   bool takesRest_ = false;  ///< of the system exclusive message that has begun
   bool isLossTold_ = false;

@@ -119,9 +119,7 @@ bool Sequencer::setUp() {
   snd_seq_set_input_buffer_size(handle_, inputBuffer);
   ear_ = snd_seq_create_simple_port(handle_, "listener", SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_NO_EXPORT,
                                     midiPort);
-  mouth_ = snd_seq_create_simple_port(handle_, "speaker", SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_NO_EXPORT,
-                                      midiPort);
-  if (client_ < 0 || ear_ < 0 || mouth_ < 0) {
+  if (client_ < 0 || ear_ < 0) {
     return false;
   }
   return listen({SND_SEQ_CLIENT_SYSTEM, SND_SEQ_PORT_SYSTEM_ANNOUNCE}) >= 0;
@@ -200,6 +198,12 @@ int Sequencer::stopListening(PortAddress source) {
   return snd_seq_disconnect_from(handle_, ear_, source.client, source.port);
 }
 
+std::optional<int> Sequencer::makePort() {
+  const int port = snd_seq_create_simple_port(handle_, "speaker",
+                                              SND_SEQ_PORT_CAP_READ | SND_SEQ_PORT_CAP_NO_EXPORT, midiPort);
+  return port >= 0 ? std::optional(port) : std::nullopt;
+}
+
 int Sequencer::connect(const Wire& wire) {
   return connectOthers({client_, wire.from}, wire.to);
 }
@@ -246,8 +250,12 @@ int Sequencer::send(snd_seq_event_t& event, const Wire& wire, const std::optiona
   using std::chrono::duration_cast;
   using std::chrono::seconds;
   snd_seq_ev_set_source(&event, static_cast<unsigned char>(wire.from));
-  snd_seq_ev_set_dest(&event, static_cast<unsigned char>(wire.to.client),
-                      static_cast<unsigned char>(wire.to.port));
+  if (wire.isShared) {
+    snd_seq_ev_set_dest(&event, static_cast<unsigned char>(wire.to.client),
+                        static_cast<unsigned char>(wire.to.port));
+  } else {
+    snd_seq_ev_set_subs(&event);
+  }
   if (schedule) {
     const auto whole = duration_cast<seconds>(schedule->delay);
     const snd_seq_real_time_t when = {.tv_sec = static_cast<unsigned>(whole.count()),

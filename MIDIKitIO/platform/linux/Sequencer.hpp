@@ -15,7 +15,7 @@
 
 namespace midikit::io::alsa {
 
-/// This program's client of the kernel's sequencer, with one port that hears and one that speaks, which
+/// This program's client of the kernel's sequencer, with one port that hears, which
 /// nobody else may use, and a port for each of its virtual endpoints. All operations but input() may be
 /// called on any thread; input() on one at a time.
 class Sequencer final : public EventSink, public std::enable_shared_from_this<Sequencer> {
@@ -42,8 +42,6 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   int client() const { return client_; }
   /// Where what comes from the sources that are listened to arrives, and the news of the system.
   PortAddress ear() const { return {client_, ear_}; }
-  /// The port that lists to destinations come from.
-  int mouth() const { return mouth_; }
   /// Readable when input() has something.
   int descriptor() const;
 
@@ -55,7 +53,6 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   /// A port that other programs see: a source is what they can listen to. None if there is no room for it.
   std::optional<int> addPort(const std::string& name, Direction direction);
   void renamePort(int port, const std::string& name);
-  void removePort(int port);
   /// Who listens to a port of this program's.
   std::vector<PortAddress> listeners(int port) const;
 
@@ -69,6 +66,8 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   int connectOthers(PortAddress source, PortAddress destination);
   int disconnectOthers(PortAddress source, PortAddress destination);
 
+  std::optional<int> makePort() override;
+  void removePort(int port) override;
   int connect(const Wire& wire) override;
   bool isConnected(const Wire& wire) const override;
   int send(snd_seq_event_t& event, const Wire& wire, const std::optional<Schedule>& schedule) override;
@@ -90,7 +89,6 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   snd_seq_t* handle_;
   int client_ = -1;
   int ear_ = -1;
-  int mouth_ = -1;
   std::mutex mutex_;                ///< of all below, and of the handle's buffer for output
   std::weak_ptr<const int> queue_;  ///< the one that runs
 };

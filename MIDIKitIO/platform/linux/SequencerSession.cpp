@@ -265,10 +265,13 @@ bool SequencerSession::connectsByItself(Ref source, Ref destination) const {
 }
 
 void SequencerSession::addEndpoint(Ref endpoint, MIDIObjectKind kind) {
-  refreshEndpoint(endpoint, kind);
-  if (kind != MIDIObjectKind::source) {
-    return;
+  if (kind == MIDIObjectKind::source) {
+    listenTo(endpoint);  // Before anyone can see it.
   }
+  refreshEndpoint(endpoint, kind);
+}
+
+void SequencerSession::listenTo(Ref endpoint) {
   auto queue = std::make_shared<SerialQueue>(runtime_.globalQueue());
   auto emitter = std::make_shared<Emitter>(
       outputs(), sequencer_, queue,
@@ -293,8 +296,7 @@ engine::MIDIRouting::Receiver SequencerSession::makeReceiver(Ref destination) {
   auto queue = std::make_shared<SerialQueue>(runtime_.globalQueue());
   auto outlet = std::make_shared<Outlet>(
       outputs(), queue,
-      Outlet::Route{.from = sequencer_->mouth(),
-                    .place = [this, destination] { return placeOf(destination); },
+      Outlet::Route{.place = [this, destination] { return placeOf(destination); },
                     .sysExRate = [this, destination]() -> std::optional<std::int64_t> {
                       const auto place = placeOf(destination);
                       return place ? sysExRateOf(destination, place->client) : std::nullopt;

@@ -75,6 +75,7 @@ class SequencerSession {
   void followConnections();
 
   OutletContext outputs() const { return {runtime_, sequencer_, outputGate_}; }
+  void listenTo(Ref endpoint);
   engine::MIDIRouting::Receiver makeReceiver(Ref destination);
   std::optional<PortAddress> placeOf(Ref destination) const;
   std::optional<std::int64_t> sysExRateOf(Ref endpoint, int client) const;

@@ -26,6 +26,8 @@ class FakeSink final : public EventSink {
  public:
   explicit FakeSink(karvex::foundation::Clock& clock) : clock_(clock) {}
 
+  std::optional<int> makePort() override { return 1; }
+  void removePort(int /*port*/) override { connected.reset(); }
   int connect(const Wire& wire) override {
     connected = wire.to;
     return 0;
@@ -87,7 +89,7 @@ class OutletTest : public testing::Test {
   std::optional<std::int64_t> rate_;
   std::shared_ptr<Outlet> outlet_ = std::make_shared<Outlet>(
       OutletContext{runtime_, sink_, gate_}, queue_,
-      Outlet::Route{.from = 1, .place = [this] { return place_; }, .sysExRate = [this] { return rate_; }});
+      Outlet::Route{.place = [this] { return place_; }, .sysExRate = [this] { return rate_; }});
 };
 
 TEST_F(OutletTest, PacketsGoOutInTheOrderOfTheirTime) {
