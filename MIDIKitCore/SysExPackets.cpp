@@ -87,11 +87,14 @@ void write(const Message& message, std::span<std::uint32_t> into) {
 template <typename Event>
 void writeEvent(const Event& event, std::span<std::uint32_t> into) {
   const SysExHeader header(event);
-  Message message{.header = header, .data = {event.data.data(), event.data.size()}, .group = event.group};
+  const std::span data(event.data.data(), event.data.size());
   if constexpr (FormatOf<Event>::is8Bit) {
-    message.streamID = event.streamID;
+    const Message message{.header = header, .data = data, .group = event.group, .streamID = event.streamID};
+    write<FormatOf<Event>>(message, into);
+  } else {
+    const Message message{.header = header, .data = data, .group = event.group};
+    write<FormatOf<Event>>(message, into);
   }
-  write<FormatOf<Event>>(message, into);
 }
 
 }  // namespace

@@ -15,9 +15,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t warmUp = 2000;
-constexpr std::size_t singleNotes = 20'000;
-constexpr std::size_t manyNotes = 200'000;
 /// So many may be under way: few enough for the buffers of every route.
 constexpr std::size_t window = 64;
 
@@ -39,8 +36,9 @@ bool Arrivals::await(std::size_t count) const {
   return true;
 }
 
-DeliveryMeasurement::DeliveryMeasurement(Route route, Arrivals& arrivals) : route_(std::move(route)) {
-  for (std::size_t number = 0; number < warmUp; ++number) {
+DeliveryMeasurement::DeliveryMeasurement(Route route, Arrivals& arrivals, std::size_t notes)
+    : route_(std::move(route)), notes_(notes) {
+  for (std::size_t number = 0; number < notes_ / 100; ++number) {
     arrivals.reset();
     send(number);
     arrivals.await(1);
@@ -51,8 +49,8 @@ DeliveryMeasurement::DeliveryMeasurement(Route route, Arrivals& arrivals) : rout
 
 void DeliveryMeasurement::measureLatency(Arrivals& arrivals) {
   std::vector<double> times;
-  times.reserve(singleNotes);
-  for (std::size_t number = 0; number < singleNotes; ++number) {
+  times.reserve(notes_ / 10);
+  for (std::size_t number = 0; number < notes_ / 10; ++number) {
     arrivals.reset();
     const auto start = Clock::now();
     send(number);
@@ -72,19 +70,19 @@ void DeliveryMeasurement::measureRate(Arrivals& arrivals) {
   const auto allBefore = karvex::tests::allocationsSoFar();
   const auto hereBefore = karvex::tests::allocationsOfThisThread();
   const auto start = Clock::now();
-  for (std::size_t number = 0; number < manyNotes; ++number) {
+  for (std::size_t number = 0; number < notes_; ++number) {
     if (number >= window && !arrivals.await(number - window + 1)) {
       break;
     }
     send(number);
   }
-  lost_ += arrivals.await(manyNotes) ? 0U : 1U;
+  lost_ += arrivals.await(notes_) ? 0U : 1U;
   const std::chrono::duration<double> taken = Clock::now() - start;
   const auto here = static_cast<double>(karvex::tests::allocationsOfThisThread() - hereBefore);
   const auto all = static_cast<double>(karvex::tests::allocationsSoFar() - allBefore);
-  rate_ = static_cast<double>(manyNotes) / taken.count();
-  sending_ = here / static_cast<double>(manyNotes);
-  receiving_ = (all - here) / static_cast<double>(manyNotes);
+  rate_ = static_cast<double>(notes_) / taken.count();
+  sending_ = here / static_cast<double>(notes_);
+  receiving_ = (all - here) / static_cast<double>(notes_);
 }
 
 void DeliveryMeasurement::print(const DeliveryMeasurement* plain) const {

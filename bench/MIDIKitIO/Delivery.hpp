@@ -32,7 +32,8 @@ struct Route {
 /// allocations of both. Prints a line, with ratios to `plain` if that has been measured.
 class DeliveryMeasurement {
  public:
-  DeliveryMeasurement(Route route, Arrivals& arrivals);
+  /// `notes` is how many are sent for the rate; a tenth of them is sent for the latency.
+  DeliveryMeasurement(Route route, Arrivals& arrivals, std::size_t notes);
 
   void print(const DeliveryMeasurement* plain) const;
 
@@ -42,6 +43,7 @@ class DeliveryMeasurement {
   void send(std::size_t number) const { route_.send(static_cast<std::uint8_t>(number & 0x7FU)); }
 
   Route route_;
+  std::size_t notes_;
   double median_ = 0;        ///< in microseconds
   double percentile99_ = 0;  ///< in microseconds
   double rate_ = 0;          ///< events a second

@@ -1,5 +1,7 @@
 // From the sender's call to the receiver's: on the service in memory, and, where there is a sequencer, on the
-// kernel beside the library's plain calls. tests/kernel/run runs it on an emulated machine.
+// kernel beside the library's plain calls.
+//
+// Run: midi_delivery_bench [NOTES], or tests/kernel/run build/bench/bench/midi_delivery_bench 2000
 
 #include <fmt/format.h>
 
@@ -47,7 +49,7 @@ MIDIEvent noteOn(std::uint8_t note) {
 }
 
 /// A virtual output of the program, and a connection of the program's that listens to it.
-void measureInMemory(CoreMIDIAPIVersion api) {
+void measureInMemory(CoreMIDIAPIVersion api, std::size_t notes) {
   karvex::foundation::SystemRuntime runtime;
   const auto service = std::make_shared<karvex::rig::VirtualMidiService>(runtime);
   const auto manager = managerOn(service, runtime, api);
@@ -59,14 +61,14 @@ void measureInMemory(CoreMIDIAPIVersion api) {
        .receiver = counting(arrivals)});
   const auto output = manager->managedOutputs().at("output");
   DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
-                      arrivals)
+                      arrivals, notes)
       .print(nullptr);
   manager->removeAll();
   runtime.finish();
 }
 
 /// A connection that sends to the kernel's through port, and one that listens to it.
-void measureOnKernel(CoreMIDIAPIVersion api, const DeliveryMeasurement& plain) {
+void measureOnKernel(CoreMIDIAPIVersion api, std::size_t notes, const DeliveryMeasurement& plain) {
   karvex::foundation::SystemRuntime runtime;
   const auto manager = managerOn(io::makeAlsaMIDIService(runtime), runtime, api);
   Arrivals arrivals;
@@ -76,7 +78,7 @@ void measureOnKernel(CoreMIDIAPIVersion api, const DeliveryMeasurement& plain) {
       {.mode = io::MIDIInputConnectionMode::outputs(through), .tag = "in", .receiver = counting(arrivals)});
   const auto output = manager->managedOutputConnections().at("out");
   DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
-                      arrivals)
+                      arrivals, notes)
       .print(&plain);
   manager->removeAll();
   runtime.finish();
@@ -85,7 +87,9 @@ void measureOnKernel(CoreMIDIAPIVersion api, const DeliveryMeasurement& plain) {
 }  // namespace
 }  // namespace midikit::bench
 
-int main() {
+int main(int argc, char** argv) {
+  // An emulated machine takes a hundredth of them.
+  const std::size_t notes = argc > 1 ? std::stoul(argv[1]) : 200'000;
   using namespace midikit::bench;
   const auto versions = {CoreMIDIAPIVersion::legacyCoreMIDI(),
                          CoreMIDIAPIVersion::newCoreMIDI(MIDIProtocolVersion::midi1_0),
@@ -94,7 +98,7 @@ int main() {
       "From sendEvent to the receiver's call; allocations for an event: sending + receiving\n\n"
       "In memory\n");
   for (const auto version : versions) {
-    measureInMemory(version);
+    measureInMemory(version, notes);
   }
   Arrivals arrivals;
   PlainSequencer plain(arrivals);
@@ -103,10 +107,11 @@ int main() {
     return 0;
   }
   fmt::print("\nThrough the kernel; in brackets: of the plain calls\n");
-  const DeliveryMeasurement plainly({"plain calls", [&](std::uint8_t note) { plain.send(note); }}, arrivals);
+  const DeliveryMeasurement plainly({"plain calls", [&](std::uint8_t note) { plain.send(note); }}, arrivals,
+                                    notes);
   plainly.print(nullptr);
   for (const auto version : versions) {
-    measureOnKernel(version, plainly);
+    measureOnKernel(version, notes, plainly);
   }
   return 0;
 }

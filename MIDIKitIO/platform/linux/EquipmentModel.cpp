@@ -61,6 +61,8 @@ std::vector<std::optional<std::size_t>> EquipmentModel::match(
     const std::vector<DeviceRecord>& records) const {
   std::vector<KnownDevice> known;
   std::vector<KnownDevice> present;
+  known.reserve(devices_.size());
+  present.reserve(records.size());
   for (const auto& device : devices_) {
     known.push_back({device.client, device.keys});
   }

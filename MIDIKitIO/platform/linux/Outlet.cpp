@@ -73,9 +73,12 @@ bool Outlet::attach() {
 }
 
 bool Outlet::connect(PortAddress place) {
-  if (!route_.from && !(ownPort_ = context_.sink->makePort())) {
-    leaveOut("the sequencer has no port left");
-    return false;
+  if (!route_.from) {
+    ownPort_ = context_.sink->makePort();
+    if (!ownPort_) {
+      leaveOut("the sequencer has no port left");
+      return false;
+    }
   }
   wire_ = {.from = ownPort_ ? *ownPort_ : *route_.from, .to = place, .isShared = route_.from.has_value()};
   const int failure = ownPort_ ? context_.sink->connect(wire_) : 0;

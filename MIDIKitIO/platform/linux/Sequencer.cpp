@@ -107,7 +107,7 @@ std::shared_ptr<Sequencer> Sequencer::open(std::optional<Unavailable>& why) {
   if (const int failure = snd_seq_open(&handle, "hw", SND_SEQ_OPEN_DUPLEX, SND_SEQ_NONBLOCK); failure < 0) {
     return fail(Reason::exhausted, textOf(-failure));
   }
-  std::shared_ptr<Sequencer> sequencer(new Sequencer(handle));
+  const std::shared_ptr<Sequencer> sequencer(new Sequencer(handle));
   return sequencer->setUp() ? sequencer : fail(Reason::exhausted, "no port can be made");
 }
 

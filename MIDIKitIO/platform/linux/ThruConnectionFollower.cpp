@@ -17,7 +17,7 @@ constexpr Duration firstPause = 5ms;
 constexpr Duration lastPause = 640ms;
 
 /// A folder that isn't there couldn't be watched.
-const std::filesystem::path& withFolder(const std::filesystem::path& file) {
+std::filesystem::path withFolder(std::filesystem::path file) {
   std::error_code ignored;
   std::filesystem::create_directories(file.parent_path(), ignored);
   return file;
