@@ -43,17 +43,15 @@ TEST(SysExDataTest, CopiesAndMovesKeepTheBytes) {
   for (std::size_t length = 0; length <= longest; ++length) {
     const Bytes bytes = sevenBitBytes(length);
     for (const std::size_t before : {0U, 3U, 15U, 16U, 40U}) {
-      SysExData data(bytes);
-      SysExData copy = data;
+      const SysExData data(bytes);
       SysExData assigned(Bytes(before, 0x55));
-      assigned = copy;
+      assigned = data;
       EXPECT_TRUE(holds(assigned, bytes));
-      SysExData moved = std::move(copy);
+      SysExData moved = std::move(assigned);
       EXPECT_TRUE(holds(moved, bytes));
       assigned = SysExData(Bytes(before, 0x55));
       EXPECT_TRUE(holds(assigned, Bytes(before, 0x55)));
       assigned = std::move(moved);
-      EXPECT_TRUE(holds(assigned, bytes));
       SysExData& self = assigned;
       assigned = self;
       EXPECT_TRUE(holds(assigned, bytes));
