@@ -125,7 +125,7 @@ void addTypeRows(std::vector<Row>& rows, Family family, int count, MIDIEventFilt
     rows.push_back({"keepType", make(Types::keepType(type)), among({place})});
     rows.push_back({"dropType", make(Types::dropType(type)), among({place})});
   }
-  for (unsigned set = 0; set<1U << count; set += count> 8 ? 37 : 1) {
+  for (unsigned set = 0; set < 1U << count; set += count > 8 ? 37 : 1) {
     MIDIEventTypeSet<Type> types;
     std::set<int> places;
     for (int place = 0; place < count; ++place) {
@@ -150,7 +150,7 @@ std::vector<Row> typeRows() {
   return rows;
 }
 
-Opinion among(std::optional<int> Sample::*field, std::set<int> wanted) {
+Opinion among(std::optional<int> Sample::* field, std::set<int> wanted) {
   return [field, wanted](const Sample& sample) -> std::optional<bool> {
     const auto& value = sample.*field;
     return value ? std::optional(wanted.contains(*value)) : std::nullopt;
