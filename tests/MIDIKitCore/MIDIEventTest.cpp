@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <type_traits>
-#include <unordered_set>
 #include <utility>
 
 #include "tests/MIDIKitCore/Events.hpp"
@@ -15,8 +14,10 @@ using namespace literals;
 
 const Bytes data = {1, 2, 3};
 
-TEST(MIDIEventTest, EveryCaseHasItsKindItsGroupAndAnIdentity) {
+TEST(MIDIEventTest, EveryCaseHasItsKindItsGroupAnIdentityAndAHash) {
   const Events events = oneOfEach(1_u4);
+  const Events again = oneOfEach(1_u4);
+  const std::hash<MIDIEvent> hash;
   ASSERT_EQ(events.size(), MIDIEvent::kindCount);
   for (std::size_t i = 0; i < events.size(); ++i) {
     SCOPED_TRACE(i);
@@ -24,7 +25,8 @@ TEST(MIDIEventTest, EveryCaseHasItsKindItsGroupAndAnIdentity) {
     EXPECT_EQ(events[i].group().value(), i % 16);
     EXPECT_EQ(events[i].isSysEx(), i >= 12 && i <= 15);
     for (std::size_t other = 0; other < events.size(); ++other) {
-      EXPECT_EQ(events[i] == events[other], i == other);
+      EXPECT_EQ(events[i] == again[other], i == other);
+      EXPECT_EQ(hash(events[i]) == hash(again[other]), i == other);
     }
   }
 }
@@ -69,20 +71,9 @@ TEST(MIDIEventTest, GivesItsPayloadByType) {
 }
 
 TEST(MIDIEventTest, VisitCallsTheHandlerOfTheRecord) {
-  const auto channelOf = [](const MIDIEvent& event) {
-    return event.visit([](const NoteOn& note) { return note.channel.value() + 100; },
-                       []<class Record>(const Record& record) {
-                         if constexpr (requires { record.channel; }) {
-                           return record.channel == 1_u4 ? 1 : -1;
-                         } else {
-                           return 0;
-                         }
-                       });
-  };
-  int position = 0;
   for (const MIDIEvent& event : oneOfEach(1_u4)) {
-    EXPECT_EQ(channelOf(event), position == 0 ? 101 : position < 12 ? 1 : 0) << position;
-    ++position;
+    const bool isNoteOn = event.visit([](const NoteOn&) { return true; }, [](const auto&) { return false; });
+    EXPECT_EQ(isNoteOn, event.kind() == MIDIEvent::Kind::noteOn);
   }
   MIDIEvent event = MIDIEvent::cc(7_u7, Amount::midi1(64_u7), 1_u4);
   event.visit([](CC& cc) { cc.controller = Controller::sustainPedal; }, [](auto&) {});
@@ -112,17 +103,6 @@ TEST(MIDIEventTest, ComparesValuesAcrossTheirForms) {
   EXPECT_TRUE(word == seven);
   EXPECT_FALSE(seven == word);
   EXPECT_NE(std::hash<MIDIEvent>()(word), std::hash<MIDIEvent>()(seven));
-}
-
-TEST(MIDIEventTest, HashesEqualEventsAlike) {
-  std::unordered_set<MIDIEvent> set;
-  for (const MIDIEvent& event : oneOfEach(1_u4)) {
-    set.insert(event);
-  }
-  for (const MIDIEvent& event : oneOfEach(1_u4)) {
-    EXPECT_TRUE(set.contains(event)) << event.debugDescription();
-  }
-  EXPECT_EQ(set.size(), MIDIEvent::kindCount);
 }
 
 TEST(MIDIEventTest, CopiesOfALongSystemExclusiveEventShareItsBytes) {

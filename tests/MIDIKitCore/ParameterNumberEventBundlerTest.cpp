@@ -70,6 +70,8 @@ TEST_F(ParameterNumberEventBundlerTest, BatchesAreRewrittenInPlace) {
   const auto half = rpn(1_u7, {});
   const auto zero = rpn(1_u7, 0_u7);
   const auto whole = rpn(1_u7, 5_u7);
+  const auto elsewhere =
+      MIDIEvent::rpn(whole.as<RPN>()->parameter, MIDI2ParameterNumberChange::relative, 3_u4, 2_u4);
   // Each row starts with nothing held; its batches come in one after the other.
   const struct {
     std::string what;
@@ -79,7 +81,7 @@ TEST_F(ParameterNumberEventBundlerTest, BatchesAreRewrittenInPlace) {
       {"a half, then the whole", {{{half}, {}}, {{whole}, {whole}}, {{clock}, {clock}}}},
       {"the same in one batch", {{{half, whole}, {whole}}}},
       {"a byte of 0 counts as absent", {{{zero}, {}}, {{whole}, {whole}}}},
-      {"the channel isn't compared", {{{half}, {}}, {{rpn(1_u7, 5_u7, 3_u4)}, {rpn(1_u7, 5_u7, 3_u4)}}}},
+      {"channel, group and change aren't compared", {{{half}, {}}, {{elsewhere}, {elsewhere}}}},
       {"another entry", {{{half}, {}}, {{rpn(2_u7, 5_u7)}, {half, rpn(2_u7, 5_u7)}}}},
       {"another parameter",
        {{{half}, {}}, {{rpn(1_u7, 5_u7, 0_u4, 8_u7)}, {half, rpn(1_u7, 5_u7, 0_u4, 8_u7)}}}},
@@ -165,16 +167,6 @@ TEST_F(ParameterNumberEventBundlerTest, TheAdvancedParserBundlesIfItIsToldTo) {
                                                {0ms, {asWhole}, 2, "b"},
                                                {0ms, nothing, 1, "a"},
                                                {50ms, {asHalf}, 1, "a"}}));
-}
-
-TEST_F(ParameterNumberEventBundlerTest, WhatIsHeldIsHandedOnWithItsOwnPacketsTimestampAndSource) {
-  AdvancedMIDI2Parser<Source> parser(runtime.clock(), runtime.mainQueue(), handler());
-  parser.bundleRPNAndNRPNDataEntryLSB = true;
-  parser.parseEvents(Packet{bytesOf("40 20 02 09 02 00 00 00"), 1, "a"});
-  parser.parseEvents(Packet{bytesOf("60 00 00 00"), 3, {}});
-  runFor(1s);
-  ASSERT_EQ(deliveries.size(), 3U);
-  EXPECT_EQ(deliveries.back(), (Delivery{50ms, {rpn(1_u7, 0_u7)}, 1, "a"}));
 }
 
 TEST_F(ParameterNumberEventBundlerTest, AHandlerMayParseAnotherPacket) {

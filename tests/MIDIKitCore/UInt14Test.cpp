@@ -38,39 +38,26 @@ TEST(UInt14Test, IgnoresTheHighBitOfEachByte) {
 }
 
 TEST(UInt14Test, ReadsAsABipolarValueOfTwoSlopes) {
-  EXPECT_EQ(UInt14(0).bipolarValue(), -1.0);
-  EXPECT_EQ(UInt14(4096).bipolarValue(), -0.5);
-  EXPECT_EQ(UInt14::midpoint().bipolarValue(), 0.0);
-  EXPECT_EQ(UInt14(8193).bipolarValue(), 1.0 / 8191);
-  EXPECT_EQ(UInt14::maximum().bipolarValue(), 1.0);
   for (int value = 0; value <= 0x3FFF; ++value) {
-    const int back = UInt14::fromBipolarValue(UInt14(value).bipolarValue()).value();
+    const double bipolar = UInt14(value).bipolarValue();
+    ASSERT_EQ(bipolar, (value - 8192) / (value <= 8192 ? 8192.0 : 8191.0));
+    const int back = UInt14::fromBipolarValue(bipolar).value();
     const int nearer = value > 8192 ? value - 1 : value;  // d / 8192 is exact, d / 8191 is not
     ASSERT_TRUE(back == value || back == nearer) << value << " came back as " << back;
   }
 }
 
 TEST(UInt14Test, CutsABipolarValueOffTowardTheMidpoint) {
-  struct Row {
+  const double infinity = std::numeric_limits<double>::infinity();
+  const struct {
     double bipolar;
     int value;
-  };
-  const double infinity = std::numeric_limits<double>::infinity();
-  for (const auto& [bipolar, value] : {Row{1.0, 16383},
-                                       {-1.0, 0},
-                                       {2.0, 16383},
-                                       {-2.0, 0},
-                                       {infinity, 16383},
-                                       {-infinity, 0},
-                                       {0.0, 8192},
-                                       {-0.0, 8192},
-                                       {0.9999, 16382},
-                                       {-0.9999, 1},
-                                       {0.5, 12287},
-                                       {-0.5, 4096},
-                                       {1e-5, 8192},
-                                       {-1e-5, 8192},
-                                       {std::numeric_limits<double>::quiet_NaN(), 8192}}) {
+  } rows[] = {{1.0, 16383}, {-1.0, 0},         {2.0, 16383},
+              {-2.0, 0},    {infinity, 16383}, {-infinity, 0},
+              {0.0, 8192},  {-0.0, 8192},      {0.9999, 16382},
+              {-0.9999, 1}, {0.5, 12287},      {-0.5, 4096},
+              {1e-5, 8192}, {-1e-5, 8192},     {std::numeric_limits<double>::quiet_NaN(), 8192}};
+  for (const auto& [bipolar, value] : rows) {
     EXPECT_EQ(UInt14::fromBipolarValue(bipolar).value(), value) << bipolar;
   }
 }
@@ -83,7 +70,6 @@ TEST(UInt7PairTest, OrdersByItsNumericValue) {
 
 TEST(UInt7PairTest, ShowsBothHalvesInHexadecimal) {
   EXPECT_EQ((UInt7Pair{.msb = 127_u7, .lsb = 5_u7}).description(), "[msb: 0x7F, lsb: 0x05]");
-  EXPECT_EQ(UInt7Pair{}.description(), "[msb: 0x00, lsb: 0x00]");
 }
 
 TEST(UInt7PairTest, RefusesASerialisedHalfOfMoreThanSevenBits) {

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "foundation/SerialQueue.hpp"
@@ -79,68 +80,63 @@ TEST_F(SafeDispatchTimerTest, MakesNoCallBeforeItsStart) {
   EXPECT_EQ(timer->leeway(), 1ms);
   runUntil(1s);
   EXPECT_THAT(calls, IsEmpty());
-  timer.reset();
-}
-
-TEST_F(SafeDispatchTimerTest, CallsAtOnceAndThenAtEachInterval) {
   timer->start();
   EXPECT_TRUE(timer->running());
   EXPECT_THAT(calls, IsEmpty()) << "only the queue runs the handler";
-  runUntil(350ms);
-  EXPECT_THAT(calls, ElementsAre(0, 100, 200, 300));
-}
-
-TEST_F(SafeDispatchTimerTest, TheRhythmGoesOnFromTheMomentOfItsMaking) {
-  at(130ms, [this] { timer->start(); });
-  runUntil(350ms);
-  EXPECT_THAT(calls, ElementsAre(130, 200, 300));
-}
-
-TEST_F(SafeDispatchTimerTest, WhatFellDueDuringASuspensionMakesOneCall) {
-  timer->start();
-  at(150ms, [this] { timer->suspend(); });
-  at(480ms, [this] { timer->start(); });
-  runUntil(650ms);
-  EXPECT_THAT(calls, ElementsAre(0, 100, 480, 500, 600));
-}
-
-TEST_F(SafeDispatchTimerTest, AShortSuspensionLeavesTheRhythmAlone) {
-  timer->start();
-  at(120ms, [this] { timer->suspend(); });
-  at(180ms, [this] { timer->start(); });
-  runUntil(250ms);
-  EXPECT_THAT(calls, ElementsAre(0, 100, 200));
-}
-
-TEST_F(SafeDispatchTimerTest, AskingTwiceChangesNothingTheSecondTime) {
-  timer->start();
-  timer->start();
-  runUntil(150ms);
-  EXPECT_THAT(calls, ElementsAre(0, 100));
-  timer->suspend();
   timer->suspend();
   EXPECT_FALSE(timer->running());
-  runUntil(500ms);
-  EXPECT_THAT(calls, ElementsAre(0, 100));
-}
-
-TEST_F(SafeDispatchTimerTest, ARestartBeginsANewRhythmNowOrOneIntervalFromNow) {
-  at(30ms, [this] { timer->restart(true); });
-  at(250ms, [this] { timer->restart(false); });
-  runUntil(360ms);
-  EXPECT_THAT(calls, ElementsAre(30, 130, 230, 350));
-  timer->suspend();
-  at(500ms, [this] { timer->restart(true); });
-  runUntil(610ms);
+  timer->restart(true);
   EXPECT_TRUE(timer->running());
-  EXPECT_THAT(calls, ElementsAre(30, 130, 230, 350, 500, 600));
 }
 
-TEST_F(SafeDispatchTimerTest, ABlockedQueueMakesUpForAllCallsWithOne) {
-  timer->start();
-  at(50ms, [this] { runtime.clock().sleepFor(280ms); });
-  runUntil(450ms);
-  EXPECT_THAT(calls, ElementsAre(0, 330, 400));
+TEST_F(SafeDispatchTimerTest, CallsInARhythm) {
+  using Step = std::function<void()>;
+  const Step start = [this] { timer->start(); };
+  const Step suspend = [this] { timer->suspend(); };
+  const Step restartNow = [this] { timer->restart(true); };
+  const Step restartLater = [this] { timer->restart(false); };
+  const Step block = [this] { runtime.clock().sleepFor(280ms); };
+  const Step negate = [this] { timer->setEventHandler([this] { calls.push_back(-elapsed()); }); };
+  const Step takeAway = [this] { timer->setEventHandler(nullptr); };
+  const Step destroy = [this] { timer.reset(); };
+  const struct {
+    const char* what;
+    std::vector<std::pair<std::chrono::milliseconds, Step>> steps;
+    std::vector<std::int64_t> calls;  // in the 650 ms after the timer was made
+  } rows[] = {
+      {"at once, then at each interval", {{0ms, start}, {350ms, suspend}}, {0, 100, 200, 300}},
+      {"that began when the timer was made", {{130ms, start}, {350ms, suspend}}, {130, 200, 300}},
+      {"what fell due while it was suspended makes one call",
+       {{0ms, start}, {150ms, suspend}, {480ms, start}},
+       {0, 100, 480, 500, 600}},
+      {"which a short suspension leaves alone",
+       {{0ms, start}, {120ms, suspend}, {180ms, start}, {250ms, suspend}},
+       {0, 100, 200}},
+      {"asking twice changes nothing the second time",
+       {{0ms, start}, {0ms, start}, {150ms, suspend}, {160ms, suspend}},
+       {0, 100}},
+      {"a restart begins a new one, now or one interval from now",
+       {{30ms, restartNow}, {250ms, restartLater}, {360ms, suspend}, {500ms, restartNow}},
+       {30, 130, 230, 350, 500, 600}},
+      {"a blocked queue makes up for all calls with one",
+       {{0ms, start}, {50ms, block}},
+       {0, 330, 400, 500, 600}},
+      {"a handler can be replaced and taken away",
+       {{0ms, start}, {150ms, negate}, {250ms, takeAway}},
+       {0, 100, -200}},
+      {"a timer that has gone calls nobody", {{0ms, start}, {150ms, destroy}}, {0, 100}},
+  };
+  for (const auto& [what, steps, expected] : rows) {
+    calls.clear();
+    start_ = runtime.clock().now();
+    makeTimer(Rate::hertz(10));
+    for (const auto& [moment, step] : steps) {
+      at(moment, step);
+    }
+    runUntil(650ms);
+    EXPECT_EQ(calls, expected) << what;
+    timer.reset();
+  }
 }
 
 TEST_F(SafeDispatchTimerTest, AHandlerThatTakesLongIsCalledAgainOnce) {
@@ -151,14 +147,6 @@ TEST_F(SafeDispatchTimerTest, AHandlerThatTakesLongIsCalledAgainOnce) {
   timer->start();
   runUntil(420ms);
   EXPECT_THAT(calls, ElementsAre(0, 250, 300, 400));
-}
-
-TEST_F(SafeDispatchTimerTest, AHandlerCanBeReplacedAndTakenAway) {
-  timer->start();
-  at(150ms, [this] { timer->setEventHandler([this] { calls.push_back(-elapsed()); }); });
-  at(250ms, [this] { timer->setEventHandler(nullptr); });
-  runUntil(450ms);
-  EXPECT_THAT(calls, ElementsAre(0, 100, -200));
 }
 
 TEST_F(SafeDispatchTimerTest, AHandlerMaySuspendRestartAndDestroyItsTimer) {
@@ -172,13 +160,6 @@ TEST_F(SafeDispatchTimerTest, AHandlerMaySuspendRestartAndDestroyItsTimer) {
     }
   });
   timer->start();
-  runUntil(1s);
-  EXPECT_THAT(calls, ElementsAre(0, 100));
-}
-
-TEST_F(SafeDispatchTimerTest, ATimerThatHasGoneCallsNobody) {
-  timer->start();
-  at(150ms, [this] { timer.reset(); });
   runUntil(1s);
   EXPECT_THAT(calls, ElementsAre(0, 100));
 }
