@@ -67,19 +67,27 @@ void measureInMemory(CoreMIDIAPIVersion api, std::size_t notes) {
   runtime.finish();
 }
 
-/// A connection that sends to the kernel's through port, and one that listens to it.
-void measureOnKernel(CoreMIDIAPIVersion api, std::size_t notes, const DeliveryMeasurement& plain) {
+/// To another program on the kernel's sequencer, which reads with plain calls, and from it.
+void measureOnKernel(CoreMIDIAPIVersion api, std::size_t notes, PlainSequencer& plain, Arrivals& arrivals,
+                     const DeliveryMeasurement& plainly) {
   karvex::foundation::SystemRuntime runtime;
   const auto manager = managerOn(io::makeAlsaMIDIService(runtime), runtime, api);
-  Arrivals arrivals;
-  const io::MIDIEndpointIdentities through = {io::MIDIEndpointIdentity::name(throughPort)};
-  manager->addOutputConnection({.mode = io::MIDIOutputConnectionMode::inputs(through), .tag = "out"});
-  manager->addInputConnection(
-      {.mode = io::MIDIInputConnectionMode::outputs(through), .tag = "in", .receiver = counting(arrivals)});
-  const auto output = manager->managedOutputConnections().at("out");
-  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
-                      arrivals, notes)
-      .print(&plain);
+  manager->addOutputConnection({.mode = io::MIDIOutputConnectionMode::inputs(
+                                    {io::MIDIEndpointIdentity::name(PlainSequencer::inputName)}),
+                                .tag = "output"});
+  const auto output = manager->managedOutputConnections().at("output");
+  DeliveryMeasurement(
+      {api.description() + ", sending", [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
+      arrivals, notes)
+      .print(&plainly);
+
+  manager->addInput({.name = "bench input", .tag = "input", .receiver = counting(arrivals)});
+  if (const auto input = plain.find("bench input")) {
+    DeliveryMeasurement(
+        {api.description() + ", receiving", [&](std::uint8_t note) { plain.sendTo(*input, note); }}, arrivals,
+        notes)
+        .print(&plainly);
+  }
   manager->removeAll();
   runtime.finish();
 }
@@ -103,15 +111,15 @@ int main(int argc, char** argv) {
   Arrivals arrivals;
   PlainSequencer plain(arrivals);
   if (!plain.isThere()) {
-    fmt::print("\nThere is no sequencer with a through port here, so the kernel is left out.\n");
+    fmt::print("\nThere is no sequencer here, so the kernel is left out.\n");
     return 0;
   }
-  fmt::print("\nThrough the kernel; in brackets: of the plain calls\n");
-  const DeliveryMeasurement plainly({"plain calls", [&](std::uint8_t note) { plain.send(note); }}, arrivals,
-                                    notes);
+  fmt::print("\nBy the kernel; in brackets: of the plain calls\n");
+  const DeliveryMeasurement plainly(
+      {"plain calls", [&](std::uint8_t note) { plain.sendTo(plain.input(), note); }}, arrivals, notes);
   plainly.print(nullptr);
   for (const auto version : versions) {
-    measureOnKernel(version, notes, plainly);
+    measureOnKernel(version, notes, plain, arrivals, plainly);
   }
   return 0;
 }

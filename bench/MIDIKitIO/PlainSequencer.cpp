@@ -6,37 +6,35 @@ namespace {
 constexpr std::uint8_t velocity = 100;
 /// What ends the listening thread: an event that nobody sends as MIDI.
 constexpr snd_seq_event_type_t goodbye = SND_SEQ_EVENT_USR0;
+constexpr unsigned portType = SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_APPLICATION;
 
 }  // namespace
 
 PlainSequencer::PlainSequencer(Arrivals& arrivals) : arrivals_(arrivals) {
-  isThere_ = connect();
+  isThere_ = open();
   if (isThere_) {
     thread_ = std::jthread([this] { listen(); });
   }
 }
 
-bool PlainSequencer::connect() {
-  if (snd_seq_open(&sender_, "hw", SND_SEQ_OPEN_OUTPUT, 0) < 0 ||
-      snd_seq_open(&listener_, "hw", SND_SEQ_OPEN_INPUT, 0) < 0 ||
-      snd_seq_parse_address(sender_, &through_, "Midi Through:0") < 0) {
+bool PlainSequencer::open() {
+  if (snd_seq_open(&sender_, "hw", SND_SEQ_OPEN_DUPLEX, 0) < 0 ||
+      snd_seq_open(&listener_, "hw", SND_SEQ_OPEN_INPUT, 0) < 0) {
     return false;
   }
-  constexpr unsigned type = SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_APPLICATION;
-  sendPort_ = snd_seq_create_simple_port(sender_, "out", SND_SEQ_PORT_CAP_READ, type);
-  listenPort_ = snd_seq_create_simple_port(listener_, "in", SND_SEQ_PORT_CAP_WRITE, type);
-  return sendPort_ >= 0 && listenPort_ >= 0 &&
-         snd_seq_connect_from(listener_, listenPort_, through_.client, through_.port) >= 0;
+  sendPort_ = snd_seq_create_simple_port(sender_, "bench plain output", SND_SEQ_PORT_CAP_READ, portType);
+  const int port = snd_seq_create_simple_port(listener_, inputName,
+                                              SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE, portType);
+  input_ = {.client = static_cast<unsigned char>(snd_seq_client_id(listener_)),
+            .port = static_cast<unsigned char>(port)};
+  return sendPort_ >= 0 && port >= 0;
 }
 
 PlainSequencer::~PlainSequencer() {
   if (thread_.joinable()) {
     snd_seq_event_t event{};
     event.type = goodbye;
-    snd_seq_ev_set_source(&event, static_cast<unsigned char>(sendPort_));
-    snd_seq_ev_set_dest(&event, through_.client, through_.port);
-    snd_seq_ev_set_direct(&event);
-    snd_seq_event_output_direct(sender_, &event);
+    output(event, input_);
     thread_.join();
   }
   for (snd_seq_t* handle : {sender_, listener_}) {
@@ -46,13 +44,35 @@ PlainSequencer::~PlainSequencer() {
   }
 }
 
-void PlainSequencer::send(std::uint8_t note) {
+std::optional<snd_seq_addr_t> PlainSequencer::find(const std::string& portName) const {
+  snd_seq_client_info_t* client = nullptr;
+  snd_seq_port_info_t* port = nullptr;
+  snd_seq_client_info_alloca(&client);
+  snd_seq_port_info_alloca(&port);
+  snd_seq_client_info_set_client(client, -1);
+  while (snd_seq_query_next_client(sender_, client) >= 0) {
+    snd_seq_port_info_set_client(port, snd_seq_client_info_get_client(client));
+    snd_seq_port_info_set_port(port, -1);
+    while (snd_seq_query_next_port(sender_, port) >= 0) {
+      if (snd_seq_port_info_get_name(port) == portName) {
+        return *snd_seq_port_info_get_addr(port);
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+void PlainSequencer::sendTo(snd_seq_addr_t destination, std::uint8_t note) {
   snd_seq_event_t event{};
   event.type = SND_SEQ_EVENT_NOTEON;
   event.data.note.note = note;
   event.data.note.velocity = velocity;
+  output(event, destination);
+}
+
+void PlainSequencer::output(snd_seq_event_t& event, snd_seq_addr_t destination) {
   snd_seq_ev_set_source(&event, static_cast<unsigned char>(sendPort_));
-  snd_seq_ev_set_dest(&event, through_.client, through_.port);
+  event.dest = destination;
   snd_seq_ev_set_direct(&event);
   snd_seq_event_output_direct(sender_, &event);
 }

@@ -3,6 +3,7 @@
 #include <alsa/asoundlib.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -10,32 +11,35 @@
 
 namespace midikit::bench {
 
-/// The kernel's port that hands on to whoever listens what it is sent.
-inline constexpr const char* throughPort = "Midi Through Port-0";
-
-/// The same way with the library's plain calls: one client sends to the through port, another listens to it
-/// and waits for events in a thread of its own.
+/// Another program on the sequencer, with the library's plain calls: one client sends, another one waits for
+/// events in a thread of its own and counts the notes among them.
 class PlainSequencer {
  public:
+  /// The port that others send to.
+  static constexpr const char* inputName = "bench plain input";
+
   explicit PlainSequencer(Arrivals& arrivals);
   ~PlainSequencer();
   PlainSequencer(const PlainSequencer&) = delete;
   PlainSequencer& operator=(const PlainSequencer&) = delete;
 
-  /// False where there is no sequencer, or no through port.
+  /// False where there is no sequencer.
   bool isThere() const { return isThere_; }
-  void send(std::uint8_t note);
+  snd_seq_addr_t input() const { return input_; }
+  /// The port of that name of any program.
+  std::optional<snd_seq_addr_t> find(const std::string& portName) const;
+  void sendTo(snd_seq_addr_t destination, std::uint8_t note);
 
  private:
-  bool connect();
+  bool open();
   void listen();
+  void output(snd_seq_event_t& event, snd_seq_addr_t destination);
 
   Arrivals& arrivals_;
   snd_seq_t* sender_ = nullptr;
   snd_seq_t* listener_ = nullptr;
   int sendPort_ = -1;
-  int listenPort_ = -1;
-  snd_seq_addr_t through_{};
+  snd_seq_addr_t input_{};
   bool isThere_ = false;
   std::jthread thread_;
 };
