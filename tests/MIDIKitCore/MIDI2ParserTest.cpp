@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <random>
 #include <span>
 #include <string>
@@ -50,34 +51,19 @@ TEST(MIDI2ParserTest, ReadsUtilityAndSystemMessages) {
   const auto noteOn = MIDIEvent::noteOn(0x3C_u7, vel(0x40_u7), 1_u4, 2_u4);
   const auto timestamp = MIDIEvent::jrTimestamp(time, 3_u4);
   const Case cases[] = {
-      {"", {}},
-      {"10 F8 00 00 00", {}},
       {"03 00 12 34", {MIDIEvent::noOp(3_u4)}},
       {"03 1F 12 34", {MIDIEvent::jrClock(time, 3_u4)}},
       {"03 20 12 34", {timestamp}},
-      {"03 20 12", {}},
-      {"03 20 12 34 00", {}},
-      {"03 30 12 34", {}},
       {"03 20 12 34 22 91 3C 40", {timestamp, noteOn}},
       {"03 20 12 34 03 20 12 34 22 91 3C 40", {timestamp, timestamp, noteOn}},
       {"03 20 12 34 22 91 3C 40 22 91 3C 40", {timestamp}},
       {"03 20 12 34 03 20 12 34 03 20 12 34 03 20 12 34 22 91 3C 40",
        {timestamp, timestamp, timestamp, timestamp, noteOn}},
-      {"22 91 3C 40 03 20 12 34 03 20 12 34 03 20 12 34 03 20 12 34", {}},
       {"03 10 12 34 22 91 3C 40", {MIDIEvent::jrClock(time, 3_u4)}},
       {"11 F1 7F 80", {MIDIEvent::timecodeQuarterFrame(0x7F_u7, 1_u4)}},
-      {"11 F1 80 00", {}},
       {"11 F2 7F 01", {MIDIEvent::songPositionPointer(255_u14, 1_u4)}},
-      {"11 F2 80 01", {}},
-      {"11 F2 01 80", {}},
       {"11 F3 05 FF", {MIDIEvent::songSelect(5_u7, 1_u4)}},
-      {"11 F3 85 00", {}},
       {"11 F6 FF FF", {MIDIEvent::tuneRequest(1_u4)}},
-      {"11 F6 00 00 00 00 00 00", {}},
-      {"11 90 3C 40", {}},
-      {"11 F0 41 00", {}},
-      {"60 00 00 00", {}},
-      {"F0 00 00 00", {}},
   };
   expectStream(cases);
   for (int status = 0xF4; status <= 0xFF; ++status) {
@@ -98,12 +84,6 @@ TEST(MIDI2ParserTest, ReadsMIDI1ChannelVoiceMessages) {
       {"22 C1 07 FF", {MIDIEvent::programChange(7_u7, 1_u4, 2_u4)}},
       {"22 D1 07 FF", {MIDIEvent::pressure(val(7_u7), 1_u4, 2_u4)}},
       {"22 E1 00 40", {MIDIEvent::pitchBend(Bend::midi1(0x2000_u14), 1_u4, 2_u4)}},
-      {"22 E1 80 40", {}},
-      {"22 E1 00 C0", {}},
-      {"22 91 BC 40", {}},
-      {"22 91 3C C0", {}},
-      {"22 C1 87 00", {}},
-      {"22 91 3C 40 00 00 00 00", {}},
   };
   expectStream(cases);
   for (int status = 0; status <= 0xFF; ++status) {
@@ -127,10 +107,7 @@ TEST(MIDI2ParserTest, ReadsMIDI2ChannelVoiceMessages) {
       {"43 32 01 02 FF FF FF FF", {MIDIEvent::nrpn(raw, absolute, 2_u4, 3_u4)}},
       {"43 52 01 02 FF FF FF FF", {MIDIEvent::nrpn(raw, relative, 2_u4, 3_u4)}},
       {"43 32 7F 7F FF FF FF FF", {MIDIEvent::nrpn(AssignableController::null(), absolute, 2_u4, 3_u4)}},
-      {"43 22 80 00 00 00 00 00", {}},
-      {"43 52 00 80 00 00 00 00", {}},
       {"43 62 3C FF 12 34 56 78", {MIDIEvent::notePitchBend(0x3C_u7, note32(0x12345678), 2_u4, 3_u4)}},
-      {"43 72 3C 00 12 34 56 78", {}},
       {"43 82 3C 00 80 00 12 34", {MIDIEvent::noteOff(0x3C_u7, v16(0x8000), 2_u4, 3_u4)}},
       {"40 90 3C 03 80 00 78 00", {MIDIEvent::noteOn(0x3C_u7, v16(0x8000), attribute, 0_u4)}},
       {"40 90 3C 01 00 00 78 01",
@@ -139,27 +116,41 @@ TEST(MIDI2ParserTest, ReadsMIDI2ChannelVoiceMessages) {
        {MIDIEvent::noteOn(0x3C_u7, v16(1), NoteAttribute::profileSpecific(0x7801), 0_u4)}},
       {"40 80 3C 04 00 01 78 01",
        {MIDIEvent::noteOff(0x3C_u7, v16(1), NoteAttribute::undefined(4, 0x7801), 0_u4)}},
-      {"40 90 80 00 80 00 00 00", {}},
       {"43 A2 3C FF 12 34 56 78", {MIDIEvent::notePressure(0x3C_u7, v32(0x12345678), 2_u4, 3_u4)}},
       {"43 B2 07 FF 12 34 56 78", {MIDIEvent::cc(Controller::volume, v32(0x12345678), 2_u4, 3_u4)}},
-      {"43 B2 87 00 12 34 56 78", {}},
       {"43 C2 FF 00 05 FF 01 02", {MIDIEvent::programChange(5_u7, 2_u4, 3_u4)}},
       {"43 C2 00 FF 05 00 01 02", {MIDIEvent::programChange(5_u7, Bank::bankSelect(130_u14), 2_u4, 3_u4)}},
       {"43 C2 00 FE 05 00 01 02", {MIDIEvent::programChange(5_u7, 2_u4, 3_u4)}},
       {"43 C2 00 01 05 00 01 02", {MIDIEvent::programChange(5_u7, Bank::bankSelect(130_u14), 2_u4, 3_u4)}},
-      {"43 C2 00 00 85 00 01 02", {}},
-      {"43 C2 00 00 05 00 80 00", {}},
-      {"43 C2 00 00 05 00 00 80", {}},
       {"43 D2 FF FF 12 34 56 78", {MIDIEvent::pressure(v32(0x12345678), 2_u4, 3_u4)}},
       {"43 E2 FF FF 12 34 56 78", {MIDIEvent::pitchBend(Bend::midi2(0x12345678), 2_u4, 3_u4)}},
       {"43 F2 3C 01 00 00 00 00",
        {MIDIEvent::noteManagement(0x3C_u7, OptionFlag::resetPerNoteControllers, 2_u4, 3_u4)}},
       {"43 F2 3C FE 00 00 00 00",
        {MIDIEvent::noteManagement(0x3C_u7, OptionFlag::detachPerNoteControllers, 2_u4, 3_u4)}},
-      {"43 92 3C 00", {}},
-      {"43 92 3C 00 80 00 00 00 00 00 00 00", {}},
   };
   expectStream(cases);
+}
+
+TEST(MIDI2ParserTest, APacketThatItCannotReadGivesNothing) {
+  const std::string packets =
+      // Not of the length that the message type has.
+      "| 03 20 12 | 03 20 12 34 00 | 10 F8 00 00 00 | 11 F6 00 00 00 00 00 00 | 22 91 3C 40 00 00 00 00"
+      "| 22 91 3C 40 03 20 12 34 03 20 12 34 03 20 12 34 03 20 12 34"
+      "| 12 20 12 34 03 20 12 34 03 20 12 34 03 20 12 34 22 91 3C 40"
+      "| 43 92 3C 00 | 43 92 3C 00 80 00 00 00 00 00 00 00"
+      // No such message type, status or opcode.
+      "| 60 00 00 00 | F0 00 00 00 | 03 30 12 34 | 11 90 3C 40 | 11 F0 41 00 | 43 72 3C 00 12 34 56 78"
+      // A data byte of eight bits in a MIDI 1.0 message.
+      "| 11 F1 80 00 | 11 F2 80 01 | 11 F2 01 80 | 11 F3 85 00"
+      "| 22 91 BC 40 | 22 91 3C C0 | 22 C1 87 00 | 22 E1 80 40 | 22 E1 00 C0"
+      // The same of a note, a parameter, a controller, a program or a bank, even if the bank isn't selected.
+      "| 40 90 80 00 80 00 00 00 | 43 22 80 00 00 00 00 00 | 43 52 00 80 00 00 00 00"
+      "| 43 B2 87 00 12 34 56 78 | 43 C2 00 00 85 00 01 02 | 43 C2 00 00 05 00 80 00"
+      "| 43 C2 00 00 05 00 00 80";
+  for (const std::string& packet : partsOf(packets)) {
+    expectStream(std::array{Case{packet, {}}});
+  }
 }
 
 TEST(MIDI2ParserTest, AnIndexOfEightBitsIsRefusedWhereThereIsOne) {

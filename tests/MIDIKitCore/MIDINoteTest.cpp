@@ -30,25 +30,21 @@ using NoteResult = MIDINote::NoteResult;
 constexpr std::array styles{Style::yamaha, Style::roland, Style::cakewalk};
 static_assert(sizeof(MIDINote) == 2 && std::is_trivially_copyable_v<MIDINote>);
 
-/// The octave as every maker's table has it, C to B.
-struct OctaveRow {
-  Name name;
-  std::string_view sharp, flat, unicodeSharp, unicodeFlat;
-};
-constexpr std::array<OctaveRow, 12> octaveTable{{
-    {Name::C, "C", "C", "C", "C"},
-    {Name::C_sharp, "C#", "Db", "C\u266F", "D\u266D"},
-    {Name::D, "D", "D", "D", "D"},
-    {Name::D_sharp, "D#", "Eb", "D\u266F", "E\u266D"},
-    {Name::E, "E", "E", "E", "E"},
-    {Name::F, "F", "F", "F", "F"},
-    {Name::F_sharp, "F#", "Gb", "F\u266F", "G\u266D"},
-    {Name::G, "G", "G", "G", "G"},
-    {Name::G_sharp, "G#", "Ab", "G\u266F", "A\u266D"},
-    {Name::A, "A", "A", "A", "A"},
-    {Name::A_sharp, "A#", "Bb", "A\u266F", "B\u266D"},
-    {Name::B, "B", "B", "B", "B"},
-}};
+// The octave as every maker's table has it.
+constexpr std::array names{Name::C, Name::C_sharp, Name::D, Name::D_sharp, Name::E, Name::F, Name::F_sharp,
+                           Name::G, Name::G_sharp, Name::A, Name::A_sharp, Name::B};
+constexpr std::array<const char*, 12> sharpTexts{"C",  "C#", "D",  "D#", "E",  "F",
+                                                 "F#", "G",  "G#", "A",  "A#", "B"};
+constexpr std::array<const char*, 12> flatTexts{"C",  "Db", "D",  "Eb", "E",  "F",
+                                                "Gb", "G",  "Ab", "A",  "Bb", "B"};
+
+std::string nameText(std::size_t semitone, MIDINoteSpelling spelling) {
+  const std::string ascii = (spelling.respellSharpAsFlat ? flatTexts : sharpTexts)[semitone];
+  if (ascii.size() == 1 || !spelling.unicodeAccidental) {
+    return ascii;
+  }
+  return ascii.substr(0, 1) + (spelling.respellSharpAsFlat ? "\u266D" : "\u266F");
+}
 
 /// The octave of note 0.
 int firstOctaveOf(Style style) {
@@ -59,17 +55,16 @@ TEST(MIDINoteTest, NamesEveryNoteInEveryStyleAndReadsTheTextBack) {
   for (const Style style : styles) {
     for (int number = 0; number <= 127; ++number) {
       const MIDINote note(UInt7(number), style);
-      const OctaveRow& row = octaveTable[static_cast<std::size_t>(number) % 12];
+      const auto semitone = static_cast<std::size_t>(number % 12);
       const int octave = number / 12 + firstOctaveOf(style);
-      ASSERT_EQ(note.name(), row.name);
+      ASSERT_EQ(note.name(), names[semitone]);
       ASSERT_EQ(note.octave(), octave);
-      ASSERT_EQ(note.isSharp(), row.sharp.size() == 2);
-      const std::string_view names[] = {row.sharp, row.flat, row.unicodeSharp, row.unicodeFlat};
+      ASSERT_EQ(note.isSharp(), nameText(semitone, {}).size() == 2);
       for (const bool isFlat : {false, true}) {
         for (const bool isUnicode : {false, true}) {
-          const auto text = note.stringValue({.respellSharpAsFlat = isFlat, .unicodeAccidental = isUnicode});
-          ASSERT_EQ(text,
-                    std::string(names[(isFlat ? 1 : 0) + (isUnicode ? 2 : 0)]) + std::to_string(octave));
+          const MIDINoteSpelling spelling{.respellSharpAsFlat = isFlat, .unicodeAccidental = isUnicode};
+          const auto text = nameText(semitone, spelling) + std::to_string(octave);
+          ASSERT_EQ(note.stringValue(spelling), text);
           ASSERT_EQ(MIDINote::fromText(text, style), NoteResult(note));
         }
       }
@@ -136,8 +131,8 @@ TEST(MIDINoteTest, KeepsToTheOctavesOfTheStyle) {
       const bool isNote = number >= 0 && number <= 127;
       ASSERT_EQ(byNumber, isNote ? NoteResult(MIDINote(UInt7(number), style)) : NoteError::outOfBounds);
       const int octave = (number + 240) / 12 - 20 + firstOctaveOf(style);
-      const OctaveRow& row = octaveTable[static_cast<std::size_t>(number + 240) % 12];
-      ASSERT_EQ(MIDINote::fromName(row.name, octave, style), byNumber) << number;
+      const Name name = names[static_cast<std::size_t>(number + 240) % 12];
+      ASSERT_EQ(MIDINote::fromName(name, octave, style), byNumber) << number;
     }
     for (const int octave : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
       EXPECT_FALSE(MIDINote::fromName(Name::C, octave, style));

@@ -9,6 +9,7 @@
 #include "MIDIKitCore/BytePair.hpp"
 #include "MIDIKitCore/Nibbles.hpp"
 #include "MIDIKitCore/UInt7Pair.hpp"
+#include "MIDIKitCore/ValueScaling.hpp"
 
 namespace midikit::core {
 namespace {
@@ -37,28 +38,16 @@ TEST(UInt14Test, IgnoresTheHighBitOfEachByte) {
   }
 }
 
-TEST(UInt14Test, ReadsAsABipolarValueOfTwoSlopes) {
-  for (int value = 0; value <= 0x3FFF; ++value) {
-    const double bipolar = UInt14(value).bipolarValue();
-    ASSERT_EQ(bipolar, (value - 8192) / (value <= 8192 ? 8192.0 : 8191.0));
-    const int back = UInt14::fromBipolarValue(bipolar).value();
-    const int nearer = value > 8192 ? value - 1 : value;  // d / 8192 is exact, d / 8191 is not
-    ASSERT_TRUE(back == value || back == nearer) << value << " came back as " << back;
+TEST(UInt14Test, ReadsAsABipolarValueAsAnyOtherWidthDoes) {
+  for (std::uint32_t value = 0; value <= 0x3FFF; ++value) {
+    const double bipolar = bipolarIntervalFromInteger<14>(value);
+    ASSERT_EQ(UInt14(value).bipolarValue(), bipolar);
+    ASSERT_EQ(UInt14::fromBipolarValue(bipolar).value(), integerFromBipolarInterval<14>(bipolar));
   }
-}
-
-TEST(UInt14Test, CutsABipolarValueOffTowardTheMidpoint) {
   const double infinity = std::numeric_limits<double>::infinity();
-  const struct {
-    double bipolar;
-    int value;
-  } rows[] = {{1.0, 16383}, {-1.0, 0},         {2.0, 16383},
-              {-2.0, 0},    {infinity, 16383}, {-infinity, 0},
-              {0.0, 8192},  {-0.0, 8192},      {0.9999, 16382},
-              {-0.9999, 1}, {0.5, 12287},      {-0.5, 4096},
-              {1e-5, 8192}, {-1e-5, 8192},     {std::numeric_limits<double>::quiet_NaN(), 8192}};
-  for (const auto& [bipolar, value] : rows) {
-    EXPECT_EQ(UInt14::fromBipolarValue(bipolar).value(), value) << bipolar;
+  for (const double bipolar : {1.0, -1.0, 2.0, -2.0, infinity, -infinity, -0.0, 0.9999, -0.9999, 0.5, -0.5,
+                               1e-5, -1e-5, std::numeric_limits<double>::quiet_NaN()}) {
+    ASSERT_EQ(UInt14::fromBipolarValue(bipolar).value(), integerFromBipolarInterval<14>(bipolar)) << bipolar;
   }
 }
 

@@ -131,8 +131,9 @@ void expectBipolar() {
 TEST(ValueScalingTest, ScalesEachSideOfTheBipolarIntervalByItself) {
   expectBipolar<14>();
   expectBipolar<32>();
-  EXPECT_EQ(bipolarIntervalFromInteger<32>(0), -1.0);
-  EXPECT_EQ(bipolarIntervalFromInteger<32>(0xFFFFFFFF), 1.0);
+  EXPECT_EQ(integerFromBipolarInterval<14>(0.5), 12287U);
+  EXPECT_EQ(integerFromBipolarInterval<14>(0.9999), 16382U);
+  EXPECT_EQ(integerFromBipolarInterval<14>(-0.9999), 1U);
 }
 
 }  // namespace
