@@ -178,14 +178,14 @@ void expectWritten(const std::vector<Unit>& expected, const Write& write) {
 void expectEncoded(const MIDIEvent& event, const Wire& wire) {
   EXPECT_EQ(event.midi1Bytes(), wire.bytes);
   expectWritten(wire.bytes, [&event](Bytes& into) { return event.writeMIDI1Bytes(into); });
-  for (const auto& [protocol, words] : {std::pair(midi1_0, wire.words1), std::pair(midi2_0, wire.words2)}) {
+  for (const MIDIProtocolVersion protocol : {midi1_0, midi2_0}) {
+    const Words& words = protocol == midi1_0 ? wire.words1 : wire.words2;
     Words flat;
     for (const UMPPacket& packet : event.umpWords(protocol)) {
       std::ranges::copy(packet, std::back_inserter(flat));
     }
     EXPECT_EQ(flat, words);
-    expectWritten(words,
-                  [&event, protocol = protocol](Words& into) { return event.writeUMPWords(protocol, into); });
+    expectWritten(words, [&event, protocol](Words& into) { return event.writeUMPWords(protocol, into); });
   }
 }
 
