@@ -11,6 +11,7 @@ namespace karvex::foundation {
 namespace {
 
 thread_local const detail::InsideQueue* inside = nullptr;  ///< the innermost
+thread_local RunAfterwards* afterwards = nullptr;          ///< the same
 
 }  // namespace
 
@@ -30,7 +31,10 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   void add(Job job) {
     const std::lock_guard lock(mutex);
     waiting.push({std::move(job), nullptr});
-    if (!std::exchange(isBusy, true)) {
+    if (std::exchange(isBusy, true)) {
+      return;
+    }
+    if (afterwards == nullptr || !afterwards->take(shared_from_this())) {
       target.post([self = shared_from_this()] { self->runNext(); });
     }
   }
@@ -93,6 +97,11 @@ void SerialQueue::postAt(TimePoint due, Job job) {
                         [state = state_, job = std::move(job)]() mutable { state->add(std::move(job)); });
 }
 
+bool SerialQueue::takeIdleTurn() {
+  const std::lock_guard lock(state_->mutex);
+  return !std::exchange(state_->isBusy, true);
+}
+
 bool SerialQueue::isCurrent() const {
   const auto* frame = inside;
   while (frame != nullptr && frame->queue != state_.get()) {
@@ -113,6 +122,28 @@ SerialQueue::Turn::Turn(const SerialQueue& queue, Runtime& runtime) : state_(que
   state_->awaitTurn(runtime);
   frame_ = {state_.get(), inside};
   inside = &frame_;
+}
+
+SerialQueue::Turn::Turn(const SerialQueue& queue)
+    : state_(queue.state_), frame_{.queue = state_.get(), .outer = inside} {
+  inside = &frame_;
+}
+
+RunAfterwards::RunAfterwards() : outer_(std::exchange(afterwards, this)) {}
+
+RunAfterwards::~RunAfterwards() {
+  afterwards = outer_;
+  for (std::size_t i = 0; i < count_; ++i) {
+    queues_.at(i)->runNext();
+  }
+}
+
+bool RunAfterwards::take(const std::shared_ptr<SerialQueue::State>& queue) {
+  if (count_ == queues_.size()) {
+    return false;
+  }
+  queues_.at(count_++) = queue;
+  return true;
 }
 
 SerialQueue::Turn::~Turn() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -41,18 +43,34 @@ class SerialQueue final : public Queue {
     return std::invoke(std::forward<Work>(work));
   }
 
+  /// Runs `work` as a job of this queue on the calling thread if the queue is idle. Returns false if it
+  /// isn't, without having run anything.
+  template <typename Work>
+  bool runIfIdle(const Work& work) {
+    if (!takeIdleTurn()) {
+      return false;
+    }
+    const Turn turn(*this);
+    work();
+    return true;
+  }
+
   /// True while the calling thread is inside a job of this queue.
   bool isCurrent() const;
 
   const std::string& label() const;
 
  private:
+  friend class RunAfterwards;
   struct State;
 
   /// The calling thread's turn on the queue.
   class Turn {
    public:
+    /// Waits for it.
     Turn(const SerialQueue& queue, Runtime& runtime);
+    /// Has taken it.
+    explicit Turn(const SerialQueue& queue);
     ~Turn();
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
@@ -62,7 +80,28 @@ class SerialQueue final : public Queue {
     detail::InsideQueue frame_;
   };
 
+  bool takeIdleTurn();
+
   std::shared_ptr<State> state_;
+};
+
+/// While it exists, jobs that this thread posts to idle SerialQueues don't go to the queues' targets: the
+/// thread runs them itself when the object goes, one of each queue and of up to four queues. That saves a
+/// change of threads where the thread has nothing else to do, and whoever posts still never waits for a job.
+class RunAfterwards {
+ public:
+  RunAfterwards();
+  ~RunAfterwards();
+  RunAfterwards(const RunAfterwards&) = delete;
+  RunAfterwards& operator=(const RunAfterwards&) = delete;
+
+ private:
+  friend struct SerialQueue::State;
+  bool take(const std::shared_ptr<SerialQueue::State>& queue);
+
+  std::array<std::shared_ptr<SerialQueue::State>, 4> queues_;  ///< whose turn this thread has
+  std::size_t count_ = 0;
+  RunAfterwards* outer_;
 };
 
 }  // namespace karvex::foundation

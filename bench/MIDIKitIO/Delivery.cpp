@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -25,77 +24,106 @@ double at(const std::vector<double>& sorted, double share) {
 
 }  // namespace
 
-bool Arrivals::await(std::size_t count) const {
-  const auto end = Clock::now() + std::chrono::seconds(2);
-  while (count_.load(std::memory_order_acquire) < count) {
-    if (Clock::now() > end) {
-      return false;
-    }
-    std::this_thread::yield();
+void Arrivals::add(std::size_t count) {
+  {
+    const std::lock_guard lock(mutex_);
+    count_ += count;
   }
-  return true;
+  changed_.notify_all();
 }
 
-DeliveryMeasurement::DeliveryMeasurement(Route route, Arrivals& arrivals, std::size_t notes)
-    : route_(std::move(route)), notes_(notes) {
-  for (std::size_t number = 0; number < notes_ / 100; ++number) {
-    arrivals.reset();
-    send(number);
-    arrivals.await(1);
-  }
-  measureLatency(arrivals);
-  measureRate(arrivals);
+bool Arrivals::await(std::size_t count) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, std::chrono::seconds(2), [&] { return count_ >= count; });
 }
 
-void DeliveryMeasurement::measureLatency(Arrivals& arrivals) {
+void Arrivals::reset() {
+  const std::lock_guard lock(mutex_);
+  count_ = 0;
+}
+
+namespace {
+
+void send(const Route& route, std::size_t number) {
+  route(static_cast<std::uint8_t>(number & 0x7FU));
+}
+
+void measureLatency(const Route& route, Arrivals& arrivals, std::size_t notes, DeliveryFigures& out) {
   std::vector<double> times;
-  times.reserve(notes_ / 10);
-  for (std::size_t number = 0; number < notes_ / 10; ++number) {
+  times.reserve(notes);
+  for (std::size_t number = 0; number < notes; ++number) {
     arrivals.reset();
     const auto start = Clock::now();
-    send(number);
-    if (!arrivals.await(1)) {
-      ++lost_;
-      continue;
+    send(route, number);
+    if (arrivals.await(1)) {
+      times.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
+    } else {
+      ++out.lost;
     }
-    times.push_back(std::chrono::duration<double, std::micro>(Clock::now() - start).count());
   }
   std::ranges::sort(times);
-  median_ = at(times, 0.5);
-  percentile99_ = at(times, 0.99);
+  out.median = at(times, 0.5);
+  out.percentile99 = at(times, 0.99);
 }
 
-void DeliveryMeasurement::measureRate(Arrivals& arrivals) {
+void measureRate(const Route& route, Arrivals& arrivals, std::size_t notes, DeliveryFigures& out) {
   arrivals.reset();
   const auto allBefore = karvex::tests::allocationsSoFar();
   const auto hereBefore = karvex::tests::allocationsOfThisThread();
   const auto start = Clock::now();
-  for (std::size_t number = 0; number < notes_; ++number) {
+  for (std::size_t number = 0; number < notes; ++number) {
     if (number >= window && !arrivals.await(number - window + 1)) {
       break;
     }
-    send(number);
+    send(route, number);
   }
-  lost_ += arrivals.await(notes_) ? 0U : 1U;
+  out.lost += arrivals.await(notes) ? 0 : 1;
   const std::chrono::duration<double> taken = Clock::now() - start;
   const auto here = static_cast<double>(karvex::tests::allocationsOfThisThread() - hereBefore);
   const auto all = static_cast<double>(karvex::tests::allocationsSoFar() - allBefore);
-  rate_ = static_cast<double>(notes_) / taken.count();
-  sending_ = here / static_cast<double>(notes_);
-  receiving_ = (all - here) / static_cast<double>(notes_);
+  out.rate = static_cast<double>(notes) / taken.count();
+  out.sending = here / static_cast<double>(notes);
+  out.receiving = (all - here) / static_cast<double>(notes);
 }
 
-void DeliveryMeasurement::print(const DeliveryMeasurement* plain) const {
-  const auto ratio = [plain](double value, double other) {
-    return plain != nullptr ? fmt::format(" ({:.2f})", value / other) : std::string();
+}  // namespace
+
+DeliveryFigures measureDelivery(const Route& route, Arrivals& arrivals, std::size_t notes) {
+  DeliveryFigures figures;
+  DeliveryFigures warmingUp;
+  measureLatency(route, arrivals, notes / 100, warmingUp);
+  measureLatency(route, arrivals, notes / 10, figures);
+  measureRate(route, arrivals, notes, figures);
+  return figures;
+}
+
+DeliveryFigures medianOf(std::span<const DeliveryFigures> rounds) {
+  DeliveryFigures result;
+  for (const auto figure : {&DeliveryFigures::median, &DeliveryFigures::percentile99, &DeliveryFigures::rate,
+                            &DeliveryFigures::sending, &DeliveryFigures::receiving}) {
+    std::vector<double> values;
+    for (const auto& round : rounds) {
+      values.push_back(round.*figure);
+    }
+    std::ranges::sort(values);
+    result.*figure = at(values, 0.5);
+  }
+  for (const auto& round : rounds) {
+    result.lost += round.lost;
+  }
+  return result;
+}
+
+void print(std::string_view name, const DeliveryFigures& figures, const DeliveryFigures* plain) {
+  const auto ratio = [&](double DeliveryFigures::* figure) {
+    return plain != nullptr ? fmt::format(" ({:.2f})", figures.*figure / (plain->*figure)) : std::string();
   };
   fmt::print(
-      "  {:<44} {:>8.1f} us{} median, {:>8.1f} us{} 99 %, {:>9.0f} events a second{}, {:.2f} + {:.2f} "
+      "  {:<39} {:>6.1f} us{} median, {:>6.1f} us{} 99 %, {:>7.0f} events a second{}, {:.2f} + {:.2f} "
       "allocations{}\n",
-      route_.name, median_, ratio(median_, plain != nullptr ? plain->median_ : 1), percentile99_,
-      ratio(percentile99_, plain != nullptr ? plain->percentile99_ : 1), rate_,
-      ratio(rate_, plain != nullptr ? plain->rate_ : 1), sending_, receiving_,
-      lost_ > 0 ? fmt::format(", LOST {}", lost_) : "");
+      name, figures.median, ratio(&DeliveryFigures::median), figures.percentile99,
+      ratio(&DeliveryFigures::percentile99), figures.rate, ratio(&DeliveryFigures::rate), figures.sending,
+      figures.receiving, figures.lost > 0 ? fmt::format(", LOST {}", figures.lost) : "");
 }
 
 }  // namespace midikit::bench

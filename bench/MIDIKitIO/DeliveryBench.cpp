@@ -5,10 +5,10 @@
 
 #include <fmt/format.h>
 
-#include <atomic>
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
@@ -60,34 +60,38 @@ void measureInMemory(CoreMIDIAPIVersion api, std::size_t notes) {
        .tag = "connection",
        .receiver = counting(arrivals)});
   const auto output = manager->managedOutputs().at("output");
-  DeliveryMeasurement({api.description(), [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
-                      arrivals, notes)
-      .print(nullptr);
+  print(api.description(),
+        measureDelivery([&](std::uint8_t note) { output->sendEvent(noteOn(note)); }, arrivals, notes),
+        nullptr);
   manager->removeAll();
   runtime.finish();
 }
 
-/// To another program on the kernel's sequencer, which reads with plain calls, and from it.
-void measureOnKernel(CoreMIDIAPIVersion api, std::size_t notes, PlainSequencer& plain, Arrivals& arrivals,
-                     const DeliveryMeasurement& plainly) {
+/// To another program on the kernel's sequencer, which reads with plain calls, and from it; in turns with the
+/// plain calls of one such program to another, so that what else the machine does meets them alike.
+void measureOnKernel(CoreMIDIAPIVersion api, std::size_t notes, PlainSequencer& plain, Arrivals& arrivals) {
+  constexpr int rounds = 7;
   karvex::foundation::SystemRuntime runtime;
   const auto manager = managerOn(io::makeAlsaMIDIService(runtime), runtime, api);
   manager->addOutputConnection({.mode = io::MIDIOutputConnectionMode::inputs(
                                     {io::MIDIEndpointIdentity::name(PlainSequencer::inputName)}),
                                 .tag = "output"});
   const auto output = manager->managedOutputConnections().at("output");
-  DeliveryMeasurement(
-      {api.description() + ", sending", [&](std::uint8_t note) { output->sendEvent(noteOn(note)); }},
-      arrivals, notes)
-      .print(&plainly);
-
   manager->addInput({.name = "bench input", .tag = "input", .receiver = counting(arrivals)});
-  if (const auto input = plain.find("bench input")) {
-    DeliveryMeasurement(
-        {api.description() + ", receiving", [&](std::uint8_t note) { plain.sendTo(*input, note); }}, arrivals,
-        notes)
-        .print(&plainly);
+  const auto input = plain.find("bench input").value();
+  std::vector<DeliveryFigures> plainly;
+  std::vector<DeliveryFigures> sending;
+  std::vector<DeliveryFigures> receiving;
+  for (int round = 0; round < rounds; ++round) {
+    const auto measure = [&](const Route& route) { return measureDelivery(route, arrivals, notes / rounds); };
+    plainly.push_back(measure([&](std::uint8_t note) { plain.sendTo(plain.input(), note); }));
+    sending.push_back(measure([&](std::uint8_t note) { output->sendEvent(noteOn(note)); }));
+    receiving.push_back(measure([&](std::uint8_t note) { plain.sendTo(input, note); }));
   }
+  const auto reference = medianOf(plainly);
+  print("plain calls", reference, nullptr);
+  print(api.description() + ", sending", medianOf(sending), &reference);
+  print(api.description() + ", receiving", medianOf(receiving), &reference);
   manager->removeAll();
   runtime.finish();
 }
@@ -115,11 +119,8 @@ int main(int argc, char** argv) {
     return 0;
   }
   fmt::print("\nBy the kernel; in brackets: of the plain calls\n");
-  const DeliveryMeasurement plainly(
-      {"plain calls", [&](std::uint8_t note) { plain.sendTo(plain.input(), note); }}, arrivals, notes);
-  plainly.print(nullptr);
   for (const auto version : versions) {
-    measureOnKernel(version, notes, plain, arrivals, plainly);
+    measureOnKernel(version, notes, plain, arrivals);
   }
   return 0;
 }

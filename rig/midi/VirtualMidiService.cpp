@@ -23,7 +23,7 @@ class VirtualMidiService::Driver final : public engine::MIDIDriver {
   }
 
   engine::MIDIDriverHost& host() const { return *host_; }
-  foundation::Queue& queue() { return queue_; }
+  foundation::SerialQueue& queue() { return queue_; }
   std::vector<std::string> clientNames() const {
     const std::lock_guard lock(mutex_);
     return clientNames_;
@@ -105,7 +105,10 @@ void VirtualMidiService::notify(const MIDINotification& message) {
 }
 
 OSStatus VirtualMidiService::sendFromEquipment(Ref source, const MIDIList& list) {
-  return parts_.driver->host().sendFromEquipment(source, list);
+  engine::Handovers handovers;
+  const OSStatus result = parts_.driver->host().sendFromEquipment(source, list, handovers);
+  handovers.make(engine::ListReceiver::Thread::queues);
+  return result;
 }
 
 }  // namespace karvex::rig

@@ -50,6 +50,36 @@ TEST(GateTest, AForeignThreadCanWaitAndOpen) {
   foreign.join();
 }
 
+TEST(SerialQueueTest, AThreadRunsWhatItPostsItselfWhereTheQueueIsIdle) {
+  VirtualRuntime runtime;
+  SerialQueue queue(runtime.globalQueue());
+  SerialQueue other(runtime.globalQueue());
+  std::vector<std::string> order;
+  const auto noter = [&, caller = std::this_thread::get_id()](std::string what) {
+    return [&, caller, what = std::move(what)] {
+      order.push_back(what + (std::this_thread::get_id() == caller ? " here" : " there"));
+    };
+  };
+  EXPECT_TRUE(queue.runIfIdle([&] {
+    EXPECT_TRUE(queue.isCurrent());
+    EXPECT_FALSE(queue.runIfIdle([] { FAIL() << "at the same time"; }));
+    noter("at once")();
+  }));
+  {
+    const RunAfterwards afterwards;
+    queue.post(noter("first"));
+    queue.post(noter("second"));
+    other.post(noter("other"));
+    EXPECT_FALSE(queue.runIfIdle(noter("overtaking")));
+    noter("end")();
+  }
+  runtime.clock().sleepFor(1ms);
+  queue.post(noter("later"));
+  runtime.clock().sleepFor(1ms);
+  EXPECT_THAT(order, ElementsAre("at once here", "end here", "first here", "other here", "second there",
+                                 "later there"));
+}
+
 TEST(SerialQueueTest, SynchronousWorkTakesItsTurnBehindWhatWaits) {
   VirtualRuntime runtime;
   SerialQueue queue(runtime.globalQueue(), "a label");

@@ -4,16 +4,13 @@
 
 namespace midikit::io::engine {
 
-void BlockGate::pass(const std::function<void()>& call) {
-  {
-    const std::lock_guard lock(mutex_);
-    if (isClosed_) {
-      return;
-    }
-    occupant_ = std::this_thread::get_id();
+bool BlockGate::enter() {
+  const std::lock_guard lock(mutex_);
+  if (isClosed_) {
+    return false;
   }
-  call();
-  leave();
+  occupant_ = std::this_thread::get_id();
+  return true;
 }
 
 void BlockGate::leave() {

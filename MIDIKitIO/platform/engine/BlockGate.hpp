@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -19,12 +18,19 @@ class BlockGate {
   explicit BlockGate(karvex::foundation::Runtime& runtime) : runtime_(runtime) {}
 
   /// Makes the call, on this thread, unless the gate is closed.
-  void pass(const std::function<void()>& call);
+  template <typename Call>
+  void pass(const Call& call) {
+    if (enter()) {
+      call();
+      leave();
+    }
+  }
 
   /// No call begins any more, and when this returns none is under way, unless this thread is inside one.
   void close();
 
  private:
+  bool enter();
   void leave();
 
   karvex::foundation::Runtime& runtime_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
+#include <vector>
 
 #include "MIDIKitCore/MIDI1Status.hpp"
 #include "MIDIKitCore/MIDIUMPFields.hpp"
@@ -25,22 +27,15 @@ std::uint32_t wordOf(std::span<const std::uint8_t> message) {
   return static_cast<std::uint32_t>(type) << 28U | at(0) << 16U | at(1) << 8U | at(2);
 }
 
-void appendSysEx7(MIDIEventList& list, std::uint64_t timeStamp, std::span<const std::uint8_t> body) {
+void appendSysEx7Words(MIDIEventList& list, std::uint64_t timeStamp, std::span<const std::uint8_t> body) {
   std::vector<std::uint32_t> words(core::sysEx7WordCount(body.size()));
   core::writeSysEx7Words(body, {}, words);
   appendMessages(list, timeStamp, words);
 }
 
-MIDIPacketList packetsOf(std::span<const TimedMessage> messages) {
-  std::size_t size = MIDIPacketList::headerSize;
-  for (const auto& message : messages) {
-    size += MIDIPacketList::packetHeaderSize + message.bytes.size();
-  }
-  MIDIPacketList list(size);
-  for (const auto& message : messages) {
-    static_cast<void>(list.add(message.timeStamp, message.bytes));  // There is room for all.
-  }
-  return list;
+/// A packet of its own. The list grows with it.
+void appendPacket(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint8_t> bytes) {
+  static_cast<void>(list.add(timeStamp, bytes));
 }
 
 bool endsInsideSysEx(std::span<const std::uint8_t> bytes) {
@@ -61,47 +56,50 @@ bool splitsSysEx(const MIDIPacketList& list) {
 
 }  // namespace
 
-MIDIEventList ListConverter::toWords(const MIDIList& list, MIDIProtocolID protocol) {
-  MIDIEventList converted{.protocol = protocol};
-  if (const auto* words = std::get_if<MIDIEventList>(&list)) {
-    if (words->protocol == protocol) {
-      return *words;
-    }
+const MIDIEventList& ListConverter::toWords(const MIDIList& list, MIDIProtocolID protocol,
+                                            MIDIEventList& room) {
+  const auto* words = std::get_if<MIDIEventList>(&list);
+  if (words != nullptr && words->protocol == protocol) {
+    return *words;
+  }
+  room = {.protocol = protocol, .packets = {}};
+  if (words != nullptr) {
     for (const auto& packet : words->packets) {
-      forEachMessage(packet, [&](auto message) { appendTranslated(converted, packet.timeStamp, message); });
+      forEachMessage(packet, [&](auto message) { appendTranslated(room, packet.timeStamp, message); });
     }
-    return converted;
+    return room;
   }
-  for (const auto& message : messagesIn(std::get<MIDIPacketList>(list))) {
-    if (message.bytes.front() == core::sysExStatus) {
-      appendSysEx7(converted, message.timeStamp,
-                   std::span(message.bytes).subspan(1, message.bytes.size() - 2));
-    } else {
-      const std::array<std::uint32_t, 1> word = {wordOf(message.bytes)};
-      appendTranslated(converted, message.timeStamp, word);
-    }
+  const auto& bytes = std::get<MIDIPacketList>(list);
+  for (std::size_t i = 0; i < bytes.packetCount(); ++i) {
+    const auto packet = bytes.packet(i);
+    splitter_.split(packet.bytes, [&](std::span<const std::uint8_t> message) {
+      if (message.front() == core::sysExStatus) {
+        appendSysEx7Words(room, packet.timeStamp, message.subspan(1, message.size() - 2));
+      } else {
+        appendTranslated(room, packet.timeStamp, std::array{wordOf(message)});
+      }
+    });
   }
-  return converted;
+  return room;
 }
 
-MIDIPacketList ListConverter::toBytes(const MIDIList& list) {
-  if (const auto* bytes = std::get_if<MIDIPacketList>(&list)) {
-    const bool isWhole = splitter_.isIdle() && !splitsSysEx(*bytes);
-    return isWhole ? *bytes : packetsOf(messagesIn(*bytes));
+const MIDIPacketList& ListConverter::toBytes(const MIDIList& list, MIDIPacketList& room) {
+  const auto* bytes = std::get_if<MIDIPacketList>(&list);
+  if (bytes != nullptr && splitter_.isIdle() && !splitsSysEx(*bytes)) {
+    return *bytes;
   }
-  std::vector<TimedMessage> messages;
-  for (const auto& packet : std::get<MIDIEventList>(list).packets) {
-    forEachMessage(packet, [&](auto message) { takeMessage(packet.timeStamp, message, messages); });
+  room = MIDIPacketList(std::numeric_limits<std::size_t>::max());
+  if (bytes == nullptr) {
+    for (const auto& packet : std::get<MIDIEventList>(list).packets) {
+      forEachMessage(packet, [&](auto message) { appendBytes(room, packet.timeStamp, message); });
+    }
+    return room;
   }
-  return packetsOf(messages);
-}
-
-std::vector<TimedMessage> ListConverter::messagesIn(const MIDIPacketList& list) {
-  std::vector<TimedMessage> messages;
-  for (std::size_t i = 0; i < list.packetCount(); ++i) {
-    splitter_.split(list.packet(i).timeStamp, list.packet(i).bytes, messages);
+  for (std::size_t i = 0; i < bytes->packetCount(); ++i) {
+    const auto packet = bytes->packet(i);
+    splitter_.split(packet.bytes, [&](auto message) { appendPacket(room, packet.timeStamp, message); });
   }
-  return messages;
+  return room;
 }
 
 void ListConverter::appendTranslated(MIDIEventList& list, std::uint64_t timeStamp,
@@ -109,24 +107,25 @@ void ListConverter::appendTranslated(MIDIEventList& list, std::uint64_t timeStam
   appendMessages(list, timeStamp, translator_.toProtocol(message, list.protocol));
 }
 
-void ListConverter::takeMessage(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
-                                std::vector<TimedMessage>& out) {
+void ListConverter::appendBytes(MIDIPacketList& list, std::uint64_t timeStamp,
+                                std::span<const std::uint32_t> words) {
   switch (static_cast<MIDIUMPMessageType>(core::umpMessageType(words.front()))) {
     case MIDIUMPMessageType::data64bit:
-      takeSysEx7(timeStamp, words, out);
+      appendSysEx7(list, timeStamp, words);
       break;
     case MIDIUMPMessageType::systemRealTimeAndCommon:
     case MIDIUMPMessageType::midi1ChannelVoice:
     case MIDIUMPMessageType::midi2ChannelVoice:
-      ByteSplitter().split(timeStamp, translator_.toBytes(words), out);
+      ByteSplitter().split(translator_.toBytes(words),
+                           [&](auto message) { appendPacket(list, timeStamp, message); });
       break;
     default:  // Bytes have no form for it.
       break;
   }
 }
 
-void ListConverter::takeSysEx7(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
-                               std::vector<TimedMessage>& out) {
+void ListConverter::appendSysEx7(MIDIPacketList& list, std::uint64_t timeStamp,
+                                 std::span<const std::uint32_t> words) {
   std::array<std::uint8_t, 8> packet{};
   core::writeUMPBytes(words, packet);
   const auto piece = core::SysEx7Piece::read(packet);
@@ -135,11 +134,12 @@ void ListConverter::takeSysEx7(std::uint64_t timeStamp, std::span<const std::uin
   }
   auto& buffer = sysEx7_[piece->group];
   if (const auto body = buffer.take(piece->status, piece->bytes, longestSysEx)) {
-    auto& message = out.emplace_back(TimedMessage{.timeStamp = timeStamp}).bytes;
+    std::vector<std::uint8_t> message;
     message.reserve(body->size() + 2);
     message.push_back(core::sysExStatus);
     message.insert(message.end(), body->begin(), body->end());
     message.push_back(core::sysExEndStatus);
+    appendPacket(list, timeStamp, message);
     if (piece->status == core::MIDIUMPSysExStatusField::end) {
       buffer.clear();
     }

@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <map>
 #include <span>
-#include <vector>
 
 #include "MIDIKitCore/SysExBuffer.hpp"
 #include "MIDIKitCore/UInt4.hpp"
+#include "MIDIKitIO/platform/MIDIPacketList.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ByteSplitter.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
@@ -17,25 +17,24 @@ namespace midikit::io::engine {
 /// Brings the lists of one stream into the form that a reader wants. A list that has the wanted form already
 /// stays as it is, whatever is in it. Byte readers always get system exclusive messages whole, in a packet of
 /// their own, with the time stamp of their end; so do word readers from bytes. Not locked.
+///
+/// Each result is the list itself or `room`, in which a short message takes no memory of its own.
 class ListConverter {
  public:
   /// In bytes. Longer system exclusive messages are dropped, so that one without an end can't fill the
   /// memory.
   static constexpr std::size_t longestSysEx = ByteSplitter::longestSysEx;
 
-  MIDIEventList toWords(const MIDIList& list, MIDIProtocolID protocol);
-  MIDIPacketList toBytes(const MIDIList& list);
+  const MIDIEventList& toWords(const MIDIList& list, MIDIProtocolID protocol, MIDIEventList& room);
+  const MIDIPacketList& toBytes(const MIDIList& list, MIDIPacketList& room);
 
   /// Nothing is kept for the next list.
   bool isIdle() const { return splitter_.isIdle() && sysEx7_.empty(); }
 
  private:
-  std::vector<TimedMessage> messagesIn(const MIDIPacketList& list);
   void appendTranslated(MIDIEventList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> message);
-  void takeMessage(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
-                   std::vector<TimedMessage>& out);
-  void takeSysEx7(std::uint64_t timeStamp, std::span<const std::uint32_t> words,
-                  std::vector<TimedMessage>& out);
+  void appendBytes(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> words);
+  void appendSysEx7(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> words);
 
   ByteSplitter splitter_;
   ProtocolTranslator translator_;

@@ -4,43 +4,62 @@
 
 namespace midikit::io::engine {
 
-ListReceiver::ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue,
-                           MIDIReader reader)
-    : queue_(queue), reader_(std::move(reader)), gate_(runtime) {}
+ListReceiver::ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::SerialQueue& queue,
+                           MIDIReader reader, Manner manner)
+    : queue_(queue), reader_(std::move(reader)), manner_(manner), gate_(runtime) {}
 
-void ListReceiver::deliver(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection) {
+void ListReceiver::add(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection) {
   connection->add(std::move(list));
-  takeFrom(connection, 1);  // The sources of one port keep the order in which their lists came.
+  push({.connection = connection, .count = 1, .list = nullptr});
 }
 
-void ListReceiver::catchUp(const std::shared_ptr<MIDIConnection>& connection) {
-  if (const auto waiting = connection->waiting(); waiting > 0) {
-    takeFrom(connection, waiting);
+void ListReceiver::addWaiting(const std::shared_ptr<MIDIConnection>& connection) {
+  push({.connection = connection, .count = connection->waiting(), .list = nullptr});
+}
+
+void ListReceiver::add(SharedMIDIList list, MIDIObjectRef sender) {
+  push({.connection = nullptr, .count = 0, .list = std::move(list), .sender = sender});
+}
+
+void ListReceiver::push(Entry entry) {
+  const std::lock_guard lock(mutex_);
+  line_.push(std::move(entry));
+}
+
+/// Whoever has the queue's turn takes what has waited longest, so the order is that of the additions.
+void ListReceiver::handOverNext(Thread thread) {
+  const bool isHere = thread == Thread::callers || manner_ == Manner::neverWaits;
+  if (!isHere || !queue_.runIfIdle([this] { takeNext(); })) {
+    queue_.post([self = shared_from_this()] { self->takeNext(); });
   }
 }
 
-void ListReceiver::takeFrom(const std::shared_ptr<MIDIConnection>& connection, std::size_t most) {
-  queue_.post([self = shared_from_this(), connection, most] {
-    for (std::size_t i = 0; i < most; ++i) {
-      self->gate_.pass([&] {
-        if (const auto next = connection->next()) {
-          self->handOver(*next->list, connection->converter, next->token);
-        }
-      });
+void ListReceiver::takeNext() {
+  const Entry next = [this] {
+    const std::lock_guard lock(mutex_);
+    return line_.pop();
+  }();
+  if (next.connection != nullptr) {
+    takeFrom(next);
+    return;
+  }
+  gate_.pass([&] {
+    ListConverter& converter = converterFor(next.sender);
+    handOver(*next.list, converter, nullptr);
+    if (converter.isIdle()) {
+      spare_ = converters_.extract(next.sender);
     }
   });
 }
 
-void ListReceiver::deliver(SharedMIDIList list, MIDIObjectRef sender) {
-  queue_.post([self = shared_from_this(), list = std::move(list), sender] {
-    self->gate_.pass([&] {
-      ListConverter& converter = self->converterFor(sender);
-      self->handOver(*list, converter, nullptr);
-      if (converter.isIdle()) {
-        self->spare_ = self->converters_.extract(sender);
+void ListReceiver::takeFrom(const Entry& entry) {
+  for (std::size_t i = 0; i < entry.count; ++i) {
+    gate_.pass([&] {
+      if (const auto next = entry.connection->next()) {
+        handOver(*next->list, entry.connection->converter, next->token);
       }
     });
-  });
+  }
 }
 
 ListConverter& ListReceiver::converterFor(MIDIObjectRef sender) {
@@ -54,12 +73,14 @@ ListConverter& ListReceiver::converterFor(MIDIObjectRef sender) {
 
 void ListReceiver::handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token) {
   if (const auto* words = std::get_if<WordReader>(&reader_)) {
-    const MIDIEventList converted = converter.toWords(list, words->protocol);
+    MIDIEventList room;
+    const MIDIEventList& converted = converter.toWords(list, words->protocol, room);
     if (!converted.packets.empty() && words->block) {
       words->block(converted, token);
     }
   } else {
-    const MIDIPacketList converted = converter.toBytes(list);
+    MIDIPacketList room(0);
+    const MIDIPacketList& converted = converter.toBytes(list, room);
     const auto& block = std::get<MIDIReadBlock>(reader_);
     if (converted.packetCount() > 0 && block) {
       block(converted, token);

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <mutex>
+#include <utility>
 #include <variant>
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
@@ -10,8 +12,10 @@
 #include "MIDIKitIO/platform/engine/ListConversion.hpp"
 #include "MIDIKitIO/platform/engine/MIDIConnection.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
-#include "foundation/Queue.hpp"
+#include "MIDIKitInternals/InlineVector.hpp"
 #include "foundation/Runtime.hpp"
+#include "foundation/SerialQueue.hpp"
+#include "foundation/WaitingLine.hpp"
 
 namespace midikit::io::engine {
 
@@ -28,34 +32,77 @@ using MIDIReader = std::variant<WordReader, MIDIReadBlock>;
 /// wants. All operations may be called on any thread.
 class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
  public:
-  /// The queue must be serial. Runtime and queue must outlive the receiver's use.
-  ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::Queue& queue, MIDIReader reader);
+  /// Any thread may call one that never waits.
+  enum class Manner { mayWait, neverWaits };
+
+  /// Runtime and queue must outlive the receiver's use.
+  ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::SerialQueue& queue,
+               MIDIReader reader, Manner manner = Manner::mayWait);
+
+  /// @name What waits for its turn, in the order of these calls; one handOverNext() for each
+  /// @{
 
   /// A list that came by a connection.
-  void deliver(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection);
+  void add(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection);
   /// What waits on a connection that goes on.
-  void catchUp(const std::shared_ptr<MIDIConnection>& connection);
-
+  void addWaiting(const std::shared_ptr<MIDIConnection>& connection);
   /// A list that was sent here. `sender` tells the lists of one sender from those of another: a system
   /// exclusive message may be spread over several lists.
-  void deliver(SharedMIDIList list, MIDIObjectRef sender);
+  void add(SharedMIDIList list, MIDIObjectRef sender);
+  /// @}
+
+  /// The thread on which a reader that may wait is called. If its queue is busy, it is always the queue's.
+  enum class Thread { queues, callers };
+  /// Calls the reader, always as a job of the queue, or has the queue call it.
+  void handOverNext(Thread thread);
 
   /// No list is handed over any more, and none is being read when this returns, unless on this thread.
   void close() { gate_.close(); }
 
  private:
-  /// Hands over at most so many of the lists that wait.
-  void takeFrom(const std::shared_ptr<MIDIConnection>& connection, std::size_t most);
+  struct Entry {
+    std::shared_ptr<MIDIConnection> connection;  ///< it holds the lists
+    std::size_t count = 0;                       ///< at most so many of them
+    SharedMIDIList list;                         ///< the one, if there is no connection
+    MIDIObjectRef sender = 0;
+  };
+
+  void push(Entry entry);
+  void takeNext();
+  void takeFrom(const Entry& entry);
   ListConverter& converterFor(MIDIObjectRef sender);
   void handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token);
 
-  karvex::foundation::Queue& queue_;
+  karvex::foundation::SerialQueue& queue_;
   MIDIReader reader_;
+  const Manner manner_;
   BlockGate gate_;
+  std::mutex mutex_;  ///< of what follows
+  karvex::foundation::WaitingLine<Entry> line_;
   /// By sender, those inside of a message. Used on the queue alone, as what follows.
   std::map<MIDIObjectRef, ListConverter> converters_;
   /// One that is inside of none, for the memory that it has.
   std::map<MIDIObjectRef, ListConverter>::node_type spare_;
+};
+
+/// The receivers to which lists were added under a lock, for the handover after it.
+class Handovers {
+ public:
+  /// Null is none.
+  void add(std::shared_ptr<ListReceiver> receiver) {
+    if (receiver != nullptr) {
+      receivers_.push_back(std::move(receiver));
+    }
+  }
+  bool empty() const { return receivers_.empty(); }
+  void make(ListReceiver::Thread thread) const {
+    for (const auto& receiver : receivers_) {
+      receiver->handOverNext(thread);
+    }
+  }
+
+ private:
+  internals::InlineVector<std::shared_ptr<ListReceiver>, 4> receivers_;
 };
 
 }  // namespace midikit::io::engine

@@ -22,7 +22,7 @@ std::shared_ptr<BlockGate> MIDIClients::add(MIDIObjectRef client, MIDINotifyBloc
   return gate;
 }
 
-karvex::foundation::Queue* MIDIClients::receiveQueue(MIDIObjectRef client) {
+karvex::foundation::SerialQueue* MIDIClients::receiveQueue(MIDIObjectRef client) {
   const auto found = clients_.find(client);
   return found != clients_.end() ? &found->second.lists : nullptr;
 }

@@ -23,7 +23,7 @@ class MIDIClients {
   bool has(MIDIObjectRef client) const { return clients_.contains(client); }
 
   /// Where what this client receives is handed to it; null for no client.
-  karvex::foundation::Queue* receiveQueue(MIDIObjectRef client);
+  karvex::foundation::SerialQueue* receiveQueue(MIDIObjectRef client);
 
   /// Every client gets all the messages, in this order, in the order of the clients.
   void notify(const std::vector<MIDINotification>& messages);

@@ -12,7 +12,7 @@
 #include "MIDIKitIO/platform/engine/ListReceiver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
 #include "MIDIKitIO/platform/engine/SetupEditor.hpp"
-#include "foundation/Queue.hpp"
+#include "foundation/SerialQueue.hpp"
 
 namespace midikit::io::engine {
 
@@ -45,16 +45,19 @@ class MIDIDriverHost {
   /// Clients get this message, whatever is in it.
   virtual void notify(const MIDINotification& message) = 0;
 
-  /// A list comes from a source that isn't one of this program's own.
-  virtual OSStatus sendFromEquipment(Ref source, const MIDIList& list) = 0;
+  /// A list comes from a source that isn't one of this program's own. The driver makes the handovers.
+  virtual OSStatus sendFromEquipment(Ref source, const MIDIList& list, Handovers& handovers) = 0;
   /// A list comes to one of this program's own destinations from outside. `sender` tells the streams of
   /// several senders apart; it must not be the reference of an object.
-  virtual OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list) = 0;
+  virtual OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list,
+                                   Handovers& handovers) = 0;
   /// What comes to a destination that isn't one of this program's own goes to this block from now on, on the
-  /// queue. The queue must be serial, and be there for as long as the destination is.
-  virtual OSStatus readAsEquipment(Ref destination, karvex::foundation::Queue& queue, MIDIReader reader) = 0;
+  /// queue, which must be there for as long as the destination is.
+  virtual OSStatus readAsEquipment(Ref destination, karvex::foundation::SerialQueue& queue,
+                                   MIDIReader reader) = 0;
   /// What this program's own source sends goes to this block too, on the queue, for which the same holds.
-  virtual OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader) = 0;
+  virtual OSStatus listenAsEquipment(Ref source, karvex::foundation::SerialQueue& queue, MIDIReader reader,
+                                     ListReceiver::Manner manner) = 0;
   /// The sources that some port or thru connection wants to hear.
   virtual std::set<Ref> wantedSources() const = 0;
   /// The thru connections, from source to destination, that the equipment may make by itself: they have an

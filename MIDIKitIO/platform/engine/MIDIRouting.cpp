@@ -26,14 +26,15 @@ bool MIDIRouting::isOutputPort(Ref port) const {
   return found != ports_.end() && found->second.receiver == nullptr;
 }
 
-OSStatus MIDIRouting::connect(Ref port, Ref source, ConnectionToken token) {
+OSStatus MIDIRouting::connect(Ref port, Ref source, ConnectionToken token, Handovers& handovers) {
   const auto found = ports_.find(port);
   if (found == ports_.end() || found->second.receiver == nullptr) {
     return statusOf(MIDIOSStatus::invalidPort);
   }
   auto& connection = found->second.connections[source];
   if (connection != nullptr && connection->resume(token)) {
-    found->second.receiver->catchUp(connection);
+    found->second.receiver->addWaiting(connection);
+    handovers.add(found->second.receiver);
   } else {
     connection = std::make_shared<MIDIConnection>(token);
   }
@@ -84,17 +85,20 @@ MIDIRouting::Receiver MIDIRouting::removeEndpoint(Ref endpoint) {
   return reader.empty() ? nullptr : std::move(reader.mapped());
 }
 
-void MIDIRouting::deliverFrom(Ref source, const SharedMIDIList& list) const {
+void MIDIRouting::deliverFrom(Ref source, const SharedMIDIList& list, Handovers& handovers) const {
   for (const auto& [ref, port] : ports_) {
     if (const auto found = port.connections.find(source); found != port.connections.end()) {
-      port.receiver->deliver(list, found->second);
+      port.receiver->add(list, found->second);
+      handovers.add(port.receiver);
     }
   }
 }
 
-void MIDIRouting::deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list) const {
+void MIDIRouting::deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list,
+                            Handovers& handovers) const {
   if (const auto found = readers_.find(endpoint); found != readers_.end() && found->second != nullptr) {
-    found->second->deliver(list, sender);
+    found->second->add(list, sender);
+    handovers.add(found->second);
   }
 }
 

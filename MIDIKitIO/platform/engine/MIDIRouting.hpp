@@ -17,7 +17,7 @@
 namespace midikit::io::engine {
 
 /// The ports with their connections, and who reads at the destinations. What is taken out is handed back, so
-/// that the caller can close it behind the lock. Delivering only queues. Not locked.
+/// that the caller can close it after the lock. Delivering only queues. Not locked.
 class MIDIRouting {
  public:
   using Ref = MIDIObjectRef;
@@ -32,7 +32,7 @@ class MIDIRouting {
 
   /// Connecting once more replaces the token; so does connecting to what has been disconnected and hasn't
   /// ended yet, and nothing is lost.
-  OSStatus connect(Ref port, Ref source, ConnectionToken token);
+  OSStatus connect(Ref port, Ref source, ConnectionToken token, Handovers& handovers);
   /// The connection is held from now on, and due to end at that moment.
   OSStatus disconnect(Ref port, Ref source, TimePoint endsAt);
   /// Ends what is due. Returns when the next connection is; none if no connection is held.
@@ -45,13 +45,13 @@ class MIDIRouting {
   /// Forgets an endpoint that goes. Gives the receiver that it had.
   Receiver removeEndpoint(Ref endpoint);
 
-  /// Hands a list to the ports that are connected to the source.
-  void deliverFrom(Ref source, const SharedMIDIList& list) const;
+  /// Adds a list to those that wait for the ports that are connected to the source.
+  void deliverFrom(Ref source, const SharedMIDIList& list, Handovers& handovers) const;
   /// The sources of all connections, held ones included.
   std::set<Ref> connectedSources() const;
 
-  /// Hands a list to the reader of the destination, or the listener of the source.
-  void deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list) const;
+  /// Adds a list to those that wait for the reader of the destination, or the listener of the source.
+  void deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list, Handovers& handovers) const;
 
   /// All receivers there are.
   std::vector<Receiver> receivers() const;

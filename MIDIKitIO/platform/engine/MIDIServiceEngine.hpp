@@ -142,10 +142,12 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus removeProperty(Ref object, std::string_view key) override;
   OSStatus answerWithNone(Ref object, std::string_view key) override;
   void notify(const MIDINotification& message) override;
-  OSStatus sendFromEquipment(Ref source, const MIDIList& list) override;
-  OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list) override;
-  OSStatus readAsEquipment(Ref destination, karvex::foundation::Queue& queue, MIDIReader reader) override;
-  OSStatus listenAsEquipment(Ref source, karvex::foundation::Queue& queue, MIDIReader reader) override;
+  OSStatus sendFromEquipment(Ref source, const MIDIList& list, Handovers& handovers) override;
+  OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list, Handovers& handovers) override;
+  OSStatus readAsEquipment(Ref destination, karvex::foundation::SerialQueue& queue,
+                           MIDIReader reader) override;
+  OSStatus listenAsEquipment(Ref source, karvex::foundation::SerialQueue& queue, MIDIReader reader,
+                             ListReceiver::Manner manner) override;
   std::set<Ref> wantedSources() const override;
   std::set<std::pair<Ref, Ref>> plainThruConnections() const override;
 
@@ -154,6 +156,14 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   auto locked(const Work& work) const {
     const std::lock_guard lock(mutex_);
     return work();
+  }
+  /// Does the work under the lock, and makes the handovers after it.
+  template <typename Work>
+  OSStatus delivering(const Work& work) {
+    Handovers handovers;
+    const OSStatus result = locked([&] { return work(handovers); });
+    handovers.make(ListReceiver::Thread::queues);
+    return result;
   }
   using Children = std::vector<Ref> MIDIObject::*;
   std::size_t countChildren(Ref parent, Children list) const;
@@ -168,12 +178,13 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus checkProtocol(MIDIProtocolID protocol) const;
   OSStatus checkEndpoint(Ref endpoint, MIDIObjectKind kind) const;
   OSStatus checkSource(Ref source, bool wantsOwn) const;
-  MIDIRouting::Receiver makeReceiver(karvex::foundation::Queue& queue, MIDIReader reader);
+  MIDIRouting::Receiver makeReceiver(karvex::foundation::SerialQueue& queue, MIDIReader reader,
+                                     ListReceiver::Manner manner = ListReceiver::Manner::mayWait);
   OSStatus addPort(Ref client, std::optional<MIDIReader> reader, Ref& out);
   OSStatus addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
                               std::optional<MIDIReader> reader, Ref& out);
-  OSStatus send(Ref port, Ref destination, const SharedMIDIList& list);
-  OSStatus receive(Ref source, const SharedMIDIList& list, bool isOwn);
+  OSStatus send(Ref port, Ref destination, const SharedMIDIList& list, Handovers& handovers);
+  OSStatus receive(Ref source, const SharedMIDIList& list, bool isOwn, Handovers& handovers);
   /// Tells that a property was changed, if it was.
   OSStatus tellChange(OSStatus result, Ref object, std::string_view key);
   /// The same, and tells the driver too if the object is one of this program's own endpoints. Not locked.

@@ -49,8 +49,9 @@ OSStatus MIDIServiceEngine::checkSource(Ref source, bool wantsOwn) const {
 }
 
 /// Closed from the beginning if a block makes it that close() waits for.
-MIDIRouting::Receiver MIDIServiceEngine::makeReceiver(karvex::foundation::Queue& queue, MIDIReader reader) {
-  auto receiver = std::make_shared<ListReceiver>(runtime_, queue, std::move(reader));
+MIDIRouting::Receiver MIDIServiceEngine::makeReceiver(karvex::foundation::SerialQueue& queue,
+                                                      MIDIReader reader, ListReceiver::Manner manner) {
+  auto receiver = std::make_shared<ListReceiver>(runtime_, queue, std::move(reader), manner);
   if (isClosed_) {
     receiver->close();
   }
@@ -93,9 +94,9 @@ OSStatus MIDIServiceEngine::MIDIPortDispose(Ref port) {
 }
 
 OSStatus MIDIServiceEngine::MIDIPortConnectSource(Ref port, Ref source, ConnectionToken token) {
-  return tellRoutes(locked([&] {
+  return tellRoutes(delivering([&](Handovers& handovers) {
     const OSStatus failure = checkEndpoint(source, MIDIObjectKind::source);
-    return failure != noErr ? failure : routing_.connect(port, source, token);
+    return failure != noErr ? failure : routing_.connect(port, source, token, handovers);
   }));
 }
 
@@ -210,67 +211,72 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
   return result;
 }
 
-OSStatus MIDIServiceEngine::send(Ref port, Ref destination, const SharedMIDIList& list) {
+OSStatus MIDIServiceEngine::send(Ref port, Ref destination, const SharedMIDIList& list,
+                                 Handovers& handovers) {
   if (!routing_.isOutputPort(port)) {
     return statusOf(MIDIOSStatus::invalidPort);
   }
   const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
   if (failure == noErr) {
-    routing_.deliverTo(destination, port, list);
+    routing_.deliverTo(destination, port, list, handovers);
   }
   return failure;
 }
 
-OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool isOwn) {
+OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool isOwn,
+                                    Handovers& handovers) {
   const OSStatus failure = checkSource(source, isOwn);
   if (failure == noErr) {
-    routing_.deliverFrom(source, list);
-    routing_.deliverTo(source, source, list);
-    thru_.forward(source, list, [this](Ref connection, Ref destination, const SharedMIDIList& left) {
-      routing_.deliverTo(destination, connection, left);
+    routing_.deliverFrom(source, list, handovers);
+    routing_.deliverTo(source, source, list, handovers);
+    thru_.forward(source, list, [&](Ref connection, Ref destination, const SharedMIDIList& left) {
+      routing_.deliverTo(destination, connection, left, handovers);
     });
   }
   return failure;
 }
 
 OSStatus MIDIServiceEngine::MIDISend(Ref port, Ref destination, const MIDIPacketList& list) {
-  return locked([&] { return send(port, destination, lists_.share(list)); });
+  return delivering(
+      [&](Handovers& handovers) { return send(port, destination, lists_.share(list), handovers); });
 }
 
 OSStatus MIDIServiceEngine::MIDISendEventList(Ref port, Ref destination, const MIDIEventList& list) {
-  return locked([&] {
+  return delivering([&](Handovers& handovers) {
     const OSStatus failure = checkProtocol(list.protocol);
-    return failure != noErr ? failure : send(port, destination, lists_.share(list));
+    return failure != noErr ? failure : send(port, destination, lists_.share(list), handovers);
   });
 }
 
 OSStatus MIDIServiceEngine::MIDIReceived(Ref source, const MIDIPacketList& list) {
-  return locked([&] { return receive(source, lists_.share(list), true); });
+  return delivering(
+      [&](Handovers& handovers) { return receive(source, lists_.share(list), true, handovers); });
 }
 
 OSStatus MIDIServiceEngine::MIDIReceivedEventList(Ref source, const MIDIEventList& list) {
-  return locked([&] {
+  return delivering([&](Handovers& handovers) {
     const OSStatus failure = checkProtocol(list.protocol);
-    return failure != noErr ? failure : receive(source, lists_.share(list), true);
+    return failure != noErr ? failure : receive(source, lists_.share(list), true, handovers);
   });
 }
 
-OSStatus MIDIServiceEngine::sendFromEquipment(Ref source, const MIDIList& list) {
-  const std::lock_guard lock(mutex_);
-  return receive(source, lists_.share(list), false);
+OSStatus MIDIServiceEngine::sendFromEquipment(Ref source, const MIDIList& list, Handovers& handovers) {
+  return locked([&] { return receive(source, lists_.share(list), false, handovers); });
 }
 
-OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const MIDIList& list) {
-  const std::lock_guard lock(mutex_);
-  const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
-  if (failure != noErr || !setup_.find(destination)->isOwn) {
-    return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
-  }
-  routing_.deliverTo(destination, sender, lists_.share(list));
-  return noErr;
+OSStatus MIDIServiceEngine::sendFromOutside(Ref destination, Ref sender, const MIDIList& list,
+                                            Handovers& handovers) {
+  return locked([&] {
+    const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
+    if (failure != noErr || !setup_.find(destination)->isOwn) {
+      return failure != noErr ? failure : statusOf(MIDIOSStatus::notPermitted);
+    }
+    routing_.deliverTo(destination, sender, lists_.share(list), handovers);
+    return noErr;
+  });
 }
 
-OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation::Queue& queue,
+OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation::SerialQueue& queue,
                                             MIDIReader reader) {
   MIDIRouting::Receiver former;
   {
@@ -285,15 +291,15 @@ OSStatus MIDIServiceEngine::readAsEquipment(Ref destination, karvex::foundation:
   return noErr;
 }
 
-OSStatus MIDIServiceEngine::listenAsEquipment(Ref source, karvex::foundation::Queue& queue,
-                                              MIDIReader reader) {
+OSStatus MIDIServiceEngine::listenAsEquipment(Ref source, karvex::foundation::SerialQueue& queue,
+                                              MIDIReader reader, ListReceiver::Manner manner) {
   MIDIRouting::Receiver former;
   {
     const std::lock_guard lock(mutex_);
     if (const OSStatus failure = checkSource(source, true); failure != noErr) {
       return failure;
     }
-    former = routing_.setListener(source, makeReceiver(queue, std::move(reader)));
+    former = routing_.setListener(source, makeReceiver(queue, std::move(reader), manner));
   }
   engine::close(former);
   return noErr;

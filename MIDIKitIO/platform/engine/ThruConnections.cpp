@@ -139,8 +139,9 @@ SharedMIDIList ThruConnections::filteredFor(const ThruConnection& connection, Re
   const auto* words = std::get_if<MIDIEventList>(list.get());
   const auto key = std::pair(connection.ref, source);
   auto& converter = converters_[key];
-  auto left = filtered(converter.toWords(*list, words != nullptr ? words->protocol : MIDIProtocolID::midi1_0),
-                       connection.parameters);
+  MIDIEventList room;
+  const auto protocol = words != nullptr ? words->protocol : MIDIProtocolID::midi1_0;
+  auto left = filtered(converter.toWords(*list, protocol, room), connection.parameters);
   if (converter.isIdle()) {
     converters_.erase(key);
   }

@@ -23,20 +23,17 @@ constexpr std::size_t longestMessage = 12;
 
 EventEncoder::EventEncoder() : coder_(makeCoder()) {}
 
-void EventEncoder::encode(std::span<const std::uint8_t> bytes,
-                          const std::function<void(snd_seq_event_t&)>& sink) {
+std::optional<snd_seq_event_t> EventEncoder::next(std::span<const std::uint8_t>& bytes) {
   while (!bytes.empty()) {
     snd_seq_event_t event{};
     const long taken =
         snd_midi_event_encode(coder_.get(), bytes.data(), static_cast<long>(bytes.size()), &event);
-    if (taken <= 0) {
-      return;
-    }
-    bytes = bytes.subspan(static_cast<std::size_t>(taken));
+    bytes = bytes.subspan(taken > 0 ? static_cast<std::size_t>(taken) : bytes.size());
     if (event.type != SND_SEQ_EVENT_NONE) {
-      sink(event);
+      return event;
     }
   }
+  return std::nullopt;
 }
 
 void EventEncoder::reset() {

@@ -3,8 +3,8 @@
 #include <alsa/asoundlib.h>
 
 #include <cstdint>
-#include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -19,10 +19,11 @@ class EventEncoder {
  public:
   EventEncoder();
 
-  /// Calls `sink` with each event, without addresses. What it points to is valid during the call alone.
-  void encode(std::span<const std::uint8_t> bytes, const std::function<void(snd_seq_event_t&)>& sink);
+  /// Takes bytes off the front until they make an event, which has no addresses. What it points to is valid
+  /// until the next call. None, and no bytes are left, when they make no further one.
+  std::optional<snd_seq_event_t> next(std::span<const std::uint8_t>& bytes);
 
-  /// Forgets the message that has begun, and the running status. Allowed inside the sink.
+  /// Forgets the message that has begun, and the running status.
   void reset();
 
  private:
@@ -34,7 +35,7 @@ class EventDecoder {
  public:
   EventDecoder();
 
-  /// Puts the bytes of an event behind the others, a status byte in each message; nothing for events that
+  /// Puts the bytes of an event after the others, a status byte in each message; nothing for events that
   /// aren't MIDI. Values out of range are cut to what MIDI has.
   void decode(const snd_seq_event_t& event, std::vector<std::uint8_t>& out);
 

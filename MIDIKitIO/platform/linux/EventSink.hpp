@@ -27,6 +27,12 @@ struct Schedule {
   karvex::foundation::Duration delay;
 };
 
+/// When an event is sent, and when it is to arrive: at once if there is no schedule.
+struct Moment {
+  karvex::foundation::TimePoint now;
+  std::optional<Schedule> schedule;
+};
+
 /// Where an Outlet sends its events. All operations may be called on any thread; none waits.
 class EventSink {
  public:
@@ -42,9 +48,9 @@ class EventSink {
   virtual bool isConnected(const Wire& wire) const = 0;
 
   /// Sends one event over a connection, at once or by a schedule. On a port that isn't shared the kernel
-  /// itself sees to it that the connection still stands. 0, or a negative error number: -EAGAIN or -ENOMEM
-  /// while there is no room on the other side, -ENOTCONN when there is no connection.
-  virtual int send(snd_seq_event_t& event, const Wire& wire, const std::optional<Schedule>& schedule) = 0;
+  /// itself sees to it that the connection still exists. 0, or a negative error number: -EAGAIN or -ENOMEM
+  /// while there is no room on the other side, -ENOTCONN on a shared one when there is no connection.
+  virtual int send(snd_seq_event_t& event, const Wire& wire, const Moment& moment) = 0;
 
   /// Null if the kernel has no queue left.
   virtual QueueHold queue() = 0;

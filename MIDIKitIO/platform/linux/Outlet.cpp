@@ -19,6 +19,9 @@ using karvex::foundation::Duration;
 /// time that it has had none, within these bounds.
 constexpr Duration shortestPause = 2ms;
 constexpr Duration longestPause = 250ms;
+/// For so long a connection that was there is not looked at again. The kernel sends nothing where there is
+/// none.
+constexpr Duration timeOfTrust = 1ms;
 /// What is wanted later than that is wanted then: ten years, which the kernel's clock can count.
 constexpr Duration farthest = 87600h;
 
@@ -42,16 +45,17 @@ bool continuesMessage(const snd_seq_event_t& event) {
 
 void Outlet::send(const MIDIPacketList& list) {
   context_.gate->pass([&] {
-    if (!attach()) {
+    const auto now = context_.runtime.clock().now();
+    if (!attach(now)) {
       return;
     }
     for (std::size_t index = 0; index < list.packetCount(); ++index) {
       const auto packet = list.packet(index);
-      const auto now = context_.runtime.clock().now();
+      auto bytes = packet.bytes;
       const TimePoint stamp{Duration(static_cast<Duration::rep>(packet.timeStamp))};
-      encoder_.encode(packet.bytes, [&](snd_seq_event_t& event) {
-        accept(event, std::clamp(stamp, now, now + farthest), stamp > now);
-      });
+      while (const auto event = encoder_.next(bytes)) {
+        accept(*event, std::clamp(stamp, now, now + farthest), now);
+      }
     }
     drain();
   });
@@ -62,9 +66,14 @@ Outlet::~Outlet() {
 }
 
 /// Whether there is somebody to send to. Whatever waits for one that left goes with it.
-bool Outlet::attach() {
+bool Outlet::attach(TimePoint now) {
   const auto place = route_.place();
-  if (isAttached_ && wire_.to == place && context_.sink->isConnected(wire_)) {
+  const bool isKnown = isAttached_ && wire_.to == place;
+  if (isKnown && (wire_.isShared || now < connectedAt_ + timeOfTrust)) {
+    return true;
+  }
+  connectedAt_ = now;
+  if (isKnown && context_.sink->isConnected(wire_)) {
     return true;
   }
   dropAll();
@@ -88,17 +97,17 @@ bool Outlet::connect(PortAddress place) {
   return failure == 0;
 }
 
-void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, bool isLater) {
+void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, TimePoint now) {
   if (!isAttached_ || !hasPlaceFor(event)) {
     return;
   }
-  Waiting waiting{.event = event, .bytes = {}, .isLater = isLater, .due = std::nullopt};
+  Waiting waiting{.event = event, .bytes = {}, .isLater = wanted > now, .due = std::nullopt};
   if (snd_seq_ev_is_variable(&event)) {
     const auto* bytes = static_cast<const unsigned char*>(event.data.ext.ptr);
     waiting.bytes.assign(bytes, bytes + event.data.ext.len);
     waiting.event.data.ext.ptr = waiting.bytes.data();  // Moving the list leaves its bytes where they are.
   }
-  if (backlog_.empty() && go(wanted, waiting)) {
+  if (backlog_.empty() && go(wanted, waiting, now)) {
     return;
   }
   waitingBytes_ += sizeof(event) + waiting.bytes.size();
@@ -126,10 +135,14 @@ bool Outlet::hasPlaceFor(const snd_seq_event_t& event) {
 }
 
 void Outlet::drain() {
-  while (!backlog_.empty() && wake_ <= context_.runtime.clock().now()) {
+  while (!backlog_.empty()) {
+    const auto now = context_.runtime.clock().now();
+    if (wake_ > now) {
+      break;
+    }
     auto node = backlog_.extract(backlog_.begin());
     const auto size = sizeof(snd_seq_event_t) + node.mapped().bytes.size();
-    if (!go(node.key(), node.mapped())) {
+    if (!go(node.key(), node.mapped(), now)) {
       backlog_.insert(backlog_.begin(), std::move(node));
       break;
     }
@@ -139,8 +152,7 @@ void Outlet::drain() {
 }
 
 /// True if the event is done with; false if it must wait, until wake_.
-bool Outlet::go(TimePoint wanted, Waiting& waiting) {
-  const auto now = context_.runtime.clock().now();
+bool Outlet::go(TimePoint wanted, Waiting& waiting, TimePoint now) {
   if (waiting.isLater && wanted - lead > now) {
     wake_ = wanted - lead;
     return false;
@@ -158,7 +170,7 @@ bool Outlet::go(TimePoint wanted, Waiting& waiting) {
     dropAll();
     return true;
   }
-  const int result = context_.sink->send(waiting.event, wire_, schedule);
+  const int result = context_.sink->send(waiting.event, wire_, {.now = now, .schedule = schedule});
   if (hasNoRoom(result)) {
     return waitForRoom(now);
   }
@@ -213,6 +225,9 @@ void Outlet::dropAll() {
 
 /// A timer that is set for an earlier moment is left: it sets itself anew.
 void Outlet::setTimer() {
+  if (backlog_.empty() && kernelQueue_ == nullptr) {
+    return;
+  }
   auto& clock = context_.runtime.clock();
   const auto now = clock.now();
   if (kernelQueue_ != nullptr && now >= scheduledUntil_ + linger) {

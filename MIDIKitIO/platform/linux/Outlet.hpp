@@ -98,12 +98,12 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   };
   using Backlog = std::multimap<TimePoint, Waiting>;
 
-  bool attach();
+  bool attach(TimePoint now);
   bool connect(PortAddress place);
-  void accept(const snd_seq_event_t& event, TimePoint wanted, bool isLater);
+  void accept(const snd_seq_event_t& event, TimePoint wanted, TimePoint now);
   bool hasPlaceFor(const snd_seq_event_t& event);
   void drain();
-  bool go(TimePoint wanted, Waiting& waiting);
+  bool go(TimePoint wanted, Waiting& waiting, TimePoint now);
   std::optional<Schedule> scheduleFor(const Waiting& waiting, TimePoint now);
   bool waitForRoom(TimePoint now);
   void leaveOut(std::string_view reason);
@@ -118,7 +118,8 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   Wire wire_;
   std::optional<int> ownPort_;
   bool isAttached_ = false;
-  bool takesRest_ = false;  ///< of the system exclusive message that has begun
+  TimePoint connectedAt_{};  ///< when the connection was last looked at
+  bool takesRest_ = false;   ///< of the system exclusive message that has begun
   bool isLossTold_ = false;
   Backlog backlog_;
   std::size_t waitingBytes_ = 0;

@@ -2,6 +2,7 @@
 
 #include <alsa/asoundlib.h>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -70,7 +71,7 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   void removePort(int port) override;
   int connect(const Wire& wire) override;
   bool isConnected(const Wire& wire) const override;
-  int send(snd_seq_event_t& event, const Wire& wire, const std::optional<Schedule>& schedule) override;
+  int send(snd_seq_event_t& event, const Wire& wire, const Moment& moment) override;
   QueueHold queue() override;
 
   /// Takes what has come, at most `most` events. The sink's event is valid during the call alone. What was
@@ -83,7 +84,7 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   explicit Sequencer(snd_seq_t* handle) : handle_(handle) {}
   bool setUp();
   bool hasConnection(PortAddress source, PortAddress destination) const;
-  bool hasRoomFor(const snd_seq_event_t& event, int client) const;
+  bool takeRoom(const snd_seq_event_t& event, int client, karvex::foundation::TimePoint now);
   void endQueue(int number);
 
   snd_seq_t* handle_;
@@ -91,6 +92,12 @@ class Sequencer final : public EventSink, public std::enable_shared_from_this<Se
   int ear_ = -1;
   std::mutex mutex_;                ///< of all below, and of the handle's buffer for output
   std::weak_ptr<const int> queue_;  ///< the one that runs
+  /// What is known of the room at a client, by its number.
+  struct Room {
+    int cells = 0;
+    karvex::foundation::TimePoint until{};
+  };
+  std::array<Room, 256> known_{};
 };
 
 }  // namespace midikit::io::alsa

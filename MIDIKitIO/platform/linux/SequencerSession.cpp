@@ -12,7 +12,6 @@ namespace midikit::io::alsa {
 
 using engine::MIDIObjectKind;
 using engine::SetupEditor;
-using karvex::foundation::ReadOutcome;
 using karvex::foundation::SerialQueue;
 
 namespace {
@@ -60,35 +59,28 @@ SequencerSession::SequencerSession(karvex::foundation::Runtime& runtime, engine:
 
 void SequencerSession::start() {
   look();
-  watch_.emplace(sequencer_->descriptor(), queue_, [this, gate = gate_] {
-    auto outcome = ReadOutcome::gone;
-    gate->pass([&] { outcome = takeEvents(); });
-    return outcome;
-  });
-  watch_->resume();
+  input_.emplace(sequencer_->descriptor(), [this] { return takeEvents(); });
 }
 
 void SequencerSession::close() {
   outputGate_->close();
-  watch_.reset();
+  input_.reset();
   gate_->close();
 }
 
-ReadOutcome SequencerSession::takeEvents() {
-  Incoming incoming;
-  std::size_t count = 0;
+InputThreads::Intake SequencerSession::takeEvents() {
+  const std::lock_guard lock(turn_);
+  InputThreads::Intake intake;
   const bool isThere = sequencer_->input(eventsAtOnce, [&](const snd_seq_event_t* event) {
-    ++count;
-    takeEvent(event, incoming);
+    intake.hasAny = true;
+    takeEvent(event, intake.handovers);
   });
-  handOn(incoming);
-  if (!isThere) {
-    return ReadOutcome::gone;
-  }
-  return count > 0 ? ReadOutcome::data : ReadOutcome::nothing;
+  handOn(intake.handovers);
+  intake.hasGone = !isThere;
+  return intake;
 }
 
-void SequencerSession::takeEvent(const snd_seq_event_t* event, Incoming& incoming) {
+void SequencerSession::takeEvent(const snd_seq_event_t* event, engine::Handovers& handovers) {
   if (event == nullptr) {
     if (!std::exchange(isLossTold_, true)) {
       karvex::foundation::log::debug("MIDI input came too fast, and some is lost. This is told once.");
@@ -98,16 +90,16 @@ void SequencerSession::takeEvent(const snd_seq_event_t* event, Incoming& incomin
   }
   const PortAddress from{event->source.client, event->source.port};
   if (from.client == SND_SEQ_CLIENT_SYSTEM) {
-    handOn(incoming);
+    handOn(handovers);
     takeNews(*event);
     return;
   }
-  if (from != incoming.from || event->dest.port != incoming.to || incoming.bytes.size() >= mostAtOnce) {
-    handOn(incoming);
-    incoming.from = from;
-    incoming.to = event->dest.port;
+  if (from != incoming_.from || event->dest.port != incoming_.to || incoming_.bytes.size() >= mostAtOnce) {
+    handOn(handovers);
+    incoming_.from = from;
+    incoming_.to = event->dest.port;
   }
-  decoder_.decode(*event, incoming.bytes);
+  decoder_.decode(*event, incoming_.bytes);
 }
 
 /// Whoever has gone gets nothing more from this moment on; the rest is looked at when all has settled.
@@ -134,37 +126,38 @@ void SequencerSession::takeNews(const snd_seq_event_t& event) {
   lookSoon();
 }
 
-void SequencerSession::handOn(Incoming& incoming) {
-  if (incoming.bytes.empty()) {
+void SequencerSession::handOn(engine::Handovers& handovers) {
+  if (incoming_.bytes.empty()) {
     return;
   }
-  const auto list = packetAt(host_.machAbsoluteTime(), incoming.bytes);
-  if (incoming.to == sequencer_->ear().port) {
+  const auto list = packetAt(host_.machAbsoluteTime(), incoming_.bytes);
+  if (incoming_.to == sequencer_->ear().port) {
     const auto source = [&] {
       const std::lock_guard lock(mutex_);
-      return model_.sourceAt(incoming.from);
+      return model_.sourceAt(incoming_.from);
     }();
-    host_.sendFromEquipment(source, list);
+    host_.sendFromEquipment(source, list, handovers);
   } else {
-    host_.sendFromOutside(ownPorts_.endpointAt(incoming.to), streamOf(incoming.from), list);
+    host_.sendFromOutside(ownPorts_.endpointAt(incoming_.to), streamOf(incoming_.from), list, handovers);
   }
-  incoming.bytes.clear();
+  incoming_.bytes.clear();
 }
 
-/// On the queue. The first news sets the time, so that a stream of them can't put the look off for ever.
+/// In its turn. The first news sets the time, so that a stream of them can't put the look off for ever.
 void SequencerSession::lookSoon() {
   if (std::exchange(isLookDue_, true)) {
     return;
   }
   timer_ = karvex::foundation::Timer::oneShot(runtime_.clock(), queue_, settlingTime, [this, gate = gate_] {
     gate->pass([this] {
+      const std::lock_guard lock(turn_);
       isLookDue_ = false;
       look();
     });
   });
 }
 
-/// On the queue, or at the start.
+/// In its turn, or at the start.
 void SequencerSession::look() {
   auto clients = sequencer_->clients();
   std::map<int, CardFacts> cards;
@@ -279,9 +272,10 @@ void SequencerSession::listenTo(Ref endpoint) {
           .port = [this, endpoint] { return ownPorts_.portOf(endpoint); },
           .sysExRate = [this,
                         endpoint](PortAddress listener) { return sysExRateOf(endpoint, listener.client); }});
-  host_.listenAsEquipment(endpoint, *queue, [emitter](const MIDIPacketList& list, ConnectionToken /*token*/) {
-    emitter->send(list);
-  });
+  host_.listenAsEquipment(
+      endpoint, *queue,
+      [emitter](const MIDIPacketList& list, ConnectionToken /*token*/) { emitter->send(list); },
+      engine::ListReceiver::Manner::neverWaits);
 }
 
 void SequencerSession::refreshEndpoint(Ref endpoint, MIDIObjectKind kind) {
@@ -304,7 +298,8 @@ engine::MIDIRouting::Receiver SequencerSession::makeReceiver(Ref destination) {
   MIDIReadBlock block = [outlet](const MIDIPacketList& list, ConnectionToken /*token*/) {
     outlet->send(list);
   };
-  return std::make_shared<engine::ListReceiver>(runtime_, *queue, std::move(block));
+  return std::make_shared<engine::ListReceiver>(runtime_, *queue, std::move(block),
+                                                engine::ListReceiver::Manner::neverWaits);
 }
 
 /// What goes into a through port comes back: nothing goes there while this program listens to it, or one that

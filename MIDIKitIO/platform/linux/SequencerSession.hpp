@@ -14,18 +14,19 @@
 #include "MIDIKitIO/platform/engine/MIDIDriverHost.hpp"
 #include "MIDIKitIO/platform/linux/EquipmentModel.hpp"
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
+#include "MIDIKitIO/platform/linux/InputThreads.hpp"
 #include "MIDIKitIO/platform/linux/Outlet.hpp"
 #include "MIDIKitIO/platform/linux/OwnPorts.hpp"
 #include "MIDIKitIO/platform/linux/Sequencer.hpp"
-#include "foundation/ReadReadiness.hpp"
 #include "foundation/Runtime.hpp"
 #include "foundation/SerialQueue.hpp"
 #include "foundation/Timer.hpp"
 
 namespace midikit::io::alsa {
 
-/// What goes on between a service and an open sequencer. Whatever comes from the sequencer is worked up on
-/// one serial queue, what goes out on one for each destination and each source. Any thread.
+/// What goes on between a service and an open sequencer. What comes from the sequencer is handed on by
+/// threads of the session's own (InputThreads). What goes out goes on the sender's thread; what must wait, on
+/// a queue for each destination and each source. Any thread.
 class SequencerSession {
  public:
   using Ref = MIDIObjectRef;
@@ -62,13 +63,13 @@ class SequencerSession {
   struct Incoming {
     PortAddress from;
     int to = -1;
-    std::vector<std::uint8_t> bytes;
+    std::vector<std::uint8_t> bytes;  ///< its memory serves again
   };
 
-  karvex::foundation::ReadOutcome takeEvents();
-  void takeEvent(const snd_seq_event_t* event, Incoming& incoming);
+  InputThreads::Intake takeEvents();
+  void takeEvent(const snd_seq_event_t* event, engine::Handovers& handovers);
   void takeNews(const snd_seq_event_t& event);
-  void handOn(Incoming& incoming);
+  void handOn(engine::Handovers& handovers);
   void lookSoon();
   void look();
   void followSources();
@@ -86,10 +87,12 @@ class SequencerSession {
   const std::shared_ptr<OutputGate> outputGate_ = std::make_shared<OutputGate>();
   karvex::foundation::SerialQueue queue_;
   std::shared_ptr<engine::BlockGate> gate_;  ///< around what runs on the queue; jobs hold on to it
-  EventDecoder decoder_;                     ///< used on the queue alone
-  karvex::foundation::Timer timer_;          ///< the same
-  bool isLookDue_ = false;                   ///< the same
-  bool isLossTold_ = false;                  ///< the same
+  std::mutex turn_;  ///< what comes from the sequencer and looking at it take turns; of the next five
+  EventDecoder decoder_;
+  Incoming incoming_;
+  karvex::foundation::Timer timer_;
+  bool isLookDue_ = false;
+  bool isLossTold_ = false;
   OwnPorts ownPorts_;
   std::mutex routesMutex_;            ///< one change of what is connected at a time; of the next
   std::set<Connection> connections_;  ///< that the kernel was asked for, while both ports are there
@@ -99,7 +102,7 @@ class SequencerSession {
   std::set<int> echoes_;          ///< those of them that send back what comes to them
   std::set<PortAddress> heard_;   ///< the sources that this program listens to
   std::set<Connection> refused_;  ///< that the kernel won't make
-  std::optional<karvex::foundation::ReadReadiness> watch_;
+  std::optional<InputThreads> input_;
 };
 
 }  // namespace midikit::io::alsa

@@ -15,10 +15,11 @@ using testing::ElementsAre;
 std::pair<Bytes, int> throughEvents(EventEncoder& encoder, const Bytes& bytes) {
   EventDecoder decoder;
   std::pair<Bytes, int> result;
-  encoder.encode(bytes, [&](snd_seq_event_t& event) {
-    decoder.decode(event, result.first);
+  std::span<const std::uint8_t> rest = bytes;
+  while (const auto event = encoder.next(rest)) {
+    decoder.decode(*event, result.first);
     ++result.second;
-  });
+  }
   return result;
 }
 

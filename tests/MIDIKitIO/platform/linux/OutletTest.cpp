@@ -33,7 +33,7 @@ class FakeSink final : public EventSink {
     return 0;
   }
   bool isConnected(const Wire& wire) const override { return connected == wire.to; }
-  int send(snd_seq_event_t& event, const Wire& wire, const std::optional<Schedule>& schedule) override {
+  int send(snd_seq_event_t& event, const Wire& wire, const Moment& moment) override {
     ++tries;
     if (!isConnected(wire)) {
       return -ENOTCONN;
@@ -45,6 +45,7 @@ class FakeSink final : public EventSink {
     EventDecoder decoder;
     Bytes bytes;
     decoder.decode(event, bytes);
+    const auto& schedule = moment.schedule;
     const auto when = clock_.now() + (schedule ? schedule->delay : Duration::zero());
     lines.push_back(fmt::format("{}{} {:02X}", when.time_since_epoch() / 1ms, schedule ? "k" : "",
                                 fmt::join(bytes.size() > 3 ? Bytes{bytes.front()} : bytes, " ")));
