@@ -31,7 +31,8 @@ class InputThreadsTest : public testing::Test {
   }
 
   void addReceiver(MIDIReadBlock block) {
-    auto& queue = queues_.emplace_back(std::make_unique<karvex::foundation::SerialQueue>(runtime_.globalQueue()));
+    auto& queue =
+        queues_.emplace_back(std::make_unique<karvex::foundation::SerialQueue>(runtime_.globalQueue()));
     receivers_.push_back(std::make_shared<ListReceiver>(runtime_, *queue, std::move(block)));
   }
   void start() {
