@@ -50,6 +50,7 @@ class AlsaDesktopTest : public KernelBench {
 TEST_F(AlsaDesktopTest, AThruConnectionForwardsOnceHoweverManyProgramsThereAre) {
   for (const bool isFiltered : {true, false}) {
     SCOPED_TRACE(isFiltered ? "with a filter" : "plain");
+    ASSERT_TRUE(comesTrue([&] { return source("thru out") == 0; })) << "left by the one before";
     SequencerPeer peer("Thru");
     const int out = peer.addSource("thru out");
     peer.addDestination("thru in");

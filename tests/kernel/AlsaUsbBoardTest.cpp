@@ -158,7 +158,8 @@ TEST_F(AlsaUsbBoardTest, ALongMessageReachesADeviceWhole) {
             noErr);
   const auto dump = sysExOf(16384);
   ASSERT_EQ(service_->MIDISend(outputPort(), firstDestination(), packet(dump)), noErr);
-  EXPECT_TRUE(peer.read(dump.size()) == dump);
+  const auto arrived = peer.read(dump.size());
+  EXPECT_TRUE(arrived == dump) << arrived.size();
 }
 
 }  // namespace
