@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "foundation/Log.hpp"
+#include "foundation/ReplaceFile.hpp"
 
 namespace karvex::foundation {
 
@@ -71,23 +72,11 @@ class OpenFile {
     return content;
   }
 
-  bool write(std::string_view text) const {
-    while (!text.empty()) {
-      const auto written = ::write(descriptor_, text.data(), text.size());
-      if (written >= 0) {
-        text.remove_prefix(static_cast<std::size_t>(written));
-      } else if (errno != EINTR) {
-        return false;
-      }
-    }
-    return ::fsync(descriptor_) == 0;
-  }
-
  private:
   int descriptor_;
 };
 
-/// The key as it stands in the file, with the "=" behind it.
+/// The key as it stands in the file, with the "=" after it.
 std::string lineStart(std::string_view key) {
   constexpr std::string_view digits = "0123456789ABCDEF";
   std::string text;
@@ -133,25 +122,6 @@ std::optional<std::string> contentOf(const fs::path& path) {
     return errno == ENOENT ? std::optional<std::string>("") : std::nullopt;
   }
   return file.read(FileUserDefaults::longestFile);
-}
-
-std::error_code replaceFile(const fs::path& path, std::string_view text) {
-  const fs::path fresh = path.string() + ".new";
-  std::error_code failure;
-  {
-    const OpenFile file(fresh, O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW);
-    if (!file.isOpen() || !file.write(text)) {
-      failure = lastError();
-    }
-  }
-  if (!failure) {
-    fs::rename(fresh, path, failure);
-  }
-  if (failure) {
-    std::error_code ignored;
-    fs::remove(fresh, ignored);
-  }
-  return failure;
 }
 
 std::error_code store(const fs::path& path, const std::string& start, std::optional<std::int64_t> value) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "MIDIKitIO/packets/PlatformProtocol.hpp"
 #include "MIDIKitInternals/MIDIKitInternalError.hpp"
 
 namespace midikit::io {
@@ -51,8 +52,7 @@ MIDIEventList eventListOf(std::span<const std::uint32_t> words, core::MIDIProtoc
     throw MIDIKitInternalError::malformed(
         "A Universal MIDI Packet cannot contain more than 64 UInt32 words.");
   }
-  MIDIEventList list{.protocol = protocol == core::MIDIProtocolVersion::midi1_0 ? MIDIProtocolID::midi1_0
-                                                                                : MIDIProtocolID::midi2_0};
+  MIDIEventList list{.protocol = internal::platformProtocol(protocol)};
   auto& packet = list.packets.emplace_back();
   packet.timeStamp = timeStamp;
   packet.wordCount = static_cast<std::uint32_t>(words.size());

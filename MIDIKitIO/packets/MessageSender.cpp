@@ -6,6 +6,7 @@
 
 #include "MIDIKitCore/MIDIIOError.hpp"
 #include "MIDIKitIO/packets/ListsOfMessages.hpp"
+#include "MIDIKitIO/packets/PlatformProtocol.hpp"
 #include "MIDIKitIO/packets/UniversalMessages.hpp"
 
 namespace midikit::io::internal {
@@ -80,9 +81,7 @@ void MessageSender::sendAsBytes(std::span<const MIDIEvent> events) {
 }
 
 void MessageSender::sendAsWords(const MIDIEvent& event) {
-  if (!api_.isValidOn(service_.platformVersion())) {
-    throw MIDIIOError::internalInconsistency("New Core MIDI API is not accessible on this platform.");
-  }
+  requireInterface(api_, service_.platformVersion());
   const auto protocol = *api_.protocol();
   std::array<std::uint32_t, MIDIEvent::maximumShortWords> words{};
   const std::size_t count = event.writeUMPWords(protocol, words);

@@ -2,7 +2,7 @@
 
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "MIDIKitIO/ports/PlatformProtocol.hpp"
+#include "MIDIKitIO/packets/PlatformProtocol.hpp"
 #include "MIDIKitIO/ports/ReceiveBlocks.hpp"
 #include "MIDIKitIO/receive/ReceiveHandler.hpp"
 

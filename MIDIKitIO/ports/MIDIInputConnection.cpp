@@ -6,7 +6,7 @@
 #include "MIDIKitIO/manager/DroppedErrors.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "MIDIKitIO/ports/PlatformProtocol.hpp"
+#include "MIDIKitIO/packets/PlatformProtocol.hpp"
 #include "MIDIKitIO/ports/ReceiveBlocks.hpp"
 #include "MIDIKitIO/receive/ReceiveHandler.hpp"
 #include "foundation/Uuid.hpp"

@@ -3,7 +3,7 @@
 #include "MIDIKitCore/MIDIIOError.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "MIDIKitIO/ports/PlatformProtocol.hpp"
+#include "MIDIKitIO/packets/PlatformProtocol.hpp"
 
 namespace midikit::io {
 

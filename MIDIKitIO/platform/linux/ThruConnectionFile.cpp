@@ -1,11 +1,6 @@
 #include "MIDIKitIO/platform/linux/ThruConnectionFile.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
@@ -16,6 +11,7 @@
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 #include "MIDIKitIO/platform/linux/FileLock.hpp"
 #include "foundation/Log.hpp"
+#include "foundation/ReplaceFile.hpp"
 
 namespace midikit::io::alsa {
 
@@ -85,41 +81,6 @@ std::string contentOf(const fs::path& file) {
   return text;
 }
 
-/// 0, or the number of the error.
-int writeNewFile(const fs::path& file, std::string_view text) {
-  const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600);
-  if (descriptor < 0) {
-    return errno;
-  }
-  int failure = 0;
-  while (failure == 0 && !text.empty()) {
-    const auto written = ::write(descriptor, text.data(), text.size());
-    if (written >= 0) {
-      text.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno != EINTR) {
-      failure = errno;
-    }
-  }
-  if (failure == 0 && ::fsync(descriptor) != 0) {
-    failure = errno;
-  }
-  ::close(descriptor);
-  return failure;
-}
-
-/// 0, or the number of the error.
-int replaceFile(const fs::path& file, std::string_view text) {
-  const fs::path fresh = file.string() + '.' + std::to_string(::getpid());
-  int error = writeNewFile(fresh, text);
-  if (error == 0 && ::rename(fresh.c_str(), file.c_str()) != 0) {
-    error = errno;
-  }
-  if (error != 0) {
-    ::unlink(fresh.c_str());
-  }
-  return error;
-}
-
 /// The file's connections as several programs change them: each reads, edits and writes under a lock.
 class KeptInFile {
  public:
@@ -148,11 +109,11 @@ class KeptInFile {
   }
 
   void write(const StoredThruConnections& all) {
-    const int error = replaceFile(file_, textOfThruConnections(all));
-    unwritten_ = error != 0 ? std::optional(all) : std::nullopt;
-    if (error != 0) {
+    const auto failure = karvex::foundation::replaceFile(file_, textOfThruConnections(all));
+    unwritten_ = failure ? std::optional(all) : std::nullopt;
+    if (failure) {
       karvex::foundation::log::debug("MIDI thru connections are not kept: " + file_.string() + ": " +
-                                     std::system_category().message(error));
+                                     failure.message());
     }
   }
 
