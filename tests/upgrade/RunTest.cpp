@@ -35,21 +35,6 @@ TEST(RunTest, UpgradesEachDeviceFromTheSelectedOneOn) {
   EXPECT_EQ(bench.logged.back(), "> KARVEX : End of loading Sequence");
 }
 
-TEST(RunTest, TheAlertOfTheEndComesOnceAndItsOkLeavesTheListAlone) {
-  RunBench bench(1);
-  bench.appear();
-  bench.upgradeFrom(0);
-  ASSERT_EQ(bench.alert(), Alert::procedureComplete);
-  EXPECT_THAT(bench.logged, Not(Contains(testing::StartsWith("> KARVEX : Sleeping for"))))
-      << "no delay, no alive check";
-  const auto rows = bench.rows();
-  bench.confirm(Alert::procedureComplete);
-  EXPECT_EQ(bench.alert(), std::nullopt);
-  EXPECT_EQ(bench.rows(), rows);
-  bench.runFor(10s);
-  EXPECT_EQ(bench.alert(), std::nullopt);
-}
-
 TEST(RunTest, WaitsTheFinishedDevicesDelayAndThenLooksForTheNext) {
   RunBench bench(2);
   bench.list(0, [](auto& device) { device.setupDelay = 4'294'968; });
@@ -97,22 +82,6 @@ TEST(RunTest, AReportThatFailsIsPassedOver) {
     EXPECT_EQ(bench.rows()[place].status, 7U);
     EXPECT_EQ(bench.rows()[place].currentVersion, bench.rows()[place].firmwareVersion);
   }
-}
-
-TEST(RunTest, ABoardInItsBootloaderIsToldOfAndSentBack) {
-  RunBench bench(3);
-  bench.rig.bus.setLineSpeed(bench.serialAt(1), 134);
-  bench.runFor(3s);
-  bench.appear();
-  ASSERT_EQ(bench.alert(), Alert::halfkayModeDetected);
-  EXPECT_EQ(bench.view->deviceManager.errorCode.get(), halfkayDevicePresent);
-  bench.confirm(Alert::halfkayModeDetected);
-  EXPECT_THAT(bench.logged, testing::IsSupersetOf({"> KARVEX : Resetting first Halfkay board found",
-                                                   "> KARVEX : HalfKay reset sent"}));
-  bench.runFor(5s);
-  bench.refresh();
-  EXPECT_EQ(bench.alert(), std::nullopt);
-  EXPECT_EQ(bench.rows().size(), 3U);
 }
 
 TEST(RunTest, AListedBoardInItsBootloaderFailsAtThePortTest) {

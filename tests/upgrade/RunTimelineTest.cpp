@@ -1,0 +1,165 @@
+// Whole runs with their times: every line of the log and every published change, in order. The texts are in
+// timelines/; after a wanted change of a run, the failing test prints the new one.
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <ostream>
+#include <string>
+
+#include "foundation/Log.hpp"
+#include "tests/upgrade/RunBench.hpp"
+
+namespace karvex::upgrade {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Writes down what happens at a bench, with the milliseconds since the beginning.
+class Timeline {
+ public:
+  explicit Timeline(RunBench& bench) : bench_(bench), start_(bench.runtime.clock().now()) {
+    for (const auto& row : bench.rows()) {
+      rows_[row.portSerialNumber] = row;
+    }
+    foundation::log::redirectSystem([this](std::string_view text) { add(text); });
+    follow(bench.model.isUploadButtonDisabled, "upload button disabled");
+    follow(bench.model.loadingInProgress, "run");
+    follow(bench.model.actionButtonsDisabled, "action buttons disabled");
+    for (const auto alert : alertsInOrder) {
+      follow(bench.view.get()->*DeviceListView::flagOf(alert), fmt::format("alert \"{}\"", titleOf(alert)));
+    }
+    subscriptions_.push_back(bench.view->selectedDeviceId.observe([this](const auto& id) {
+      add(fmt::format("selected: {}", id ? serialOf(*id) : "none"));
+    }));
+    subscriptions_.push_back(bench.view->deviceManager.errorCode.observe(
+        [this](std::int64_t code) { add(fmt::format("error code {}", code)); }));
+    subscriptions_.push_back(bench.view->deviceManager.managedDevices.observe(
+        [this](const auto& devices) { compare(devices); }));
+  }
+
+  void note(std::string_view what) { add(fmt::format("-- {}", what)); }
+  std::string text() const { return text_; }
+
+ private:
+  void add(std::string_view what) {
+    const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(bench_.runtime.clock().now() - start_);
+    std::string line(what);
+    if (const auto folder = line.find("/karvex-"); folder != std::string::npos) {
+      line.erase(line.rfind(' ', folder) + 1, line.find('/', folder + 1) - line.rfind(' ', folder) - 1);
+    }
+    text_ += fmt::format("{:>7} {}\n", now.count(), line);
+  }
+  void follow(foundation::Published<bool>& flag, std::string name) {
+    subscriptions_.push_back(
+        flag.observe([this, name = std::move(name)](bool value) { add(fmt::format("{}: {}", name, value)); }));
+  }
+  std::string serialOf(const foundation::Uuid& id) const {
+    for (const auto& row : bench_.rows()) {
+      if (row.id == id) {
+        return row.portSerialNumber;
+      }
+    }
+    return "unknown";
+  }
+  void compare(const std::vector<records::BootableDevice>& devices) {
+    std::map<std::string, records::BootableDevice> now;
+    for (const auto& device : devices) {
+      const auto known = rows_.find(device.portSerialNumber);
+      if (known == rows_.end()) {
+        add(fmt::format("row {}: status {}, version {}", device.portSerialNumber, device.status,
+                        device.currentVersion));
+      } else if (known->second.status != device.status) {
+        add(fmt::format("row {}: status {}", device.portSerialNumber, device.status));
+      } else if (known->second.currentVersion != device.currentVersion) {
+        add(fmt::format("row {}: version {}", device.portSerialNumber, device.currentVersion));
+      }
+      now[device.portSerialNumber] = device;
+    }
+    if (devices.empty()) {
+      add("no rows");
+    }
+    rows_ = std::move(now);
+  }
+
+  RunBench& bench_;
+  const foundation::TimePoint start_;
+  std::map<std::string, records::BootableDevice> rows_;
+  std::vector<foundation::Subscription> subscriptions_;
+  std::string text_;
+};
+
+struct Scenario {
+  const char* name;
+  const char* fault;  ///< of the board in `place`, or null
+  std::size_t place;
+  Alert alert;  ///< at the end of the run
+};
+
+void PrintTo(const Scenario& scenario, std::ostream* out) {
+  *out << scenario.name;
+}
+
+void expectTimeline(const std::string& name, const std::string& actual) {
+  std::ifstream file(std::string(TIMELINES) + "/" + name + ".txt");
+  const std::string wanted{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_EQ(actual, wanted);
+  if (actual != wanted) {
+    fmt::print("{}", actual);
+  }
+}
+
+class RunTimelineTest : public testing::TestWithParam<Scenario> {};
+
+TEST_P(RunTimelineTest, RunsAsItIsWritten) {
+  const auto& scenario = GetParam();
+  RunBench bench(2);
+  if (scenario.fault != nullptr) {
+    bench.inspect(scenario.place, [&](rig::VirtualBoard& board) {
+      rig::Faults faults;
+      ASSERT_EQ(rig::addFault(scenario.fault, faults), std::nullopt);
+      board.setFaults(faults);
+    });
+  }
+  bench.appear();
+  Timeline timeline(bench);
+  timeline.note("upload");
+  bench.upgradeFrom(0);
+  ASSERT_EQ(bench.alert(), scenario.alert);
+  timeline.note("OK");
+  bench.confirm(scenario.alert);
+  expectTimeline(scenario.name, timeline.text());
+}
+
+INSTANTIATE_TEST_SUITE_P(Runs, RunTimelineTest,
+                         testing::Values(Scenario{"all-goes-well", nullptr, 0, Alert::procedureComplete},
+                                         Scenario{"first-fails", "never-enters-halfkay", 0, Alert::uploadError},
+                                         Scenario{"later-fails", "never-enters-halfkay", 1, Alert::uploadError}));
+
+TEST(BootloaderTimelineTest, OfTwoBoardsInTheirBootloadersTheOkSendsOneBack) {
+  RunBench bench(3);
+  for (const std::size_t place : {0U, 1U}) {
+    bench.rig.bus.setLineSpeed(bench.serialAt(place), 134);
+  }
+  bench.runFor(3s);
+  Timeline timeline(bench);
+  for (int i = 0; i < 2; ++i) {
+    timeline.note(i == 0 ? "start" : "refresh");
+    i == 0 ? bench.appear() : bench.refresh();
+    ASSERT_EQ(bench.alert(), Alert::halfkayModeDetected);
+    timeline.note("OK");
+    bench.confirm(Alert::halfkayModeDetected);
+    bench.runFor(5s);
+  }
+  timeline.note("refresh");
+  bench.refresh();
+  expectTimeline("two-in-halfkay", timeline.text());
+}
+
+}  // namespace
+}  // namespace karvex::upgrade
