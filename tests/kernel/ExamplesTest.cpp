@@ -31,7 +31,8 @@ class Example {
       arguments.push_back(argument.data());
     }
     arguments.push_back(nullptr);
-    EXPECT_EQ(::posix_spawn(&process_, path.c_str(), &actions, nullptr, arguments.data(), environ), 0) << path;
+    EXPECT_EQ(::posix_spawn(&process_, path.c_str(), &actions, nullptr, arguments.data(), environ), 0)
+        << path;
     posix_spawn_file_actions_destroy(&actions);
   }
 

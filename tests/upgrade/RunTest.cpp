@@ -111,6 +111,27 @@ TEST(RunTest, WhileARunIsGoingNobodyElseSelects) {
   EXPECT_EQ(bench.alert(), Alert::procedureComplete);
 }
 
+TEST(RunTest, ARefreshThatEndsDuringARunLeavesItItsRows) {
+  RunBench bench(2);
+  bench.appear();
+  bool hasBegun = false;
+  const auto subscription = bench.view->deviceManager.managedDevices.observe([&](const auto& devices) {
+    if (!devices.empty() && !std::exchange(hasBegun, true)) {
+      bench.runtime.mainQueue().post([&] {
+        bench.view->select(bench.rows()[0].id);
+        bench.model.loadingInProgress.set(true);
+      });
+    }
+  });
+  bench.runtime.mainQueue().post([] {
+    for (int i = 0; i < 2; ++i) {
+      foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification);
+    }
+  });
+  bench.settle();
+  EXPECT_TRUE(bench.flashMatches(1));
+}
+
 TEST(RunTest, AnUploadWithoutASelectionStartsNothing) {
   RunBench bench(1);
   bench.appear();

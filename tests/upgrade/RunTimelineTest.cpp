@@ -4,16 +4,19 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <map>
 #include <ostream>
+#include <regex>
 #include <string>
 
 #include "foundation/Log.hpp"
 #include "tests/upgrade/RunBench.hpp"
+#include "upgrade/LoadProgress.hpp"
 
 namespace karvex::upgrade {
 namespace {
@@ -34,13 +37,15 @@ class Timeline {
     for (const auto alert : alertsInOrder) {
       follow(bench.view.get()->*DeviceListView::flagOf(alert), fmt::format("alert \"{}\"", titleOf(alert)));
     }
-    subscriptions_.push_back(bench.view->selectedDeviceId.observe([this](const auto& id) {
-      add(fmt::format("selected: {}", id ? serialOf(*id) : "none"));
-    }));
+    follow(bench.view->uploadErrorText, "upload error text");
+    follow(bench.view->downloadErrorText, "download error text");
+    follow(bench.view->serialPortMgr.errorText, "port error text");
+    subscriptions_.push_back(bench.view->selectedDeviceId.observe(
+        [this](const auto& id) { add(fmt::format("selected: {}", id ? serialOf(*id) : "none")); }));
     subscriptions_.push_back(bench.view->deviceManager.errorCode.observe(
         [this](std::int64_t code) { add(fmt::format("error code {}", code)); }));
-    subscriptions_.push_back(bench.view->deviceManager.managedDevices.observe(
-        [this](const auto& devices) { compare(devices); }));
+    subscriptions_.push_back(
+        bench.view->deviceManager.managedDevices.observe([this](const auto& devices) { compare(devices); }));
   }
 
   void note(std::string_view what) { add(fmt::format("-- {}", what)); }
@@ -48,16 +53,17 @@ class Timeline {
 
  private:
   void add(std::string_view what) {
-    const auto now = std::chrono::duration_cast<std::chrono::milliseconds>(bench_.runtime.clock().now() - start_);
-    std::string line(what);
-    if (const auto folder = line.find("/karvex-"); folder != std::string::npos) {
-      line.erase(line.rfind(' ', folder) + 1, line.find('/', folder + 1) - line.rfind(' ', folder) - 1);
-    }
+    const auto now =
+        std::chrono::duration_cast<std::chrono::milliseconds>(bench_.runtime.clock().now() - start_);
+    static const std::regex folder(R"(\S*/karvex-[^/]*)");
+    static const std::regex duration(R"(after \d+ ms)");
+    const auto line = std::regex_replace(std::regex_replace(std::string(what), folder, ""), duration, "");
     text_ += fmt::format("{:>7} {}\n", now.count(), line);
   }
-  void follow(foundation::Published<bool>& flag, std::string name) {
-    subscriptions_.push_back(
-        flag.observe([this, name = std::move(name)](bool value) { add(fmt::format("{}: {}", name, value)); }));
+  template <typename Value>
+  void follow(foundation::Published<Value>& published, std::string name) {
+    subscriptions_.push_back(published.observe(
+        [this, name = std::move(name)](const Value& value) { add(fmt::format("{}: {}", name, value)); }));
   }
   std::string serialOf(const foundation::Uuid& id) const {
     for (const auto& row : bench_.rows()) {
@@ -75,7 +81,9 @@ class Timeline {
         add(fmt::format("row {}: status {}, version {}", device.portSerialNumber, device.status,
                         device.currentVersion));
       } else if (known->second.status != device.status) {
-        add(fmt::format("row {}: status {}", device.portSerialNumber, device.status));
+        const auto progress = currentLoadProgress();
+        add(fmt::format("row {}: status {}, {} of {} blocks", device.portSerialNumber, device.status,
+                        progress.blocksSent, progress.blocksToSend));
       } else if (known->second.currentVersion != device.currentVersion) {
         add(fmt::format("row {}: version {}", device.portSerialNumber, device.currentVersion));
       }
@@ -96,8 +104,7 @@ class Timeline {
 
 struct Scenario {
   const char* name;
-  const char* fault;  ///< of the board in `place`, or null
-  std::size_t place;
+  std::function<void(RunBench&)> arrange;
   Alert alert;  ///< at the end of the run
 };
 
@@ -119,13 +126,7 @@ class RunTimelineTest : public testing::TestWithParam<Scenario> {};
 TEST_P(RunTimelineTest, RunsAsItIsWritten) {
   const auto& scenario = GetParam();
   RunBench bench(2);
-  if (scenario.fault != nullptr) {
-    bench.inspect(scenario.place, [&](rig::VirtualBoard& board) {
-      rig::Faults faults;
-      ASSERT_EQ(rig::addFault(scenario.fault, faults), std::nullopt);
-      board.setFaults(faults);
-    });
-  }
+  scenario.arrange(bench);
   bench.appear();
   Timeline timeline(bench);
   timeline.note("upload");
@@ -136,10 +137,41 @@ TEST_P(RunTimelineTest, RunsAsItIsWritten) {
   expectTimeline(scenario.name, timeline.text());
 }
 
+/// The board stays in its firmware when it is sent into its bootloader.
+auto stubborn(std::size_t place) {
+  return [place](RunBench& bench) {
+    bench.inspect(place, [](rig::VirtualBoard& board) {
+      rig::Faults faults;
+      ASSERT_EQ(rig::addFault("never-enters-halfkay", faults), std::nullopt);
+      board.setFaults(faults);
+    });
+  };
+}
+
+/// Its firmware can't be had.
+auto unserved(std::size_t place) {
+  return [place](RunBench& bench) {
+    bench.list(place, [](auto& device) { device.serverURL = "https://127.0.0.1:1"; });
+  };
+}
+
+void withAPortThatGoes(RunBench& bench) {
+  bench.terminals.failsRequest.insert(bench.portAt(0));
+}
+
 INSTANTIATE_TEST_SUITE_P(Runs, RunTimelineTest,
-                         testing::Values(Scenario{"all-goes-well", nullptr, 0, Alert::procedureComplete},
-                                         Scenario{"first-fails", "never-enters-halfkay", 0, Alert::uploadError},
-                                         Scenario{"later-fails", "never-enters-halfkay", 1, Alert::uploadError}));
+                         testing::Values(Scenario{"all-goes-well", [](RunBench&) {},
+                                                  Alert::procedureComplete},
+                                         Scenario{"first-fails", stubborn(0), Alert::uploadError},
+                                         Scenario{"later-fails", stubborn(1), Alert::uploadError},
+                                         Scenario{"first-unserved", unserved(0), Alert::downloadError},
+                                         Scenario{"later-unserved", unserved(1), Alert::downloadError},
+                                         Scenario{"port-goes", withAPortThatGoes, Alert::halfkayModeFailed}),
+                         [](const auto& one) {
+                           std::string name = one.param.name;
+                           std::ranges::replace(name, '-', '_');
+                           return name;
+                         });
 
 TEST(BootloaderTimelineTest, OfTwoBoardsInTheirBootloadersTheOkSendsOneBack) {
   RunBench bench(3);
