@@ -37,9 +37,10 @@ class Runtime {
   /// Makes runMain() return behind the jobs that the main queue holds already. Any thread.
   virtual void stopMain() = 0;
 
-  /// Waits for the global jobs that have started, and drops the others, now and later. Whoever owns what such
-  /// jobs work on calls it on the main thread, behind runMain(), before any of that goes. The destructor does
-  /// the same.
+  /// Waits for the global jobs that have started, and drops the others, now and later. A job that waits for
+  /// its turn on a SerialQueue gets it when those before it have ended or been dropped. The owner of what
+  /// such jobs work on calls this on the main thread, after runMain(), before any of that goes. The
+  /// destructor does the same.
   virtual void finish() = 0;
 };
 

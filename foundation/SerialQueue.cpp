@@ -29,13 +29,15 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   State(Queue& queue, std::string name) : target(queue), label(std::move(name)) {}
 
   void add(Job job) {
-    const std::lock_guard lock(mutex);
-    waiting.push({std::move(job), nullptr});
-    if (std::exchange(isBusy, true)) {
-      return;
+    {
+      const std::lock_guard lock(mutex);
+      waiting.push({std::move(job), nullptr});
+      if (std::exchange(isBusy, true)) {
+        return;
+      }
     }
     if (afterwards == nullptr || !afterwards->take(shared_from_this())) {
-      target.post([self = shared_from_this()] { self->runNext(); });
+      target.post(NextTurn(shared_from_this()));
     }
   }
 
@@ -71,12 +73,51 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   }
 
   void endTurn() {
-    const std::lock_guard lock(mutex);
-    isBusy = !waiting.empty();
-    if (isBusy) {
-      target.post([self = shared_from_this()] { self->runNext(); });
+    {
+      const std::lock_guard lock(mutex);
+      isBusy = !waiting.empty();
+      if (!isBusy) {
+        return;
+      }
+    }
+    target.post(NextTurn(shared_from_this()));
+  }
+
+  /// The target runs nothing any more. Jobs are dropped as it drops its own; a thread that waits gets its
+  /// turn.
+  void dropNext() {
+    while (true) {
+      Waiting next;
+      {
+        const std::lock_guard lock(mutex);
+        isBusy = !waiting.empty();
+        if (!isBusy) {
+          return;
+        }
+        next = waiting.pop();
+      }
+      if (next.gate) {
+        return next.gate->open();
+      }
     }
   }
+
+  /// The job that a queue has on its target.
+  class NextTurn {
+   public:
+    explicit NextTurn(std::shared_ptr<State> state) : state_(std::move(state)) {}
+    NextTurn(NextTurn&&) noexcept = default;
+    NextTurn& operator=(NextTurn&&) = delete;
+    ~NextTurn() {
+      if (state_ != nullptr) {
+        state_->dropNext();
+      }
+    }
+    void operator()() { std::exchange(state_, nullptr)->runNext(); }
+
+   private:
+    std::shared_ptr<State> state_;
+  };
 
   Queue& target;
   const std::string label;

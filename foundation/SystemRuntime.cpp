@@ -1,10 +1,13 @@
 #include "foundation/SystemRuntime.hpp"
 
 #include <asio.hpp>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <shared_mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "foundation/BlockStore.hpp"
 
@@ -50,33 +53,58 @@ class SystemGate final : public Gate {
 struct StoredJob {
   using allocator_type = BlockAllocator<std::byte>;
   const allocator_type& get_allocator() const { return allocator; }
-  void operator()() { job(); }
+  void operator()() {
+    if (!isFinished) {
+      job();
+    }
+  }
 
   Job job;
   allocator_type allocator;
+  const std::atomic<bool>& isFinished;
 };
 
-/// A queue over anything that Asio can run handlers on.
-template <typename Context>
+/// A queue that runs its jobs on the threads of a context, until it is finished.
 class AsioQueue final : public Queue {
  public:
-  explicit AsioQueue(Context& context) : context_(context) {}
+  explicit AsioQueue(asio::io_context& context) : context_(context) {}
 
-  void post(Job job) override { asio::post(context_, StoredJob{std::move(job), memory_}); }
+  void post(Job job) override {
+    const std::shared_lock lock(mutex_);
+    if (!isFinished_) {
+      asio::post(context_, StoredJob{std::move(job), memory_, isFinished_});
+    }
+  }
 
   void postAt(TimePoint due, Job job) override {
     auto timer = std::make_unique<asio::steady_timer>(context_, due);
     auto& waiting = *timer;
     waiting.async_wait(
-        [timer = std::move(timer), job = std::move(job)](const asio::error_code& error) mutable {
-          if (!error) {
+        [this, timer = std::move(timer), job = std::move(job)](const asio::error_code& error) mutable {
+          if (!error && !isFinished_) {
             job();
           }
         });
   }
 
+  /// Drops what waits, on the calling thread, and what comes. Jobs that have begun run on. False if it was
+  /// finished already.
+  bool finish() {
+    {
+      const std::unique_lock lock(mutex_);
+      if (isFinished_.exchange(true)) {
+        return false;
+      }
+    }
+    context_.poll();
+    context_.stop();
+    return true;
+  }
+
  private:
-  Context& context_;
+  asio::io_context& context_;
+  std::shared_mutex mutex_;  ///< nothing is posted while isFinished_ changes
+  std::atomic<bool> isFinished_ = false;
   /// For jobs that wait, with what Asio adds to each. Asio itself keeps memory only for threads of its own.
   const StoredJob::allocator_type memory_{std::make_shared<BlockStore>(256, 64)};
 };
@@ -94,20 +122,31 @@ struct SystemRuntime::State {
   SystemClock clock;
   NoOutsideWork outsideWork;
   asio::io_context mainContext{1};
-  asio::thread_pool pool{globalThreads()};
-  AsioQueue<asio::io_context> mainQueue{mainContext};
-  AsioQueue<asio::thread_pool> globalQueue{pool};
+  asio::io_context globalContext;
+  AsioQueue mainQueue{mainContext};
+  AsioQueue globalQueue{globalContext};
+  asio::executor_work_guard<asio::io_context::executor_type> keepRunning =
+      asio::make_work_guard(globalContext);
+  std::vector<std::thread> threads;
 };
 
-SystemRuntime::SystemRuntime() : state_(std::make_unique<State>()) {}
+SystemRuntime::SystemRuntime() : state_(std::make_unique<State>()) {
+  state_->threads.resize(globalThreads());
+  for (auto& thread : state_->threads) {
+    thread = std::thread([this] { state_->globalContext.run(); });
+  }
+}
 
 SystemRuntime::~SystemRuntime() {
   SystemRuntime::finish();
 }
 
 void SystemRuntime::finish() {
-  state_->pool.stop();
-  state_->pool.join();
+  if (state_->globalQueue.finish()) {
+    for (auto& thread : state_->threads) {
+      thread.join();
+    }
+  }
 }
 
 Clock& SystemRuntime::clock() {

@@ -8,8 +8,9 @@
 namespace karvex::foundation {
 namespace {
 
-/// The participant that the calling thread is, of the runtime that it belongs to. Null on foreign threads.
+/// The participant that the calling thread is, and the runtime that it belongs to. Null on foreign threads.
 thread_local void* thisParticipant = nullptr;
+thread_local const void* thisRuntime = nullptr;
 
 /// A broken contract would hand the baton to two threads and show up as anything anywhere, so it ends the
 /// program.
@@ -48,6 +49,12 @@ void VirtualRuntime::finish() {
       timed_.erase(place);
     }
   }
+  // Threads that wait for what is dropped go on.
+  lock.unlock();
+  dropped.clear();
+  droppedFromMain.clear();
+  droppedDeliveries.clear();
+  lock.lock();
   while (idleWorkers_.size() < workers_.size()) {
     // The sleepers go on one after the other; behind the last of them the baton comes back here.
     timed_.emplace(keyAt(TimePoint::max()), &main_);
@@ -203,6 +210,7 @@ void VirtualRuntime::VirtualGate::open() {
 
 VirtualRuntime::Participant* VirtualRuntime::currentOrNull() {
   if (thisParticipant != nullptr) {
+    require(thisRuntime == this, "a thread of one runtime uses the clock or a gate of another one");
     return static_cast<Participant*>(thisParticipant);
   }
   return std::this_thread::get_id() == mainThread_ ? &main_ : nullptr;
@@ -290,6 +298,7 @@ void VirtualRuntime::awaitBaton(Lock& lock, Participant& self) {
 
 void VirtualRuntime::workerLoop(Participant& self) {
   thisParticipant = &self;
+  thisRuntime = this;
   Lock lock(mutex_);
   while (true) {
     awaitBaton(lock, self);

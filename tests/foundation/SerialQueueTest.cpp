@@ -50,6 +50,31 @@ TEST(GateTest, AForeignThreadCanWaitAndOpen) {
   foreign.join();
 }
 
+template <typename Runtime>
+class FinishTest : public testing::Test {};
+using Runtimes = testing::Types<SystemRuntime, VirtualRuntime>;
+TYPED_TEST_SUITE(FinishTest, Runtimes);
+
+TYPED_TEST(FinishTest, AJobThatWaitsForItsTurnEndsWithTheRuntime) {
+  TypeParam runtime;
+  SerialQueue queue(runtime.globalQueue());
+  std::vector<std::string> order;
+  const auto hasBegun = runtime.makeGate();
+  queue.post([&] {
+    hasBegun->open();
+    runtime.clock().sleepFor(20ms);
+    order.emplace_back("begun");
+  });
+  hasBegun->wait();
+  runtime.globalQueue().post([&] {
+    queue.post([&] { order.emplace_back("never"); });
+    queue.runSynchronously(runtime, [&] { order.emplace_back("waited"); });
+  });
+  runtime.clock().sleepFor(10ms);
+  runtime.finish();
+  EXPECT_THAT(order, ElementsAre("begun", "waited"));
+}
+
 TEST(SerialQueueTest, AThreadRunsWhatItPostsItselfWhereTheQueueIsIdle) {
   VirtualRuntime runtime;
   SerialQueue queue(runtime.globalQueue());
