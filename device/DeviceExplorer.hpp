@@ -38,23 +38,27 @@ class DeviceExplorer {
   /// What went wrong with the last report to the service; empty when nothing did.
   foundation::Published<std::string> lastError;
 
+  /// The first record with exactly this serial number; without one, a record whose texts are empty.
+  virtual records::DeviceInfo deviceForSerialNumber(const std::string& serialNumber) const;
+
   /// Fills `devices` anew; observers see it emptied and then grow by one record at a time. A bus that can't
   /// be walked leaves it empty and says so on standard output.
-  void scanUSBDevices();
-
-  /// The first record with exactly this serial number; without one, a record whose texts are empty.
-  records::DeviceInfo deviceForSerialNumber(const std::string& serialNumber) const;
+  virtual void scanUSBDevices();
 
   /// True if the last scan found a board in its HalfKay bootloader.
-  bool isHalfkayDevicePresent() const;
-
-  /// Asks the system, not the list, whether the board's serial interface is there at this moment.
-  bool isSerialInterfacePresent(const std::string& serialNumber) const;
+  virtual bool isHalfkayDevicePresent() const;
 
   /// Posts `devices`, as they are when this starts, to the service as the equipment report. Gives true if the
   /// service answered at all; `lastError` then is empty, else it says what went wrong. Sets it on the global
   /// queue, where the awaiting coroutine goes on too. The explorer must live until then.
-  foundation::Task<bool> sendConfiguration();
+  virtual foundation::Task<bool> sendConfiguration();
+
+  virtual ~DeviceExplorer() = default;
+  DeviceExplorer(const DeviceExplorer&) = delete;
+  DeviceExplorer& operator=(const DeviceExplorer&) = delete;
+
+  /// Asks the system, not the list, whether the board's serial interface is there at this moment.
+  bool isSerialInterfacePresent(const std::string& serialNumber) const;
 
  private:
   foundation::Task<bool> post(std::string body);

@@ -12,6 +12,9 @@ namespace karvex::foundation {
 struct TransferPolicy {
   /// A transfer in which nothing has moved for this long, in either direction, has failed.
   std::chrono::milliseconds idleTimeOut{60'000};
+  /// A transfer that takes longer than this has failed, whatever moves: a server that sends a byte now and
+  /// then must not keep the program for ever. The largest download is through by then at 75 KiB a second.
+  std::chrono::milliseconds longestTransfer{15 * 60'000};
   /// Time to resolve the name, connect and shake hands; an address that nobody answers at must not cost a
   /// minute.
   std::chrono::milliseconds connectTimeOut{20'000};

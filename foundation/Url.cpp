@@ -71,7 +71,11 @@ bool isUrl(std::string_view text) {
 }
 
 bool isWebUrl(std::string_view text) {
-  return beginsWith(text, "http://") || beginsWith(text, "https://");
+  return beginsWith(text, "http://") || isSecureUrl(text);
+}
+
+bool isSecureUrl(std::string_view text) {
+  return beginsWith(text, "https://");
 }
 
 std::string hostOf(const std::string& url) {

@@ -14,6 +14,9 @@ bool isUrl(std::string_view text);
 /// True if the text begins with http:// or https://, in capitals or not (RFC 3986, 3.1).
 bool isWebUrl(std::string_view text);
 
+/// True if the text begins with https://, in any letter case.
+bool isSecureUrl(std::string_view text);
+
 /// The host of an absolute URL. Empty if it has none.
 std::string hostOf(const std::string& url);
 

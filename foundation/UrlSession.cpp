@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <signal.h>
 
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <map>
@@ -155,7 +156,7 @@ void UrlSession::Transfers::stop() {
 void UrlSession::Transfers::start(const Shared& transfer, Job resumeCoroutine) {
   transfer->resume = std::move(resumeCoroutine);
   transfer->ticket = runtime_.outsideWork().begin();
-  transfer->lastMove = runtime_.clock().now();
+  transfer->begin = transfer->lastMove = runtime_.clock().now();
   postIdleCheck(transfer);
   {
     const std::lock_guard lock(mutex_);
@@ -172,7 +173,9 @@ void UrlSession::Transfers::start(const Shared& transfer, Job resumeCoroutine) {
 void UrlSession::Transfers::postIdleCheck(const Shared& transfer) {
   const std::weak_ptr<Transfers> weakSelf = weak_from_this();
   const std::weak_ptr<UrlTransfer> weakTransfer = transfer;
-  runtime_.globalQueue().postAt(transfer->lastMove + policy_.idleTimeOut, [weakSelf, weakTransfer] {
+  const auto due =
+      std::min(transfer->lastMove + policy_.idleTimeOut, transfer->begin + policy_.longestTransfer);
+  runtime_.globalQueue().postAt(due, [weakSelf, weakTransfer] {
     const auto self = weakSelf.lock();
     const auto checked = weakTransfer.lock();
     if (self && checked) {
@@ -289,12 +292,15 @@ void UrlSession::Transfers::checkIdle(const Shared& transfer) {
   if (!active_.contains(transfer->easy.get())) {
     return;
   }
-  if (runtime_.clock().now() - transfer->lastMove < policy_.idleTimeOut) {
+  const auto now = runtime_.clock().now();
+  const bool isTooLong = now - transfer->begin >= policy_.longestTransfer;
+  if (!isTooLong && now - transfer->lastMove < policy_.idleTimeOut) {
     postIdleCheck(transfer);
     return;
   }
   runtime_.outsideWork().resumeTicket(transfer->ticket);
-  conclude(transfer, "Nothing came for " + textOf(policy_.idleTimeOut));
+  conclude(transfer, isTooLong ? "It was not through after " + textOf(policy_.longestTransfer)
+                               : "Nothing came for " + textOf(policy_.idleTimeOut));
 }
 
 /// Ends a transfer and lets its coroutine go on; an empty cause is a success. Holds the transfer by itself,

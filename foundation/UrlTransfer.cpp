@@ -70,6 +70,7 @@ void setRequest(Options& options, const UrlRequest& request) {
   const bool isPost = request.method == "POST";
   const bool isPlainGet = request.method == "GET" && request.body.empty();
   options.set(CURLOPT_URL, request.url.c_str());
+  options.set(CURLOPT_REDIR_PROTOCOLS_STR, isSecureUrl(request.url) ? "https" : "http,https");
   if (isHead) {
     options.set(CURLOPT_NOBODY, 1L);
   } else if (!isPlainGet) {
@@ -86,7 +87,6 @@ void setRequest(Options& options, const UrlRequest& request) {
 /// How the program talks to the network; the numbers are the policy's.
 void setPolicy(Options& options, const TransferPolicy& policy, std::size_t largest) {
   options.set(CURLOPT_PROTOCOLS_STR, "http,https");
-  options.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   options.set(CURLOPT_FOLLOWLOCATION, 1L);
   options.set(CURLOPT_MAXREDIRS, policy.mostRedirects);
   // One transfer at a time on a connection, so that its port can be the transfer's name.
@@ -191,6 +191,9 @@ std::string UrlTransfer::causeOf(CURLcode code, const TransferPolicy& policy) co
     case CURLE_TOO_MANY_REDIRECTS:
       return "The server redirects more than " + std::to_string(policy.mostRedirects) + " times";
     case CURLE_UNSUPPORTED_PROTOCOL:  // Of an answer that isn't HTTP, too.
+      if (isSecureUrl(request.url) && !isSecureUrl(reachedUrl())) {
+        return "The server redirects to an address that doesn't begin with https://";
+      }
       return isWebUrl(reachedUrl())
                  ? text
                  : "The server redirects to an address that is neither http:// nor https://";
@@ -225,9 +228,12 @@ std::size_t UrlTransfer::onBody(char* data, std::size_t, std::size_t size, void*
   return transfer.take({data, size}) ? size : CURL_WRITEFUNC_ERROR;
 }
 
+/// Trailers come here too, and a server may send any number of them.
 std::size_t UrlTransfer::onHeader(char*, std::size_t, std::size_t size, void* self) {
-  static_cast<UrlTransfer*>(self)->hasMoved = true;
-  return size;
+  auto& transfer = *static_cast<UrlTransfer*>(self);
+  transfer.hasMoved = true;
+  transfer.headerBytes_ += size;
+  return transfer.hasRoomFor(transfer.headerBytes_) ? size : CURL_WRITEFUNC_ERROR;
 }
 
 int UrlTransfer::onProgress(void* self, curl_off_t, curl_off_t downloaded, curl_off_t, curl_off_t uploaded) {

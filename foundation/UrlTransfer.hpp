@@ -55,6 +55,7 @@ class UrlTransfer {
   // For the session.
   Job resume;
   OutsideWork::Ticket ticket = 0;
+  TimePoint begin;
   TimePoint lastMove;
   bool hasMoved = false;  ///< bytes have, since the session last looked
   bool isDownload = false;
@@ -80,6 +81,7 @@ class UrlTransfer {
   std::array<char, CURL_ERROR_SIZE> curlError_{};
   std::string refusal_;  ///< why it was stopped from this side
   std::size_t received_ = 0;
+  std::size_t headerBytes_ = 0;
   curl_off_t progress_ = 0;
 };
 

@@ -275,6 +275,19 @@ TEST_F(UrlSessionTest, RedirectsToOtherSchemesAreRefused) {
   }
 }
 
+TEST_F(UrlSessionTest, TrailersCountAsTheRestDoes) {
+  const LoopbackServer server([](Connection& connection) {
+    connection.readRequest();
+    connection.write("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n");
+    for (int i = 0; i < 100; ++i) {
+      connection.write("T: " + std::string(1000, 'x').append("\r\n"));
+    }
+    connection.awaitEnd();
+  });
+  EXPECT_EQ(get(server.url("/"), {.largestAnswer = 50'000}).error,
+            "127.0.0.1: The answer is larger than the limit of 50000 bytes");
+}
+
 TEST_F(UrlSessionTest, AProxyOfTheEnvironmentIsUsedUnlessThePolicySaysOtherwise) {
   const LoopbackServer server(always(answer(200, "the server")));
   const LoopbackServer proxy(always(answer(200, "the proxy")));

@@ -2,10 +2,13 @@
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <vector>
@@ -54,9 +57,26 @@ bool hasOpen(const fs::path& process, const fs::path& node, std::size_t& linksLe
   return found;
 }
 
-}  // namespace
+/// The fourth field of "4711 (a name) S 4710 ..."; the name may hold anything.
+std::string parentOf(const fs::path& process) {
+  std::string line;
+  std::getline(std::ifstream(process / "stat"), line);
+  std::istringstream fields(line.substr(std::min(line.rfind(')') + 1, line.size())));
+  std::string state;
+  std::string parent;
+  fields >> state >> parent;
+  return parent;
+}
 
-std::string holdersOf(const std::string& node) {
+bool isThisProgram(const fs::path& process) {
+  const auto own = std::to_string(::getpid());
+  std::error_code error;
+  return process.filename() == own ||
+         (parentOf(process) == own &&
+          fs::read_symlink(process / "exe", error) == fs::read_symlink("/proc/self/exe", error));
+}
+
+std::string findHolders(const std::string& node, bool (*isPassedOver)(const fs::path& process)) {
   std::error_code error;
   const auto target = fs::canonical(node, error);
   if (error) {
@@ -65,12 +85,22 @@ std::string holdersOf(const std::string& node) {
   std::vector<std::string> holders;
   std::size_t linksLeft = mostLinks;
   forEachEntry("/proc", [&](const fs::path& process) {
-    if (isProcess(process) && hasOpen(process, target, linksLeft)) {
+    if (isProcess(process) && hasOpen(process, target, linksLeft) && !isPassedOver(process)) {
       holders.push_back(fmt::format("{} (process {})", programName(process), process.filename().native()));
     }
     return linksLeft > 0 && holders.size() < mostHolders;
   });
   return fmt::format("{}", fmt::join(holders, " and "));
+}
+
+}  // namespace
+
+std::string holdersOf(const std::string& node) {
+  return findHolders(node, [](const fs::path&) { return false; });
+}
+
+std::string otherHoldersOf(const std::string& node) {
+  return findHolders(node, isThisProgram);
 }
 
 }  // namespace karvex::device

@@ -159,11 +159,18 @@ OpenedTerminal TermiosTerminalNodes::open(const std::string& path, PortMode mode
   if (error == 0) {
     error = takeForThisProgram(descriptor);
   }
-  if (error == 0) {
-    return std::make_unique<TermiosTerminalNode>(descriptor, globalQueue_);
+  if (error != 0) {
+    ::close(descriptor);  // Before the search, so that it doesn't find this one.
+    return refusalFor(error, node, path);
   }
-  ::close(descriptor);  // Before the search, so that it doesn't find this one.
-  return refusalFor(error, node, path);
+  auto taken = std::make_unique<TermiosTerminalNode>(descriptor, globalQueue_);
+  // A program that has opened the node without a lock, as serial monitors do, reads from it all the same.
+  if (auto others = otherHoldersOf(node); !others.empty()) {
+    return TerminalRefusal{.cause = TerminalRefusal::Cause::inUse,
+                           .node = node == path ? "" : node,
+                           .detail = std::move(others)};
+  }
+  return taken;
 }
 
 }  // namespace karvex::device

@@ -104,30 +104,35 @@ void PseudoTerminal::unplug() {
   }
 }
 
-OtherProgram::OtherProgram(const std::function<void()>& begin) {
+OtherProgram::OtherProgram(const std::function<void()>& begin, Kinship kinship) {
   std::array<int, 2> began{};
   std::array<int, 2> life{};
   orThrow(::pipe2(began.data(), O_CLOEXEC));
   orThrow(::pipe2(life.data(), O_CLOEXEC));
-  process_ = orThrow(::fork());
-  char byte = 0;
-  if (process_ == 0) {
+  child_ = orThrow(::fork());
+  if (child_ == 0) {
     ::close(life[1]);
+    if (const pid_t grandchild = kinship == Kinship::none ? ::fork() : 0; grandchild != 0) {
+      ::close(began[1]);
+      ::_exit(::waitpid(grandchild, nullptr, 0) == grandchild ? 0 : 1);
+    }
     begin();
-    const bool isKnown = ::write(began[1], &byte, 1) == 1;
+    char byte = 0;
+    const pid_t self = ::getpid();
+    const bool isKnown = ::write(began[1], &self, sizeof self) == sizeof self;
     ::_exit(isKnown && ::read(life[0], &byte, 1) == 0 ? 0 : 1);
   }
   ::close(began[1]);
   ::close(life[0]);
   life_ = life[1];
-  const auto known = ::read(began[0], &byte, 1);
+  const auto known = ::read(began[0], &process_, sizeof process_);
   ::close(began[0]);
-  orThrow(known == 1 ? 0 : -1);
+  orThrow(known == sizeof process_ ? 0 : -1);
 }
 
 OtherProgram::~OtherProgram() {
   ::close(life_);
-  ::waitpid(process_, nullptr, 0);
+  ::waitpid(child_, nullptr, 0);
 }
 
 int inOtherProcess(const std::function<int()>& attempt) {

@@ -42,11 +42,13 @@ class PseudoTerminal {
   std::string path_;
 };
 
-/// Another program, for as long as the object lives: a child process that has done `begin` and waits then.
-/// `begin` may make system calls only.
+/// Another program, for as long as the object lives: a process that has done `begin` and waits then. `begin`
+/// may make system calls only. A child of this process is what a program is that this one is just starting.
 class OtherProgram {
  public:
-  explicit OtherProgram(const std::function<void()>& begin);
+  enum class Kinship { none, child };
+
+  explicit OtherProgram(const std::function<void()>& begin, Kinship kinship = Kinship::none);
   ~OtherProgram();
   OtherProgram(const OtherProgram&) = delete;
   OtherProgram& operator=(const OtherProgram&) = delete;
@@ -54,7 +56,8 @@ class OtherProgram {
   pid_t process() const { return process_; }
 
  private:
-  pid_t process_;
+  pid_t child_;
+  pid_t process_ = 0;
   int life_;
 };
 

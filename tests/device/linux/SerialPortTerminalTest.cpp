@@ -156,6 +156,7 @@ TEST_F(SerialPortTerminalTest, WhatAnotherProgramHasTakenIsRefusedWithItsName) {
   const std::vector<std::pair<const char*, Take>> ways = {
       {"exclusive mode", [](int descriptor) { ::ioctl(descriptor, TIOCEXCL); }},
       {"lock", [](int descriptor) { ::flock(descriptor, LOCK_EX); }},
+      {"neither, as serial monitors do", [](int) {}},
   };
   for (const auto& [way, take] : ways) {
     PseudoTerminal fresh;
@@ -207,7 +208,7 @@ TEST_F(SerialPortTerminalTest, OtherProgramsAreKeptOutUntilTheClose) {
 
 TEST_F(SerialPortTerminalTest, AChildProcessThatIsJustBeingStartedDoesNotKeepAClosedPortTaken) {
   port.open(PortMode::receive);
-  const OtherProgram child([] {});
+  const OtherProgram child([] {}, OtherProgram::Kinship::child);
   port.close();
   EXPECT_EQ(textOf([this] { port.open(PortMode::receive); }), "no error");
 }
