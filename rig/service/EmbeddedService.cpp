@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "foundation/TemporaryDirectory.hpp"
+#include "loader/ascii.hpp"
 #include "rig/service/CertificateAuthority.hpp"
 #include "rig/service/DeliberateWaits.hpp"
 #include "rig/service/ServiceAnswer.hpp"
@@ -125,11 +126,8 @@ void send(const httplib::Request& request, httplib::Response& response, const Se
 }  // namespace
 
 std::string_view ServiceRequest::header(std::string_view name) const {
-  const auto sameLetter = [](char a, char b) {
-    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-  };
   const auto found = std::find_if(headers.begin(), headers.end(), [&](const auto& header) {
-    return std::equal(header.first.begin(), header.first.end(), name.begin(), name.end(), sameLetter);
+    return loader::is_same_ascii(header.first, name);
   });
   return found != headers.end() ? std::string_view(found->second) : std::string_view();
 }
