@@ -8,10 +8,12 @@
 #include <fstream>
 #include <future>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <variant>
 
 #include "foundation/TemporaryDirectory.hpp"
 #include "loader/ascii.hpp"
@@ -153,6 +155,11 @@ class EmbeddedService::Server {
   const std::string& baseAddress() const { return baseAddress_; }
   const fs::path& caFile() const { return caFile_; }
 
+  void setDevices(std::span<const ServedDevice> devices) {
+    const std::lock_guard lock(mutex_);
+    list_ = std::vector(devices.begin(), devices.end());
+  }
+
   void setListText(std::string text) {
     const std::lock_guard lock(mutex_);
     list_ = std::move(text);
@@ -261,11 +268,29 @@ class EmbeddedService::Server {
                          .path = request.target,
                          .headers = sentHeaders(request.headers),
                          .body = request.body});
+    if (place == ServicePlace::complete) {
+      upgraded_[request.get_param_value("DEVICE_SERIAL_NUMBER")] =
+          request.get_param_value("DEVICE_FIRMWARE_VERSION");
+    }
     const auto* fault = faults_.answerAt(place);
     return {.place = place,
             .delay = faults_.delayAt(place),
             .fault = fault != nullptr ? std::optional(*fault) : std::nullopt,
-            .list = list_};
+            .list = place == ServicePlace::list ? currentList() : std::string()};
+  }
+
+  /// The list with what the service was told of since it started. Under the lock.
+  std::string currentList() const {
+    if (const auto* text = std::get_if<std::string>(&list_)) {
+      return *text;
+    }
+    auto devices = std::get<std::vector<ServedDevice>>(list_);
+    for (auto& device : devices) {
+      if (const auto told = upgraded_.find(device.deviceSerialNumber); told != upgraded_.end()) {
+        device.currentVersion = told->second;
+      }
+    }
+    return listText(devices);
   }
 
   void answer(const httplib::Request& request, httplib::Response& response) {
@@ -316,7 +341,8 @@ class EmbeddedService::Server {
   std::string baseAddress_;
   mutable std::mutex mutex_;
   ServiceFaults faults_;
-  std::string list_ = listText({});
+  std::variant<std::vector<ServedDevice>, std::string> list_;
+  std::map<std::string, std::string> upgraded_;  ///< the version that each device was upgraded to
   std::vector<ServiceRequest> requests_;
   DeliberateWaits waits_;
   ServiceConnections connections_;
@@ -343,7 +369,7 @@ foundation::TransferPolicy EmbeddedService::transferPolicy() const {
 }
 
 void EmbeddedService::setDevices(std::span<const ServedDevice> devices) {
-  server_->setListText(listText(devices));
+  server_->setDevices(devices);
 }
 
 void EmbeddedService::setListText(std::string text) {

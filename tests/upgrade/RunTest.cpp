@@ -48,6 +48,8 @@ TEST(RunTest, TheAlertOfTheEndComesOnceAndItsOkLeavesTheListAlone) {
   EXPECT_EQ(bench.rows(), rows);
   bench.runFor(10s);
   EXPECT_EQ(bench.alert(), std::nullopt);
+  bench.refresh();
+  EXPECT_EQ(bench.rows()[0].currentVersion, bench.rows()[0].firmwareVersion) << "the service remembers";
 }
 
 TEST(RunTest, WaitsTheFinishedDevicesDelayAndThenLooksForTheNext) {
