@@ -9,6 +9,9 @@ namespace {
 /// How often the user looks. Half a tick behind the table's own tick, so that what that changes is seen soon.
 constexpr std::chrono::milliseconds glance{125};
 
+/// How often an alert is answered that comes back to the same rows.
+constexpr int mostAnswers = 2;
+
 }  // namespace
 
 ScriptedUser::ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, Plan plan,
@@ -26,8 +29,37 @@ bool ScriptedUser::isQuiet() const {
          !(plan_.answersAlerts && ui::snapshotOf(view_).alert);
 }
 
+/// Answers the alert that is up, if there is one. False if that has been tried: the same alert came back to
+/// the same rows.
+bool ScriptedUser::answersAlert() {
+  if (!plan_.answersAlerts) {
+    return true;
+  }
+  const auto snapshot = ui::snapshotOf(view_);
+  if (!snapshot.alert) {
+    return true;
+  }
+  auto situation = snapshot.alert->title;
+  for (const auto& row : snapshot.rows) {
+    situation += row.serialNumber + ' ' + row.statusText;
+  }
+  if (++answers_[situation] > mostAnswers) {
+    return false;
+  }
+  view_.deviceListView.confirm(snapshot.alert->alert);
+  return true;
+}
+
 void ScriptedUser::look() {
-  if (step_ == Step::done || !isQuiet()) {
+  if (step_ == Step::done) {
+    return;
+  }
+  if (!answersAlert()) {
+    hasGivenUp_ = true;
+    step_ = Step::done;
+    return done_();
+  }
+  if (!isQuiet()) {
     return;
   }
   if (step_ == Step::waitingForList) {
@@ -43,7 +75,6 @@ void ScriptedUser::begin() {
   if (plan_.firstRow < rows.size() && !ui::snapshotOf(view_).alert) {
     view_.deviceListView.select(rows[plan_.firstRow].id);
     view_.uploadClicked();
-    hasRun_ = view_.loadingViewModel.loadingInProgress.get();
   }
   step_ = Step::running;
 }

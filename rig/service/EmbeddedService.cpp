@@ -69,7 +69,13 @@ std::optional<std::string> readBelow(const fs::path& directory, const std::strin
     return std::nullopt;
   }
   std::ifstream stream(file, std::ios::binary);
-  return stream ? std::optional(std::string(std::istreambuf_iterator<char>(stream), {})) : std::nullopt;
+  const auto size = fs::file_size(file, error);
+  if (error) {
+    return std::nullopt;
+  }
+  std::string contents(size, '\0');  // At once: one that grew would take a multiple of the memory.
+  const bool isRead = stream.read(contents.data(), static_cast<std::streamsize>(size)).good();
+  return isRead ? std::optional(std::move(contents)) : std::nullopt;
 }
 
 std::vector<std::pair<std::string, std::string>> sentHeaders(const httplib::Headers& headers) {
