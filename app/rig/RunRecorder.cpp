@@ -29,6 +29,8 @@ RunRecorder::RunRecorder(RigPlatform& rig, ui::ContentView& view, const Equipmen
   }
   lookAtControls();
   subscriptions_ = ui::observe(view, [this] { look(); });
+  subscriptions_.push_back(view.deviceListView.deviceManager.managedDevices.observe(
+      [this](const auto& devices) { lookAtRows(devices); }));
   beforeProcessEnd([this, endListener = std::move(endListener)] { endListener(record()); });
 }
 
@@ -41,19 +43,29 @@ RunRecorder::~RunRecorder() {
 
 void RunRecorder::look() {
   const auto now = rig_.runtime.clock().now();
-  for (const auto& device : view_.deviceListView.deviceManager.managedDevices.get()) {
-    auto& statuses = record_.statuses[device.portSerialNumber];
-    if (statuses.empty() || statuses.back().status != device.status) {
-      statuses.push_back({now, device.status});
-    }
-  }
-  const auto alert = ui::snapshotOf(view_).alert;
+  const auto alert = ui::alertOf(view_.deviceListView);
   const auto title = alert ? alert->title : std::string();
   if (alert && title != lastDialog_) {
     record_.dialogs.push_back({now, alert->title, alert->message});
   }
   lastDialog_ = title;
   lookAtControls();
+}
+
+/// Of a long list, most rows are at each change as they were.
+void RunRecorder::lookAtRows(const std::vector<records::BootableDevice>& devices) {
+  rows_.resize(devices.size());
+  for (std::size_t place = 0; place < devices.size(); ++place) {
+    const auto& device = devices[place];
+    const std::pair row(device.id, device.status);
+    if (std::exchange(rows_[place], row) == row) {
+      continue;
+    }
+    auto& statuses = record_.statuses[device.portSerialNumber];
+    if (statuses.empty() || statuses.back().status != device.status) {
+      statuses.push_back({rig_.runtime.clock().now(), device.status});
+    }
+  }
 }
 
 void RunRecorder::lookAtControls() {

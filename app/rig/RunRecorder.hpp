@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/rig/RigPlatform.hpp"
@@ -71,6 +72,7 @@ class RunRecorder {
 
  private:
   void look();
+  void lookAtRows(const std::vector<records::BootableDevice>& devices);
   void lookAtControls();
   RunRecord::Board boardAt(std::size_t place) const;
 
@@ -79,6 +81,7 @@ class RunRecorder {
   const std::size_t boards_;
   RunRecord record_;
   std::map<std::string, Timeline> timelines_;
+  std::vector<std::pair<foundation::Uuid, std::uint32_t>> rows_;  ///< and the status of each at the last look
   std::string lastDialog_;
   std::vector<foundation::Subscription> subscriptions_;
 };

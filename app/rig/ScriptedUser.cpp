@@ -1,5 +1,7 @@
 #include "app/rig/ScriptedUser.hpp"
 
+#include <fmt/format.h>
+
 #include <chrono>
 #include <utility>
 
@@ -26,7 +28,7 @@ ScriptedUser::ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, 
 /// No task is under way, and no alert waits for an answer that will come.
 bool ScriptedUser::isQuiet() const {
   return view_.deviceListView.tasksUnderWay() == 0 && !view_.loadingViewModel.loadingInProgress.get() &&
-         !(plan_.answersAlerts && ui::snapshotOf(view_).alert);
+         !(plan_.answersAlerts && ui::alertOf(view_.deviceListView));
 }
 
 /// Answers the alert that is up, if there is one. False if that has been tried: the same alert came back to
@@ -35,18 +37,18 @@ bool ScriptedUser::answersAlert() {
   if (!plan_.answersAlerts) {
     return true;
   }
-  const auto snapshot = ui::snapshotOf(view_);
-  if (!snapshot.alert) {
+  const auto alert = ui::alertOf(view_.deviceListView);
+  if (!alert) {
     return true;
   }
-  auto situation = snapshot.alert->title;
-  for (const auto& row : snapshot.rows) {
-    situation += row.serialNumber + ' ' + row.statusText;
+  auto situation = alert->title;
+  for (const auto& device : view_.deviceListView.deviceManager.managedDevices.get()) {
+    situation += fmt::format(" #{} {}", device.portSerialNumber, device.status);
   }
   if (++answers_[situation] > mostAnswers) {
     return false;
   }
-  view_.deviceListView.confirm(snapshot.alert->alert);
+  view_.deviceListView.confirm(alert->alert);
   return true;
 }
 
@@ -72,7 +74,7 @@ void ScriptedUser::look() {
 
 void ScriptedUser::begin() {
   const auto rows = view_.deviceListView.deviceManager.managedDevices.get();
-  if (plan_.firstRow < rows.size() && !ui::snapshotOf(view_).alert) {
+  if (plan_.firstRow < rows.size() && !ui::alertOf(view_.deviceListView)) {
     view_.deviceListView.select(rows[plan_.firstRow].id);
     view_.uploadClicked();
   }
