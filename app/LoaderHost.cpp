@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "foundation/Log.hpp"
 
@@ -12,9 +13,17 @@ foundation::Runtime& runtimeIn(void* context) {
   return *static_cast<foundation::Runtime*>(context);
 }
 
+std::function<void()>& lastAction() {
+  static std::function<void()> action;
+  return action;
+}
+
 /// Ends the process while its other threads run. std::exit() would destroy static objects under their feet;
 /// here the temporary files and the terminal are put in order (std::at_quick_exit) and nothing else.
 [[noreturn]] void endProcess(int exitStatus) {
+  if (lastAction()) {
+    lastAction()();
+  }
   std::fflush(nullptr);
   std::quick_exit(exitStatus);
 }
@@ -34,6 +43,10 @@ loader::host_calls loaderHostOn(foundation::Runtime& runtime) {
       .run_on_main_queue = [](void* context, void (*job)()) { runtimeIn(context).mainQueue().post(job); },
       .end_process = [](void*, int exitStatus) { endProcess(exitStatus); },
   };
+}
+
+void beforeProcessEnd(std::function<void()> action) {
+  lastAction() = std::move(action);
 }
 
 }  // namespace karvex::app

@@ -4,13 +4,13 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QStandardPaths>
-#include <csignal>
 #include <exception>
 #include <iostream>
 #include <memory>
 
 #include "app/KarvexCore.hpp"
 #include "app/SingleInstance.hpp"
+#include "app/StandardStreams.hpp"
 #include "app/WindowProgram.hpp"
 #include "foundation/Log.hpp"
 #include "ui/qt/SymbolIcon.hpp"
@@ -77,7 +77,7 @@ int run(int argumentCount, char** arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // Nobody may read what is printed, and that must not end a run.
+  app::secureStandardStreams();
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {

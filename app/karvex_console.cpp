@@ -1,11 +1,11 @@
 // Karvex behind a terminal front, for machines without a screen.
 
 #include <CLI/CLI.hpp>
-#include <csignal>
 #include <exception>
 #include <iostream>
 
 #include "app/KarvexCore.hpp"
+#include "app/StandardStreams.hpp"
 #include "app/TerminalPage.hpp"
 #include "foundation/Log.hpp"
 #include "ui/console/TerminalMode.hpp"
@@ -42,7 +42,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);  // A connection that its other end closes must not end a run.
+  app::secureStandardStreams();
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "app/StandardStreams.hpp"
 #include "app/rig/ApplicationCommand.hpp"
 #include "app/rig/LoadCommands.hpp"
 #include "app/rig/MidiCommands.hpp"
@@ -73,7 +74,8 @@ CLI::App& addProgramCommand(CLI::App& app, Choices& choices) {
       ->type_name("OUT.bin");
   program.add_option("--report", choices.load.reportFile, "what happened, as JSON")->type_name("OUT.json");
   program.footer("Faults:\n" + rig::describeFaults() +
-                 "\nExit status: 0 loaded and matching, 1 unknown MCU, 2 wrong use, 3 the load failed.");
+                 "\nExit status: 0 loaded and matching, 1 unknown MCU, 2 wrong use, 3 the load failed, or "
+                 "results could not be written.");
   return program;
 }
 
@@ -179,7 +181,8 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
                   "the time is "
                   "real)")
       ->check(CLI::IsMember({"window", "console"}));
-  command.add_flag("--yes", options.answersAlerts, "answer every alert with OK (only without a terminal)");
+  command.add_flag("--yes", options.answersAlerts,
+                   "answer every alert with OK (with --upgrade, or without a terminal)");
   addFaultOption(command, "--board", "N:FAULT[=VALUE]", options, addBoardFault);
   addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", options.serviceFaults, rig::addServiceFault);
   command.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
@@ -189,7 +192,8 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
       "  port-snatched          another program takes its serial port as soon as it has been found free\n"
       "\nFaults of the service:\n" +
       rig::describeServiceFaults() +
-      "\nExit status: 0 all devices of the run were upgraded, 2 wrong use, 3 not all were.");
+      "\nExit status: 0 all devices of the run were upgraded, 1 unknown MCU, 2 wrong use, 3 not all were, an "
+      "alert comes back whatever is answered, or results could not be written.");
 }
 
 int run(int argc, char** argv) {
@@ -243,8 +247,14 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  app::secureStandardStreams();
   try {
-    return run(argc, argv);
+    const int status = run(argc, argv);
+    if (!app::isOutputWritten()) {
+      std::cerr << "karvex-rig: standard output could not be written to its end.\n";
+      return status == app::exitLoaded ? app::exitLoadFailed : status;
+    }
+    return status;
   } catch (const std::exception& error) {
     std::cerr << "karvex-rig: " << error.what() << '\n';
     return app::exitLoadFailed;

@@ -46,7 +46,8 @@ std::optional<DeviceInfo> recordOf(const UsbDevice& device) {
   const auto product = device.idProduct.value_or(0);
   if (serialNumber.empty()) {
     foundation::log::system(
-        fmt::format("> KARVEX : USB device 16C0:{:04X} has no serial number : passed over", product));
+        fmt::format("> KARVEX : USB device 16C0:{:04X} has no {}serial number : passed over", product,
+                    device.serialNumber ? "usable " : ""));
     return std::nullopt;
   }
   const auto name = device.product.value_or("");

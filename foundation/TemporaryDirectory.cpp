@@ -58,10 +58,21 @@ class Directories {
   std::set<std::filesystem::path> paths_;
 };
 
+std::filesystem::path placeOfDirectories() {
+  std::error_code error;
+  auto place = std::filesystem::temp_directory_path(error);
+  if (error) {
+    const char* named = std::getenv("TMPDIR");  // NOLINT(concurrency-mt-unsafe): nobody sets the environment
+    throw std::system_error(error, named != nullptr ? std::string("TMPDIR is ") + named
+                                                    : std::string("No directory for temporary files"));
+  }
+  return place;
+}
+
 }  // namespace
 
 TemporaryDirectory::TemporaryDirectory() {
-  std::string name = std::filesystem::temp_directory_path() / "karvex-XXXXXX";
+  std::string name = placeOfDirectories() / "karvex-XXXXXX";
   if (::mkdtemp(name.data()) == nullptr) {
     throw std::system_error(errno, std::generic_category(), name);
   }

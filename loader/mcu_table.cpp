@@ -1,10 +1,9 @@
 #include "loader/mcu_table.hpp"
 
-#include <strings.h>
-
 #include <algorithm>
 #include <array>
 
+#include "loader/ascii.hpp"
 #include "loader/platform/host.hpp"
 
 namespace karvex::loader {
@@ -42,7 +41,7 @@ const mcu_entry* find_mcu(const char* mcu_name) {
     return nullptr;
   }
   const auto* found = std::find_if(table.begin(), table.end(), [mcu_name](const mcu_entry& mcu) {
-    return strcasecmp(mcu.name, mcu_name) == 0;
+    return is_same_ascii(mcu.name, mcu_name);
   });
   return found != table.end() ? found : nullptr;
 }

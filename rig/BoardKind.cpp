@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
+
+#include "loader/ascii.hpp"
 
 namespace karvex::rig {
 namespace {
@@ -51,10 +52,6 @@ constexpr std::array<BoardKind, 21> kinds = {{
     imxrt("TEENSY_MICROMOD", 16384 * KiB - 256 * KiB, 0x0281),
 }};
 
-bool sameLetter(char a, char b) {
-  return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-}
-
 }  // namespace
 
 std::span<const BoardKind> boardKinds() {
@@ -63,7 +60,7 @@ std::span<const BoardKind> boardKinds() {
 
 const BoardKind* findBoardKind(std::string_view mcu) {
   const auto* found = std::find_if(kinds.begin(), kinds.end(), [mcu](const BoardKind& kind) {
-    return std::equal(kind.mcu.begin(), kind.mcu.end(), mcu.begin(), mcu.end(), sameLetter);
+    return loader::is_same_ascii(kind.mcu, mcu);
   });
   return found != kinds.end() ? found : nullptr;
 }

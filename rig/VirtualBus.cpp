@@ -22,12 +22,12 @@ device::UsbDevice descriptorOf(const VirtualBoard& board) {
 }
 
 /// Brings the board up to the present and uses it. Whether its state, or what is settled about it, changed.
-template <typename Use>
-bool changesIn(VirtualBoard& board, foundation::TimePoint now, const Use& use) {
+bool changesIn(VirtualBoard& board, foundation::TimePoint now,
+               const std::function<void(VirtualBoard&)>& use) {
   const auto stateBefore = board.state();
   const auto changeBefore = board.changesAt();
   board.advanceTo(now);
-  use();
+  use(board);
   return board.state() != stateBefore || board.changesAt() != changeBefore;
 }
 
@@ -35,58 +35,79 @@ bool changesIn(VirtualBoard& board, foundation::TimePoint now, const Use& use) {
 
 VirtualBoard& VirtualBus::plugIn(std::unique_ptr<VirtualBoard> board) {
   VirtualBoard& plugged = *board;
+  std::size_t place = 0;
   {
     const std::lock_guard lock(mutex_);
+    place = boards_.size();
+    places_.emplace(board->serialNumber(), place);
     boards_.push_back(std::move(board));
   }
-  observers_.notify();
+  observers_.notify(place);
   return plugged;
 }
 
 bool VirtualBus::anyBoard(const std::function<bool(VirtualBoard&)>& use) {
   bool isFound = false;
-  bool hasChanged = false;
+  std::vector<std::size_t> changed;
   {
     const std::lock_guard lock(mutex_);
     const auto now = clock_.now();  // Under the lock, so that no board sees time go back.
-    for (const auto& board : boards_) {
-      hasChanged |= changesIn(*board, now, [&] { isFound = use(*board); });
-      if (isFound) {
-        break;
+    for (std::size_t place = 0; place < boards_.size() && !isFound; ++place) {
+      if (changesIn(*boards_[place], now, [&](VirtualBoard& board) { isFound = use(board); })) {
+        changed.push_back(place);
       }
     }
   }
-  if (hasChanged) {
-    observers_.notify();
+  for (const auto place : changed) {
+    observers_.notify(place);
   }
   return isFound;
 }
 
-std::vector<VirtualBus::BoardStatus> VirtualBus::boards() {
-  std::vector<BoardStatus> all;
-  anyBoard([&all](const VirtualBoard& board) {
-    all.push_back({.serialNumber = board.serialNumber(),
-                   .mcu = std::string(board.kind().mcu),
-                   .firmwareName = board.firmwareName(),
-                   .state = board.state(),
-                   .changesAt = board.changesAt()});
-    return false;
-  });
-  return all;
+void VirtualBus::useBoard(std::size_t place, const std::function<void(VirtualBoard&)>& use) {
+  bool hasChanged = false;
+  {
+    const std::lock_guard lock(mutex_);
+    hasChanged = changesIn(*boards_.at(place), clock_.now(), use);
+  }
+  if (hasChanged) {
+    observers_.notify(place);
+  }
 }
 
-foundation::Subscription VirtualBus::observeBoards(std::function<void()> callback) {
+VirtualBus::BoardStatus VirtualBus::boardAt(std::size_t place) {
+  BoardStatus status;
+  useBoard(place, [&status](const VirtualBoard& board) {
+    status = {.serialNumber = board.serialNumber(),
+              .mcu = std::string(board.kind().mcu),
+              .firmwareName = board.firmwareName(),
+              .state = board.state(),
+              .changesAt = board.changesAt()};
+  });
+  return status;
+}
+
+std::size_t VirtualBus::boardCount() const {
+  const std::lock_guard lock(mutex_);
+  return boards_.size();
+}
+
+foundation::Subscription VirtualBus::observeBoards(std::function<void(std::size_t place)> callback) {
   return observers_.add(std::move(callback));
 }
 
-bool VirtualBus::inspect(const std::string& serialNumber, const std::function<void(VirtualBoard&)>& look) {
-  return anyBoard([&](VirtualBoard& board) {
-    if (board.serialNumber() != serialNumber) {
+bool VirtualBus::inspect(std::string_view serialNumber, const std::function<void(VirtualBoard&)>& look) {
+  std::size_t place = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    const auto found = places_.find(serialNumber);
+    if (found == places_.end()) {
       return false;
     }
-    look(board);
-    return true;
-  });
+    place = found->second;
+  }
+  useBoard(place, look);
+  return true;
 }
 
 void VirtualBus::unplug(const std::string& serialNumber) {
@@ -101,13 +122,14 @@ void VirtualBus::repair(const std::string& serialNumber) {
 }
 
 bool VirtualBus::setLineSpeed(const std::string& serialNumber, std::uint32_t baud) {
-  return anyBoard([&](VirtualBoard& board) {
-    if (board.serialNumber() != serialNumber || board.state() != BoardState::running) {
-      return false;
+  bool isRunning = false;
+  inspect(serialNumber, [&](VirtualBoard& board) {
+    isRunning = board.state() == BoardState::running;
+    if (isRunning) {
+      board.setLineSpeed(clock_.now(), baud);
     }
-    board.setLineSpeed(clock_.now(), baud);
-    return true;
   });
+  return isRunning;
 }
 
 std::optional<VirtualBus::HalfKayBoard> VirtualBus::firstHalfKayBoard() {
@@ -125,20 +147,11 @@ std::optional<VirtualBus::HalfKayBoard> VirtualBus::firstHalfKayBoard() {
 
 ReportOutcome VirtualBus::sendReport(const HalfKayBoard& to, std::span<const std::uint8_t> report) {
   auto outcome = ReportOutcome::gone;
-  bool hasChanged = false;
-  {
-    const std::lock_guard lock(mutex_);
-    const auto now = clock_.now();
-    VirtualBoard& board = *boards_[to.place];
-    hasChanged = changesIn(board, now, [&] {
-      if (board.session() == to.session) {
-        outcome = board.takeReport(now, report);
-      }
-    });
-  }
-  if (hasChanged) {
-    observers_.notify();
-  }
+  useBoard(to.place, [&](VirtualBoard& board) {
+    if (board.session() == to.session) {
+      outcome = board.takeReport(clock_.now(), report);
+    }
+  });
   return outcome;
 }
 
@@ -157,10 +170,12 @@ int VirtualBus::forEachDevice(const std::function<void(const device::UsbDevice&)
 }
 
 bool VirtualBus::isPresent(const std::string& interfaceName) {
-  return anyBoard([&interfaceName](const VirtualBoard& board) {
-    return board.state() == BoardState::running &&
-           device::interfaceNameFor(board.serialNumber()) == interfaceName;
-  });
+  bool isRunning = false;
+  if (const auto serialNumber = device::serialNumberInInterfaceName(interfaceName)) {
+    inspect(*serialNumber,
+            [&](const VirtualBoard& board) { isRunning = board.state() == BoardState::running; });
+  }
+  return isRunning;
 }
 
 }  // namespace karvex::rig

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "device/platform/SerialInterfaces.hpp"
@@ -31,7 +33,7 @@ class VirtualBus final : public device::UsbBus, public device::SerialInterfaces 
   VirtualBoard& plugIn(std::unique_ptr<VirtualBoard> board);
 
   /// Calls `look` with the board of that serial number, brought up to the present. False if there is none.
-  bool inspect(const std::string& serialNumber, const std::function<void(VirtualBoard&)>& look);
+  bool inspect(std::string_view serialNumber, const std::function<void(VirtualBoard&)>& look);
 
   /// Pulls the plug of the board with that serial number.
   void unplug(const std::string& serialNumber);
@@ -48,16 +50,19 @@ class VirtualBus final : public device::UsbBus, public device::SerialInterfaces 
     std::string serialNumber;
     std::string mcu;
     std::string firmwareName;
-    BoardState state;
+    BoardState state{};
     std::optional<foundation::TimePoint> changesAt;  ///< when it enters another state by itself
   };
 
-  /// All boards at the present moment, in the order of their places, which boards never change.
-  std::vector<BoardStatus> boards();
+  /// The board at that place, from 0, at the present moment. Boards never change their places. Throws
+  /// std::out_of_range if there is none.
+  BoardStatus boardAt(std::size_t place);
+  std::size_t boardCount() const;
 
-  /// Calls back when a board was plugged in, when its state has changed, and when it has been settled that it
-  /// will; not when that time comes: nobody tells the bus. On the thread that used the bus, outside its lock.
-  [[nodiscard]] foundation::Subscription observeBoards(std::function<void()> callback);
+  /// Calls back with the place of a board when it was plugged in, when its state has changed, and when it has
+  /// been settled that it will; not when that time comes: nobody tells the bus. On the thread that used the
+  /// bus, outside its lock.
+  [[nodiscard]] foundation::Subscription observeBoards(std::function<void(std::size_t place)> callback);
 
   /// A board in its bootloader, in the visit that it is on.
   struct HalfKayBoard {
@@ -80,10 +85,14 @@ class VirtualBus final : public device::UsbBus, public device::SerialInterfaces 
   /// of what that changed.
   bool anyBoard(const std::function<bool(VirtualBoard&)>& use);
 
+  /// Likewise with the one board at that place, whatever the number of the others.
+  void useBoard(std::size_t place, const std::function<void(VirtualBoard&)>& use);
+
   foundation::Clock& clock_;
-  std::mutex mutex_;
+  mutable std::mutex mutex_;
   std::vector<std::unique_ptr<VirtualBoard>> boards_;
-  foundation::Observers<> observers_;
+  std::map<std::string, std::size_t, std::less<>> places_;  ///< by serial number, the first that has it
+  foundation::Observers<std::size_t> observers_;
 };
 
 }  // namespace karvex::rig

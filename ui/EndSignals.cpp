@@ -45,6 +45,13 @@ void handle(int signal) {
   errno = error;
 }
 
+/// A terminal shows Ctrl-C as "^C" and stays in that line, where the shell's prompt would follow.
+void endLineOfTerminal() {
+  if (isatty(STDERR_FILENO) != 0) {
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, "\n", 1);
+  }
+}
+
 std::optional<unsigned char> nextNote(int descriptor) {
   unsigned char signal = nobody;
   ssize_t length = 0;
@@ -91,6 +98,9 @@ void EndSignals::run() {
   bool hasAsked = false;
   std::optional<Clock::time_point> first;
   while (const auto signal = nextNote(descriptor_)) {
+    if (*signal == SIGINT) {
+      endLineOfTerminal();
+    }
     if (!std::exchange(hasAsked, true)) {
       ask_();
     }

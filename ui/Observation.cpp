@@ -28,6 +28,8 @@ Tone toneOfStatus(std::uint32_t status) {
   }
 }
 
+}  // namespace
+
 std::optional<AlertText> alertOf(const upgrade::DeviceListView& view) {
   const auto alert = std::ranges::find_if(upgrade::alertsInOrder, [&](auto one) { return view.isUp(one); });
   if (alert == upgrade::alertsInOrder.end()) {
@@ -35,8 +37,6 @@ std::optional<AlertText> alertOf(const upgrade::DeviceListView& view) {
   }
   return AlertText{*alert, std::string(upgrade::titleOf(*alert)), view.messageOf(*alert)};
 }
-
-}  // namespace
 
 DeviceRow rowOf(const records::BootableDevice& device) {
   const bool isUpToDate = device.currentVersion == device.firmwareVersion;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "foundation/Observers.hpp"
@@ -12,6 +13,8 @@
 namespace karvex::ui {
 
 DeviceRow rowOf(const records::BootableDevice& device);
+/// The alert that a front shows: the first that is up.
+std::optional<AlertText> alertOf(const upgrade::DeviceListView& view);
 Snapshot snapshotOf(const ContentView& view);
 
 /// Calls `changed` behind every change of what a snapshot shows, for as long as the result lives. More than

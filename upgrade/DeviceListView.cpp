@@ -44,6 +44,12 @@ DeviceListView::DeviceListView(const Platform& platform, NotificationManager& no
       timer_(foundation::Timer::repeating(platform.runtime.clock(), platform.runtime.mainQueue(),
                                           tickInterval, [this] { timerTick(); })) {}
 
+DeviceListView::~DeviceListView() {
+  if (hasNotificationHandler_) {
+    midiManager->setNotificationHandler(nullptr);
+  }
+}
+
 void DeviceListView::start(Task<> task) {
   ++tasksUnderWay_;
   foundation::spawn(platform_.runtime.mainQueue(), counted(std::move(task)));
@@ -96,6 +102,7 @@ Task<> DeviceListView::refreshDeviceList() {
 }
 
 void DeviceListView::installNotificationHandler() {
+  hasNotificationHandler_ = true;
   midiManager->setNotificationHandler([this](const midikit::io::MIDIIONotification& notification,
                                              midikit::io::ObservableMIDIManager& manager) {
     if (notification == midikit::io::MIDIIONotification::setupChanged()) {

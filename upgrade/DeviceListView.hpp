@@ -32,6 +32,10 @@ class DeviceListView {
   DeviceListView(const Platform& platform, NotificationManager& notificationManager,
                  std::shared_ptr<midikit::io::ObservableMIDIManager> midiManager,
                  SharedDeviceListModel& loadingViewModel);
+  /// Takes the handler of its notifications from the manager.
+  ~DeviceListView();
+  DeviceListView(const DeviceListView&) = delete;
+  DeviceListView& operator=(const DeviceListView&) = delete;
 
  private:
   const Platform platform_;
@@ -116,6 +120,7 @@ class DeviceListView {
 
   std::optional<foundation::Uuid> lastSelected_;
   bool wasLoading_ = false;
+  bool hasNotificationHandler_ = false;
   int tasksUnderWay_ = 0;
   foundation::Subscription selectionSubscription_;
   foundation::Subscription loadingSubscription_;

@@ -173,7 +173,9 @@ void DeviceListView::timerTick() {
   if (status == loader::LOAD_STATUS_SUCCESS) {
     return loadEnded(*selected);
   }
-  if (status == loader::LOAD_STATUS_ERROR_FILE_FORMAT || status == loader::LOAD_STATUS_ERROR_PROGRAM) {
+  const bool hasFailed =
+      status == loader::LOAD_STATUS_ERROR_FILE_FORMAT || status == loader::LOAD_STATUS_ERROR_PROGRAM;
+  if (hasFailed && loadingViewModel.loadingInProgress.get()) {
     stopRun(fmt::format("status {}, {}", status, loader::load_status_text(status)));
   }
 }

@@ -1,10 +1,12 @@
 #include "app/rig/ApplicationCommand.hpp"
 
 #include <fmt/format.h>
-#include <algorithm>
+
+#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "app/TerminalPage.hpp"
 #include "app/rig/RigPlatform.hpp"
@@ -24,19 +26,20 @@ namespace {
 /// The application's objects on the rig, and the front that shows them.
 class RigApplication {
  public:
-  RigApplication(const CommonOptions& common, const ApplicationOptions& options)
+  RigApplication(const CommonOptions& common, const ApplicationOptions& options,
+                 RunRecorder::EndListener endListener)
       : options_(options),
         runtime_(makeRuntime(common)),
         rig_(*runtime_, options.equipment, options.serviceFaults),
         app_(rig_.platform()),
         view_(rig_.platform(), app_),
         actions_(runtime_->mainQueue(), view_),
-        recorder_(rig_, view_, options.equipment) {
+        recorder_(rig_, view_, options.equipment, std::move(endListener)) {
     if (common.realTime && ui::console::TerminalMode::isPossible()) {
       page_ =
           std::make_unique<TerminalPage>(view_, actions_, [this] { runtime_->stopMain(); }, common.showLog);
     } else {
-      writeLines(options);
+      writeLines();
     }
   }
 
@@ -60,14 +63,14 @@ class RigApplication {
     }
     actions_.appear();
     runtime_->runMain();
-    return recorder_.record();
+    auto record = recorder_.record();
+    record.hasGivenUp = user_ && user_->hasGivenUp();
+    return record;
   }
 
  private:
-  void writeLines(const ApplicationOptions& options) {
-    lineFront_.emplace(view_, actions_,
-                       ui::console::LineFront::Options{.answersAlerts = options.answersAlerts,
-                                                       .write = [](auto line) { say(std::string(line)); }});
+  void writeLines() {
+    lineFront_.emplace(view_, [](auto line) { say(std::string(line)); });
     endSignals_.emplace([this] {
       runtime_->mainQueue().post([this] { lineFront_->quitWhenIdle([this] { runtime_->stopMain(); }); });
     });
@@ -92,51 +95,80 @@ bool isUpgraded(const RunRecord::Board& board) {
 
 std::string sentenceOf(const RunRecord::Board& board) {
   if (isUpgraded(board)) {
-    return fmt::format("{} {}: upgraded: {} blocks, its flash matches the file, and the service knows.",
-                       board.mcu, board.serialNumber, board.reports);
+    return fmt::format("{} {}: upgraded: {}, its flash matches the file, and the service knows.{}", board.mcu,
+                       board.serialNumber, counted(board.reports, "block"),
+                       board.isBack ? "" : hasNotComeBack);
   }
   const auto* flash = board.flashMatches ? "its flash matches the file" : "its flash is not the file's";
   return fmt::format("{} {}: NOT UPGRADED: {}, {}; it is {}.", board.mcu, board.serialNumber, flash,
                      board.isReported ? "the service knows" : "the service was not told", board.state);
 }
 
-/// What became of the boards from the row on that the run began with. True if all is well with all of them.
-bool tellResults(const RunRecord& record, std::size_t firstRow) {
+/// What became of the boards from the row on that the run began with.
+struct Summary {
+  std::string text;
+  bool isAllWell = false;
+};
+
+Summary summaryOf(const RunRecord& record, std::size_t firstRow) {
+  if (firstRow >= record.boards.size()) {
+    return {.text = fmt::format("There is no row {}.", firstRow + 1)};
+  }
+  Summary summary;
   std::size_t upgraded = 0;
   for (std::size_t place = firstRow; place < record.boards.size(); ++place) {
-    say(sentenceOf(record.boards[place]));
+    summary.text += sentenceOf(record.boards[place]) + '\n';
     upgraded += isUpgraded(record.boards[place]) ? 1U : 0U;
   }
-  const auto wanted = record.boards.size() - std::min(firstRow, record.boards.size());
-  say(fmt::format("{} of {} devices upgraded.", upgraded, wanted));
-  return wanted != 0 && upgraded == wanted;
+  const auto wanted = record.boards.size() - firstRow;
+  summary.text += fmt::format("{} of {} devices upgraded.", upgraded, wanted);
+  summary.isAllWell = upgraded == wanted;
+  return summary;
+}
+
+/// Said when the loader has ended the process, after the terminal has been given back. Never destroyed, as
+/// other threads go on meanwhile.
+std::string& lastWords() {
+  static auto* const text = new std::string;
+  return *text;
+}
+
+void sayLastWords() {
+  if (!lastWords().empty()) {
+    say(lastWords());
+  }
 }
 
 }  // namespace
 
 int runApplication(const CommonOptions& common, const ApplicationOptions& options) {
   std::ofstream report;
-  if (options.reportFile) {
-    report.open(*options.reportFile, std::ios::binary | std::ios::trunc);
-    if (!report) {
-      fmt::print(stderr, "karvex-rig: {} can't be written.\n", options.reportFile->string());
-      return exitWrongUse;
-    }
+  if (!openResults(report, options.reportFile)) {
+    return exitWrongUse;
   }
-  const auto record =
-      options.isInWindow ? runInWindow(common, options) : RigApplication(common, options).run();
-  if (report.is_open()) {
+  const auto firstRow = options.upgradeFrom.value_or(1) - 1;
+  const auto writeReport = [&](const RunRecord& record) {
     report << jsonOf(record);
-    report.close();
-    if (!report) {
-      fmt::print(stderr, "karvex-rig: {} could not be written to its end.\n", options.reportFile->string());
-      return exitLoadFailed;
-    }
+    return closeResults(report, options.reportFile);
+  };
+  std::at_quick_exit(sayLastWords);  // Ahead of the terminal's own, so that it comes after that.
+  const auto endListener = [&](const RunRecord& record) {
+    writeReport(record);
+    lastWords() = options.upgradeFrom ? summaryOf(record, firstRow).text : "";
+  };
+  const auto record = options.isInWindow ? runInWindow(common, options, endListener)
+                                         : RigApplication(common, options, endListener).run();
+  const bool isWritten = writeReport(record);
+  bool isAllWell = isWritten && !record.hasGivenUp;
+  if (record.hasGivenUp) {
+    fmt::print(stderr, "karvex-rig: the alert comes back whatever is answered.\n");
   }
-  if (!options.upgradeFrom) {
-    return exitLoaded;
+  if (options.upgradeFrom) {
+    const auto summary = summaryOf(record, firstRow);
+    say(summary.text);
+    isAllWell = isAllWell && summary.isAllWell;
   }
-  return tellResults(record, *options.upgradeFrom - 1) ? exitLoaded : exitLoadFailed;
+  return isAllWell ? exitLoaded : exitLoadFailed;
 }
 
 }  // namespace karvex::app

@@ -66,19 +66,11 @@ std::string objectionTo(const ProgramOptions& options) {
       return fmt::format("{} is the file to load; the results would overwrite it.", results->string());
     }
   }
+  if (options.reportsFile && options.reportFile && isSameFile(*options.reportsFile, *options.reportFile)) {
+    return fmt::format("{} can't be the file of the reports and that of the report.",
+                       options.reportFile->string());
+  }
   return {};
-}
-
-/// Opens a file for results, or says why that can't be done.
-bool openForWriting(std::ofstream& file, const std::optional<std::filesystem::path>& path) {
-  if (!path) {
-    return true;
-  }
-  file.open(*path, std::ios::binary | std::ios::trunc);
-  if (!file) {
-    fmt::print(stderr, "karvex-rig: {} can't be written.\n", path->string());
-  }
-  return file.good();
 }
 
 /// Lets the progress line follow the load.
@@ -90,18 +82,6 @@ LoadRequest withProgress(LoadRequest request, ProgressLine& progress) {
   return request;
 }
 
-/// Results that didn't reach their file are no results.
-bool isWritten(std::ofstream& file, const std::optional<std::filesystem::path>& path) {
-  if (!path) {
-    return true;
-  }
-  file.close();
-  if (!file) {
-    fmt::print(stderr, "karvex-rig: {} could not be written to its end.\n", path->string());
-  }
-  return file.good();
-}
-
 }  // namespace
 
 int runProgram(const CommonOptions& common, const ProgramOptions& options) {
@@ -111,7 +91,7 @@ int runProgram(const CommonOptions& common, const ProgramOptions& options) {
   }
   std::ofstream reports;
   std::ofstream report;
-  if (!openForWriting(reports, options.reportsFile) || !openForWriting(report, options.reportFile)) {
+  if (!openResults(reports, options.reportsFile) || !openResults(report, options.reportFile)) {
     return exitWrongUse;
   }
   ProgressLine progress;
@@ -136,9 +116,9 @@ int runProgram(const CommonOptions& common, const ProgramOptions& options) {
   const auto outcome = runLoad(*runtime, bus, withProgress(request, progress), writeReport);
   progress.clear();
   writeReport(outcome);
+  const bool reportsAreWritten = closeResults(reports, options.reportsFile);
+  const bool reportIsWritten = closeResults(report, options.reportFile);
   say(sentenceOf(outcome));
-  const bool reportsAreWritten = isWritten(reports, options.reportsFile);
-  const bool reportIsWritten = isWritten(report, options.reportFile);
   return outcome.isLoaded() && reportsAreWritten && reportIsWritten ? exitLoaded : exitLoadFailed;
 }
 

@@ -128,11 +128,8 @@ loader::host_calls LoadRecorder::hostCalls() {
       .run_on_global_queue = [](void* self, void (*job)()) { in(self).runWorker(job); },
       .run_on_main_queue =
           [](void* self, void (*job)()) { in(self).host_.run_on_main_queue(in(self).host_.context, job); },
-      .end_process =
-          [](void* self, int exitStatus) {
-            callIfSet(in(self).endListener_);
-            in(self).host_.end_process(in(self).host_.context, exitStatus);
-          },
+      .end_process = [](void* self,
+                        int exitStatus) { in(self).host_.end_process(in(self).host_.context, exitStatus); },
   };
 }
 

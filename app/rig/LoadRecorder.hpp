@@ -30,8 +30,6 @@ class LoadRecorder {
   void setProgressListener(std::function<void()> listener) { progressListener_ = std::move(listener); }
   /// Called before the loader prints, for whoever draws on the same terminal.
   void setTextListener(std::function<void()> listener) { textListener_ = std::move(listener); }
-  /// Called before the loader ends the process.
-  void setEndListener(std::function<void()> listener) { endListener_ = std::move(listener); }
 
   /// True from the moment in which the loader starts its worker until that has ended.
   bool workerIsRunning() const { return workerIsRunning_; }
@@ -57,7 +55,6 @@ class LoadRecorder {
   Timeline& timeline_;
   std::function<void()> progressListener_;
   std::function<void()> textListener_;
-  std::function<void()> endListener_;
   std::atomic<bool> workerIsRunning_ = false;
   std::atomic<int> searches_ = 0;
   std::atomic<int> opens_ = 0;

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <nlohmann/json.hpp>
 
+#include "app/rig/RigSupport.hpp"
 #include "loader/load.hpp"
 #include "loader/load_status.hpp"
 
@@ -76,9 +77,9 @@ std::string sentenceOf(const LoadOutcome& outcome) {
   if (!outcome.isLoaded()) {
     return fmt::format("{}: FAILED: {}{}", board, failureOf(outcome), reasonOf(outcome));
   }
-  const auto loaded = fmt::format("{}: loaded: {} blocks sent, board rebooted, its flash matches the file.",
-                                  board, outcome.reports);
-  return outcome.isBack ? loaded : loaded + " But it has not come back to the bus: plug it in again.";
+  auto loaded = fmt::format("{}: loaded: {} sent, board rebooted, its flash matches the file.", board,
+                            counted(outcome.reports, "block"));
+  return outcome.isBack ? loaded : loaded.append(hasNotComeBack);
 }
 
 }  // namespace karvex::app

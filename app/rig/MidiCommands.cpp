@@ -100,7 +100,7 @@ void plugInAnother(MidiRig& rig, std::size_t place) {
 /// Sends the report that ends a visit to the bootloader: an address that no block has.
 void bootFirst(MidiRig& rig) {
   if (const auto board = rig.bus.firstHalfKayBoard()) {
-    const auto* kind = rig::findBoardKind(rig.bus.boards().at(board->place).mcu);
+    const auto* kind = rig::findBoardKind(rig.bus.boardAt(board->place).mcu);
     const std::vector<std::uint8_t> report(kind->reportLength(), 0xFF);
     rig.bus.sendReport(*board, report);
   }

@@ -1,21 +1,25 @@
 #include "app/rig/RigCore.hpp"
 
+#include <utility>
+
 namespace karvex::app {
 
-RigCore::RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record)
+RigCore::RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record,
+                 RunRecorder::EndListener endListener)
     : options_(options),
       runtime_(makeRuntime(common)),
       rig_(*runtime_, options.equipment, options.serviceFaults),
       app_(rig_.platform()),
       view_(rig_.platform(), app_),
       actions_(runtime_->mainQueue(), view_),
-      recorder_(rig_, view_, options.equipment),
+      recorder_(rig_, view_, options.equipment, std::move(endListener)),
       record_(record) {}
 
 /// What runs on the global queue uses the others' state, so it ends first.
 RigCore::~RigCore() {
   runtime_->finish();
   record_ = recorder_.record();
+  record_.hasGivenUp = user_ && user_->hasGivenUp();
 }
 
 void RigCore::shown() {

@@ -17,7 +17,8 @@ namespace karvex::app {
 class RigCore final : public ApplicationCore {
  public:
   /// What happened is left in `record` at the end; it must outlive this object, as must the options.
-  RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record);
+  RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record,
+          RunRecorder::EndListener endListener);
   ~RigCore() override;
   RigCore(const RigCore&) = delete;
   RigCore& operator=(const RigCore&) = delete;

@@ -7,6 +7,7 @@
 
 #include "app/LoaderHost.hpp"
 #include "app/rig/LoadRecorder.hpp"
+#include "app/rig/RigSupport.hpp"
 #include "device/PortName.hpp"
 #include "foundation/Timer.hpp"
 #include "loader/load.hpp"
@@ -22,8 +23,6 @@ using std::chrono::milliseconds;
 
 constexpr std::uint32_t bootloaderRequestBaud = 134;
 constexpr milliseconds tick{250};
-/// A board that isn't back on the bus this long after its load has ended is not waited for.
-constexpr milliseconds mostTimeToReturn{10'000};
 
 /// One load from the request to the end of the watch.
 class RigLoad {
@@ -42,11 +41,12 @@ class RigLoad {
   }
 
   LoadOutcome run(const std::function<void(const LoadOutcome&)>& beforeEnd) {
-    recorder_.setEndListener([this, &beforeEnd] { beforeEnd(outcome()); });
+    beforeProcessEnd([this, &beforeEnd] { beforeEnd(outcome()); });
     listenToBoard([this](auto at, const std::string& event) { timeline_.add(at, event); });
     runtime_.mainQueue().post([this] { begin(); });
     runtime_.runMain();
     auto result = outcome();
+    beforeProcessEnd(nullptr);
     listenToBoard(nullptr);
     return result;
   }

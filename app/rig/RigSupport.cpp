@@ -17,8 +17,35 @@ std::unique_ptr<foundation::Runtime> makeRuntime(const CommonOptions& common) {
 }
 
 void say(const std::string& line) {
-  fmt::print("{}\n", line);
+  const auto text = line + '\n';
+  std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
+}
+
+std::string counted(std::uint64_t number, std::string_view thing) {
+  return fmt::format("{} {}{}", number, thing, number == 1 ? "" : "s");
+}
+
+bool openResults(std::ofstream& file, const std::optional<std::filesystem::path>& path) {
+  if (!path) {
+    return true;
+  }
+  file.open(*path, std::ios::binary | std::ios::trunc);
+  if (!file) {
+    fmt::print(stderr, "karvex-rig: {} can't be written.\n", path->string());
+  }
+  return file.good();
+}
+
+bool closeResults(std::ofstream& file, const std::optional<std::filesystem::path>& path) {
+  if (!path) {
+    return true;
+  }
+  file.close();
+  if (!file) {
+    fmt::print(stderr, "karvex-rig: {} could not be written to its end.\n", path->string());
+  }
+  return file.good();
 }
 
 void showBus(device::DeviceExplorer& explorer) {

@@ -1,7 +1,10 @@
 #include "app/rig/RunRecorder.hpp"
 
 #include <algorithm>
+#include <utility>
 
+#include "app/LoaderHost.hpp"
+#include "app/rig/RigSupport.hpp"
 #include "rig/ExpectedFlash.hpp"
 
 namespace karvex::app {
@@ -14,7 +17,8 @@ bool isCompletionOf(const rig::ServiceRequest& request, const std::string& seria
 
 }  // namespace
 
-RunRecorder::RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan)
+RunRecorder::RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan,
+                         EndListener endListener)
     : rig_(rig), view_(view), boards_(plan.boards), record_{.start = rig.runtime.clock().now()} {
   for (std::size_t place = 0; place < boards_; ++place) {
     const auto serialNumber = serialNumberOf(place);
@@ -25,9 +29,13 @@ RunRecorder::RunRecorder(RigPlatform& rig, ui::ContentView& view, const Equipmen
   }
   lookAtControls();
   subscriptions_ = ui::observe(view, [this] { look(); });
+  subscriptions_.push_back(view.deviceListView.deviceManager.managedDevices.observe(
+      [this](const auto& devices) { lookAtRows(devices); }));
+  beforeProcessEnd([this, endListener = std::move(endListener)] { endListener(record()); });
 }
 
 RunRecorder::~RunRecorder() {
+  beforeProcessEnd(nullptr);
   for (const auto& [serialNumber, timeline] : timelines_) {
     rig_.bus.inspect(serialNumber, [](rig::VirtualBoard& board) { board.setEventListener(nullptr); });
   }
@@ -35,19 +43,29 @@ RunRecorder::~RunRecorder() {
 
 void RunRecorder::look() {
   const auto now = rig_.runtime.clock().now();
-  for (const auto& device : view_.deviceListView.deviceManager.managedDevices.get()) {
-    auto& statuses = record_.statuses[device.portSerialNumber];
-    if (statuses.empty() || statuses.back().status != device.status) {
-      statuses.push_back({now, device.status});
-    }
-  }
-  const auto alert = ui::snapshotOf(view_).alert;
+  const auto alert = ui::alertOf(view_.deviceListView);
   const auto title = alert ? alert->title : std::string();
   if (alert && title != lastDialog_) {
     record_.dialogs.push_back({now, alert->title, alert->message});
   }
   lastDialog_ = title;
   lookAtControls();
+}
+
+/// Of a long list, most rows are at each change as they were.
+void RunRecorder::lookAtRows(const std::vector<records::BootableDevice>& devices) {
+  rows_.resize(devices.size());
+  for (std::size_t place = 0; place < devices.size(); ++place) {
+    const auto& device = devices[place];
+    const std::pair row(device.id, device.status);
+    if (std::exchange(rows_[place], row) == row) {
+      continue;
+    }
+    auto& statuses = record_.statuses[device.portSerialNumber];
+    if (statuses.empty() || statuses.back().status != device.status) {
+      statuses.push_back({rig_.runtime.clock().now(), device.status});
+    }
+  }
 }
 
 void RunRecorder::lookAtControls() {
@@ -67,9 +85,11 @@ void RunRecorder::lookAtControls() {
 
 RunRecord::Board RunRecorder::boardAt(std::size_t place) const {
   RunRecord::Board result{.serialNumber = serialNumberOf(place)};
+  const auto now = rig_.runtime.clock().now();
   rig_.bus.inspect(result.serialNumber, [&](const rig::VirtualBoard& board) {
     const auto expected = rig::expectedFlash(firmwareAt(place), board.kind());
     result.mcu = board.kind().mcu;
+    result.isBack = board.isOnBus() || (board.changesAt() && *board.changesAt() - now <= mostTimeToReturn);
     result.state = nameOf(board.state());
     result.reports = board.blocksTaken();
     result.bootReport = board.hasBooted();

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app/rig/RigPlatform.hpp"
@@ -40,6 +42,7 @@ struct RunRecord {
     bool bootReport = false;
     bool flashMatches = false;  ///< with the file that the service lists for it
     bool isReported = false;    ///< the service was told of its upgrade
+    bool isBack = false;        ///< it is on the bus, or will be in a moment
     std::vector<Timeline::Entry> timeline;
   };
 
@@ -49,13 +52,17 @@ struct RunRecord {
   std::vector<ControlsAt> controls;
   std::vector<rig::ServiceRequest> requests;
   std::vector<Board> boards;
+  bool hasGivenUp = false;  ///< an alert came back whatever was answered, which ended the run
 };
 
 /// Writes the record while the application runs. Main thread; the boards' events may come on any.
 class RunRecorder {
  public:
+  /// Given the record when the loader ends the process.
+  using EndListener = std::function<void(const RunRecord&)>;
+
   /// All must outlive the recorder.
-  RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan);
+  RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan, EndListener endListener);
   ~RunRecorder();
   RunRecorder(const RunRecorder&) = delete;
   RunRecorder& operator=(const RunRecorder&) = delete;
@@ -65,6 +72,7 @@ class RunRecorder {
 
  private:
   void look();
+  void lookAtRows(const std::vector<records::BootableDevice>& devices);
   void lookAtControls();
   RunRecord::Board boardAt(std::size_t place) const;
 
@@ -73,6 +81,7 @@ class RunRecorder {
   const std::size_t boards_;
   RunRecord record_;
   std::map<std::string, Timeline> timelines_;
+  std::vector<std::pair<foundation::Uuid, std::uint32_t>> rows_;  ///< and the status of each at the last look
   std::string lastDialog_;
   std::vector<foundation::Subscription> subscriptions_;
 };

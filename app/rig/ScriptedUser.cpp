@@ -1,5 +1,7 @@
 #include "app/rig/ScriptedUser.hpp"
 
+#include <fmt/format.h>
+
 #include <chrono>
 #include <utility>
 
@@ -8,6 +10,9 @@ namespace {
 
 /// How often the user looks. Half a tick behind the table's own tick, so that what that changes is seen soon.
 constexpr std::chrono::milliseconds glance{125};
+
+/// How often an alert is answered that comes back to the same rows.
+constexpr int mostAnswers = 2;
 
 }  // namespace
 
@@ -23,11 +28,40 @@ ScriptedUser::ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, 
 /// No task is under way, and no alert waits for an answer that will come.
 bool ScriptedUser::isQuiet() const {
   return view_.deviceListView.tasksUnderWay() == 0 && !view_.loadingViewModel.loadingInProgress.get() &&
-         !(plan_.answersAlerts && ui::snapshotOf(view_).alert);
+         !(plan_.answersAlerts && ui::alertOf(view_.deviceListView));
+}
+
+/// Answers the alert that is up, if there is one. False if that has been tried: the same alert came back to
+/// the same rows.
+bool ScriptedUser::answersAlert() {
+  if (!plan_.answersAlerts) {
+    return true;
+  }
+  const auto alert = ui::alertOf(view_.deviceListView);
+  if (!alert) {
+    return true;
+  }
+  auto situation = alert->title;
+  for (const auto& device : view_.deviceListView.deviceManager.managedDevices.get()) {
+    situation += fmt::format(" #{} {}", device.portSerialNumber, device.status);
+  }
+  if (++answers_[situation] > mostAnswers) {
+    return false;
+  }
+  view_.deviceListView.confirm(alert->alert);
+  return true;
 }
 
 void ScriptedUser::look() {
-  if (step_ == Step::done || !isQuiet()) {
+  if (step_ == Step::done) {
+    return;
+  }
+  if (!answersAlert()) {
+    hasGivenUp_ = true;
+    step_ = Step::done;
+    return done_();
+  }
+  if (!isQuiet()) {
     return;
   }
   if (step_ == Step::waitingForList) {
@@ -40,10 +74,9 @@ void ScriptedUser::look() {
 
 void ScriptedUser::begin() {
   const auto rows = view_.deviceListView.deviceManager.managedDevices.get();
-  if (plan_.firstRow < rows.size() && !ui::snapshotOf(view_).alert) {
+  if (plan_.firstRow < rows.size() && !ui::alertOf(view_.deviceListView)) {
     view_.deviceListView.select(rows[plan_.firstRow].id);
     view_.uploadClicked();
-    hasRun_ = view_.loadingViewModel.loadingInProgress.get();
   }
   step_ = Step::running;
 }

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "foundation/Observers.hpp"
@@ -12,8 +14,8 @@
 
 namespace karvex::app {
 
-/// Upgrades without a hand: when the list has come, selects a row and clicks on the Upload button, and tells
-/// when the run is over and everything that it started has ended. Main thread.
+/// Upgrades without a hand: when the list has come, selects a row and clicks on the Upload button, answers
+/// alerts if it is to, and tells when the run is over and everything that it started has ended. Main thread.
 class ScriptedUser {
  public:
   struct Plan {
@@ -24,9 +26,8 @@ class ScriptedUser {
   /// `done` is called once. All must outlive this object.
   ScriptedUser(foundation::Runtime& runtime, ui::ContentView& view, Plan plan, std::function<void()> done);
 
-  /// False as long as the run could not be begun: no such row, a device that can't be upgraded, or an alert
-  /// that is up.
-  bool hasBegun() const { return step_ == Step::running || hasRun_; }
+  /// True if an alert came back whatever was answered; that ends the run.
+  bool hasGivenUp() const { return hasGivenUp_; }
 
  private:
   enum class Step { waitingForList, running, done };
@@ -34,13 +35,15 @@ class ScriptedUser {
   void look();
   void begin();
   bool isQuiet() const;
+  bool answersAlert();
 
   foundation::Runtime& runtime_;
   ui::ContentView& view_;
   Plan plan_;
   std::function<void()> done_;
   Step step_ = Step::waitingForList;
-  bool hasRun_ = false;
+  bool hasGivenUp_ = false;
+  std::map<std::string, int> answers_;  ///< by the alert and the rows that it came to
   foundation::Timer timer_;
 };
 

@@ -12,7 +12,8 @@ bool hasDisplay() {
   return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& options) {
+RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& options,
+                      const RunRecorder::EndListener& endListener) {
   // The toolkit keeps both for as long as it runs, and would take options of its own out of the real ones.
   static int count = 1;
   static char name[] = "karvex-rig";
@@ -21,7 +22,7 @@ RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& opt
   RunRecord record;
   auto inRealTime = common;
   inRealTime.realTime = true;
-  WindowProgram([&] { return std::make_unique<RigCore>(inRealTime, options, record); }).run();
+  WindowProgram([&] { return std::make_unique<RigCore>(inRealTime, options, record, endListener); }).run();
   return record;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/rig/ApplicationCommand.hpp"
-#include "app/rig/RunReport.hpp"
+#include "app/rig/RunRecorder.hpp"
 
 namespace karvex::app {
 
@@ -11,6 +11,7 @@ bool hasDisplay();
 /// The whole application on simulated equipment in a window, in real time, until it is closed. With
 /// `upgradeFrom`, it runs to the end without a hand and closes by itself. Gives what happened. On the
 /// process's main thread.
-RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& options);
+RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& options,
+                      const RunRecorder::EndListener& endListener);
 
 }  // namespace karvex::app

@@ -13,7 +13,7 @@ struct UsbDevice {
   std::optional<std::int32_t> idVendor;
   std::optional<std::int32_t> idProduct;
   std::optional<std::int32_t> bcdDevice;
-  std::optional<std::string> serialNumber;
+  std::optional<std::string> serialNumber;  ///< empty if the device has one that can't be used
   std::optional<std::string> product;
 };
 

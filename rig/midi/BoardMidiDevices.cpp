@@ -1,6 +1,5 @@
 #include "rig/midi/BoardMidiDevices.hpp"
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -35,47 +34,41 @@ struct BoardMidiDevices::State : std::enable_shared_from_this<State> {
   struct Device {
     MIDIObjectRef ref;
     bool isOffline;
+    foundation::Timer timer;  ///< until the board changes by itself
   };
 
   State(foundation::Runtime& itsRuntime, VirtualBus& itsBus, VirtualMidiService& itsService)
       : runtime(itsRuntime), bus(itsBus), service(itsService), queue(itsRuntime.globalQueue()) {}
 
-  /// What is new of the bus goes to the service.
-  void refresh() {
+  /// What is new of the board at that place goes to the service. Devices stand in the order of the places.
+  void refresh(std::size_t place) {
     const std::lock_guard lock(mutex);
     if (isClosed) {
       return;
     }
-    const auto boards = bus.boards();
-    std::optional<foundation::TimePoint> next;
-    for (std::size_t place = 0; place < boards.size(); ++place) {
-      refresh(place, boards[place]);
-      if (const auto at = boards[place].changesAt) {
-        next = std::min(next.value_or(*at), *at);
-      }
+    while (devices.size() <= place) {
+      const auto board = bus.boardAt(devices.size());
+      devices.push_back({.ref = service.addDevice(describe(board)), .isOffline = isOffline(board)});
     }
-    timer.cancel();
-    if (next) {
-      timer = foundation::Timer::oneShot(runtime.clock(), queue, *next - runtime.clock().now(),
-                                         [weak = weak_from_this()] {
-                                           if (const auto self = weak.lock()) {
-                                             self->refresh();
-                                           }
-                                         });
+    const auto board = bus.boardAt(place);
+    auto& device = devices[place];
+    if (device.isOffline != isOffline(board)) {
+      device.isOffline = isOffline(board);
+      service.setPropertyThroughout(device.ref, kMIDIPropertyOffline, device.isOffline ? 1 : 0);
     }
-  }
-
-  void refresh(std::size_t place, const VirtualBus::BoardStatus& board) {
-    if (place == devices.size()) {
-      devices.push_back({service.addDevice(describe(board)), isOffline(board)});
-    } else if (devices[place].isOffline != isOffline(board)) {
-      devices[place].isOffline = isOffline(board);
-      service.setPropertyThroughout(devices[place].ref, kMIDIPropertyOffline, isOffline(board) ? 1 : 0);
+    device.timer.cancel();
+    if (board.changesAt) {
+      device.timer = foundation::Timer::oneShot(
+          runtime.clock(), queue, *board.changesAt - runtime.clock().now(), [weak = weak_from_this(), place] {
+            if (const auto self = weak.lock()) {
+              self->refresh(place);
+            }
+          });
     }
   }
 
-  void refreshSoon() {
-    queue.post([self = shared_from_this()] { self->refresh(); });
+  void refreshSoon(std::size_t place) {
+    queue.post([self = shared_from_this(), place] { self->refresh(place); });
   }
 
   foundation::Runtime& runtime;
@@ -85,24 +78,27 @@ struct BoardMidiDevices::State : std::enable_shared_from_this<State> {
   std::mutex
       mutex;  ///< of all below; held while bus and service are asked, which never call back under theirs
   std::vector<Device> devices;
-  foundation::Timer timer;
   bool isClosed = false;
 };
 
 BoardMidiDevices::BoardMidiDevices(foundation::Runtime& runtime, VirtualBus& bus, VirtualMidiService& service)
     : state_(std::make_shared<State>(runtime, bus, service)),
-      subscription_(bus.observeBoards([weak = std::weak_ptr(state_)] {
+      subscription_(bus.observeBoards([weak = std::weak_ptr(state_)](std::size_t place) {
         if (const auto state = weak.lock()) {
-          state->refreshSoon();
+          state->refreshSoon(place);
         }
       })) {
-  state_->refresh();
+  for (std::size_t place = 0; place < bus.boardCount(); ++place) {
+    state_->refresh(place);
+  }
 }
 
 BoardMidiDevices::~BoardMidiDevices() {
   const std::lock_guard lock(state_->mutex);
   state_->isClosed = true;
-  state_->timer.cancel();
+  for (auto& device : state_->devices) {
+    device.timer.cancel();
+  }
 }
 
 std::vector<MIDIObjectRef> BoardMidiDevices::devices() const {

@@ -8,12 +8,15 @@
 #include <fstream>
 #include <future>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <thread>
+#include <variant>
 
 #include "foundation/TemporaryDirectory.hpp"
+#include "loader/ascii.hpp"
 #include "rig/service/CertificateAuthority.hpp"
 #include "rig/service/DeliberateWaits.hpp"
 #include "rig/service/ServiceAnswer.hpp"
@@ -66,7 +69,13 @@ std::optional<std::string> readBelow(const fs::path& directory, const std::strin
     return std::nullopt;
   }
   std::ifstream stream(file, std::ios::binary);
-  return stream ? std::optional(std::string(std::istreambuf_iterator<char>(stream), {})) : std::nullopt;
+  const auto size = fs::file_size(file, error);
+  if (error) {
+    return std::nullopt;
+  }
+  std::string contents(size, '\0');  // At once: one that grew would take a multiple of the memory.
+  const bool isRead = stream.read(contents.data(), static_cast<std::streamsize>(size)).good();
+  return isRead ? std::optional(std::move(contents)) : std::nullopt;
 }
 
 std::vector<std::pair<std::string, std::string>> sentHeaders(const httplib::Headers& headers) {
@@ -125,11 +134,8 @@ void send(const httplib::Request& request, httplib::Response& response, const Se
 }  // namespace
 
 std::string_view ServiceRequest::header(std::string_view name) const {
-  const auto sameLetter = [](char a, char b) {
-    return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-  };
   const auto found = std::find_if(headers.begin(), headers.end(), [&](const auto& header) {
-    return std::equal(header.first.begin(), header.first.end(), name.begin(), name.end(), sameLetter);
+    return loader::is_same_ascii(header.first, name);
   });
   return found != headers.end() ? std::string_view(found->second) : std::string_view();
 }
@@ -154,6 +160,11 @@ class EmbeddedService::Server {
 
   const std::string& baseAddress() const { return baseAddress_; }
   const fs::path& caFile() const { return caFile_; }
+
+  void setDevices(std::span<const ServedDevice> devices) {
+    const std::lock_guard lock(mutex_);
+    list_ = std::vector(devices.begin(), devices.end());
+  }
 
   void setListText(std::string text) {
     const std::lock_guard lock(mutex_);
@@ -263,11 +274,29 @@ class EmbeddedService::Server {
                          .path = request.target,
                          .headers = sentHeaders(request.headers),
                          .body = request.body});
+    if (place == ServicePlace::complete) {
+      upgraded_[request.get_param_value("DEVICE_SERIAL_NUMBER")] =
+          request.get_param_value("DEVICE_FIRMWARE_VERSION");
+    }
     const auto* fault = faults_.answerAt(place);
     return {.place = place,
             .delay = faults_.delayAt(place),
             .fault = fault != nullptr ? std::optional(*fault) : std::nullopt,
-            .list = list_};
+            .list = place == ServicePlace::list ? currentList() : std::string()};
+  }
+
+  /// The list with what the service was told of since it started. Under the lock.
+  std::string currentList() const {
+    if (const auto* text = std::get_if<std::string>(&list_)) {
+      return *text;
+    }
+    auto devices = std::get<std::vector<ServedDevice>>(list_);
+    for (auto& device : devices) {
+      if (const auto told = upgraded_.find(device.deviceSerialNumber); told != upgraded_.end()) {
+        device.currentVersion = told->second;
+      }
+    }
+    return listText(devices);
   }
 
   void answer(const httplib::Request& request, httplib::Response& response) {
@@ -318,7 +347,8 @@ class EmbeddedService::Server {
   std::string baseAddress_;
   mutable std::mutex mutex_;
   ServiceFaults faults_;
-  std::string list_ = listText({});
+  std::variant<std::vector<ServedDevice>, std::string> list_;
+  std::map<std::string, std::string> upgraded_;  ///< the version that each device was upgraded to
   std::vector<ServiceRequest> requests_;
   DeliberateWaits waits_;
   ServiceConnections connections_;
@@ -345,7 +375,7 @@ foundation::TransferPolicy EmbeddedService::transferPolicy() const {
 }
 
 void EmbeddedService::setDevices(std::span<const ServedDevice> devices) {
-  server_->setListText(listText(devices));
+  server_->setDevices(devices);
 }
 
 void EmbeddedService::setListText(std::string text) {

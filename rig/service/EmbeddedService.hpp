@@ -61,7 +61,8 @@ class EmbeddedService {
   /// How this program's own sessions reach the service: with trust in its authority, and past any proxy.
   foundation::TransferPolicy transferPolicy() const;
 
-  /// What the list request is answered with from now on: devices, or any text.
+  /// What the list request is answered with from now on: devices, or any text. A device whose upgrade the
+  /// service was ever told of, however that was answered, is listed with the version that it was told.
   void setDevices(std::span<const ServedDevice> devices);
   void setListText(std::string text);
 

@@ -119,8 +119,9 @@ TEST_F(DeviceExplorerTest, ADeviceWithoutASerialNumberIsPassedOverWithOneLine) {
   bus.devices = {board(0x0483, 0x0280, std::nullopt), board(0x0476, 0x0280, ""), board(0x0483)};
   explorer.scanUSBDevices();
   EXPECT_EQ(explorer.devices.get().size(), 1U);
-  EXPECT_THAT(logged, ElementsAre("> KARVEX : USB device 16C0:0483 has no serial number : passed over",
-                                  "> KARVEX : USB device 16C0:0476 has no serial number : passed over"));
+  EXPECT_THAT(logged,
+              ElementsAre("> KARVEX : USB device 16C0:0483 has no serial number : passed over",
+                          "> KARVEX : USB device 16C0:0476 has no usable serial number : passed over"));
 }
 
 TEST_F(DeviceExplorerTest, ObserversSeeTheListEmptiedAndGrow) {

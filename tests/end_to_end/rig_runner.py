@@ -54,7 +54,7 @@ class Rig:
     """The program under test, with a place for what it writes. One run at a time."""
 
     def __init__(self, program: Path, directory: Path) -> None:
-        self._program = program
+        self.program = program
         self._directory = directory
         self._stream = directory / "reports.bin"
         self._report = directory / "report.json"
@@ -76,7 +76,7 @@ class Rig:
         stream, report = self._stream, self._report
         for file in (stream, report):
             file.unlink(missing_ok=True)
-        command = [str(self._program), "program", *arguments]
+        command = [str(self.program), "program", *arguments]
         with stdout.open("wb") as output, stderr.open("wb") as errors:
             process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=errors)
             watchdog = threading.Timer(RUN_LIMIT_SECONDS, process.kill)

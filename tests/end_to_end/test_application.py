@@ -76,7 +76,9 @@ def each_fault_is_told_with_its_device(application: Application) -> None:
             (("--board", "2:port-snatched"), stops_at_second, "Could not switch device to programming mode"),
             (("--board", "2:vanishes=1"), stops_at_second, None),
             (("--board", "2:refuses-for-good"), stops_at_second, None),
+            (("--board", "2:access-denied"), stops_at_second, "Device already in programming mode"),
             (("--board", "2:returns-late=600"), [done] * 3, "Upgrade Procedure Complete"),
+            (("--board", "3:never-returns"), [done] * 3, "Upgrade Procedure Complete"),
             (("--service", "not-found@firmware"), [not_done] * 3, "An error occurred during upload"),
             (("--service", "cut-off@firmware"), [not_done] * 3, "Could not download Firmware file"),
             (("--service", "wrong-certificate"), [not_done] * 3, None),
@@ -89,6 +91,8 @@ def each_fault_is_told_with_its_device(application: Application) -> None:
             require_equal(f"{name}: exit status", run.exit_status, expected)
             for serial, state in zip(serials_of(run.report), states):
                 require(any(f" {serial}: {state}" in line for line in run.lines), f"{name}: {run.lines[-5:]}")
+            require_equal(f"{name}: a board that stays away is told of",
+                          any(line.endswith("plug it in again.") for line in run.lines), "never-returns" in name)
             titles = [dialog["title"] for dialog in run.report["dialogs"]]
             require(title is None or titles[:1] == [title], f"{name}: dialogs {titles}")
 
@@ -101,6 +105,8 @@ def a_board_in_its_bootloader_comes_first(application: Application) -> None:
     require_equal("dialogs", [dialog["title"] for dialog in run.report["dialogs"]],
                   ["Device already in programming mode"])
     require_equal("states", [board["state"] for board in run.report["boards"]], ["running", "halfkay", "running"])
+    require_equal("exit status, if it can't be brought back",
+                  application.upgrade(3, *arguments, "--board", "2:access-denied", "--yes").exit_status, 3)
     run = application.upgrade(3, *arguments, "--yes")
     require_upgraded(run, 3)
     require_equal("dialogs", [dialog["title"] for dialog in run.report["dialogs"]],
@@ -108,7 +114,8 @@ def a_board_in_its_bootloader_comes_first(application: Application) -> None:
 
 
 def a_row_that_is_not_there(application: Application) -> None:
-    require_equal("exit status", application.run("--upgrade", "4", "--boards", "3").exit_status, 3)
+    run = application.run("--upgrade", "4", "--boards", "3")
+    require_equal("exit status and reason", (run.exit_status, run.lines[-1]), (3, "There is no row 4."))
     require_equal("no board", application.run("--upgrade", "1", "--boards", "0").exit_status, 3)
     run = application.run("--upgrade", "3", "--boards", "3")
     require_equal("exit status from the last row on", run.exit_status, 0)

@@ -5,9 +5,11 @@ Run: python3 test_bad_input.py --program PATH
 
 import argparse
 from collections.abc import Callable
+import json
 import os
 from pathlib import Path
 from random import Random
+import subprocess
 import sys
 import threading
 
@@ -253,7 +255,7 @@ def what_is_no_regular_file(rig: Rig, directory: Path) -> None:
     pipe, link = directory / "pipe", directory / "link"
     os.mkfifo(pipe)
     link.symlink_to(pipe)
-    for file in (pipe, link, Path("/dev/null")):
+    for file in (pipe, link, Path("/dev/zero")):
         run = rig.load(file, MCU_NAME)
         require_equal("exit status", run.exit_status, 2)
         require("no regular file" in run.stderr, f"standard error is {run.stderr[:300]!r}")
@@ -268,8 +270,23 @@ def results_over_the_file(rig: Rig, directory: Path) -> None:
             run = rig.run_plainly(str(loaded), "--mcu", MCU_NAME, option, str(results))
             require_equal("exit status", run.exit_status, 2)
             require("would overwrite it" in run.stderr, f"standard error is {run.stderr[:300]!r}")
+    same = str(directory / "results")
+    run = rig.run_plainly(str(file), "--mcu", MCU_NAME, "--reports", same, "--report", same)
+    require_equal("exit status with one file for both results", run.exit_status, 2)
     require_equal("the file to load", file.read_bytes(), good_file())
     require(not missing.exists(), "a file was made that was to be loaded")
+
+
+def output_that_nobody_takes(rig: Rig, directory: Path) -> None:
+    """The results are whole all the same. Only what is lost is a failure, not what nobody wants."""
+    file, report = directory / "good.hex", directory / "report.json"
+    file.write_bytes(good_file())
+    for redirection, expected in ((">&-", 0), ("2>&-", 0), ("<&- >&- 2>&-", 0), ("| true", 0), (">/dev/full", 3)):
+        command = f'"$0" program "$1" --mcu {MCU_NAME} --report "$2" {redirection}'
+        ended = subprocess.run(["bash", "-o", "pipefail", "-c", command, rig.program, file, report],
+                               stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        require_equal(f"exit status with {redirection}", ended.returncode, expected)
+        require(json.loads(report.read_bytes())["flash_matches"], f"the report with {redirection}")
 
 
 CHECKS: tuple[Callable[[Rig, Path], None], ...] = (
@@ -278,6 +295,7 @@ CHECKS: tuple[Callable[[Rig, Path], None], ...] = (
     a_directory,
     what_is_no_regular_file,
     results_over_the_file,
+    output_that_nobody_takes,
     an_unreadable_file,
     an_empty_file,
     a_binary_file,

@@ -57,6 +57,7 @@ def an_unknown_MCU_ends_the_process(application: Application) -> None:
         for front in fronts:
             require_ended(front, 1)
             require(complaint in front.errors(), f"{type(front).__name__}: {front.last_words()!r}")
+            require_equal("boards in the report", len(front.report()["boards"]), 1)
 
 
 def what_went_wrong_is_told_behind_the_page(application: Application) -> None:
@@ -64,6 +65,7 @@ def what_went_wrong_is_told_behind_the_page(application: Application) -> None:
         require_ended(terminal, 1)
         behind = terminal.screen.split("\x1b[?1049l")[-1]
         require('Unknown MCU type "TEENSY99"' in behind, f"behind the page stands {behind!r}")
+        require(behind.endswith("0 of 1 devices upgraded.\r\n"), f"behind the page stands {behind!r}")
 
 
 def a_signal_ends_an_idle_program(application: Application) -> None:

@@ -1,5 +1,6 @@
 #include "loader/mcu_table.hpp"
 
+#include "loader/ascii.hpp"
 #include "loader/load_status.hpp"
 #include "tests/loader/loader_fixture.hpp"
 
@@ -15,6 +16,7 @@ TEST_F(McuTableTest, ANameIsFoundInAnyLetterCaseAndOnlyWhole) {
   select_mcu("AT90USB162");
   EXPECT_EQ(code_size, 15'872);
   EXPECT_EQ(block_size, 128);
+  static_assert(is_same_ascii("TeEnSy_MicroMod", "teensy_mIcRoMOD"), "whatever the user's language is");
   for (const char* wrong : {"TEENSY", "TEENSY400", " TEENSY40", ""}) {
     EXPECT_EQ(find_mcu(wrong), nullptr) << wrong;
   }

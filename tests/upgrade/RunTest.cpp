@@ -35,6 +35,15 @@ TEST(RunTest, UpgradesEachDeviceFromTheSelectedOneOn) {
   EXPECT_EQ(bench.logged.back(), "> KARVEX : End of loading Sequence");
 }
 
+TEST(RunTest, TheServiceRemembersWhatItWasToldOf) {
+  RunBench bench(1);
+  bench.appear();
+  bench.upgradeFrom(0);
+  bench.confirm(Alert::procedureComplete);
+  bench.refresh();
+  EXPECT_EQ(bench.rows()[0].currentVersion, bench.rows()[0].firmwareVersion);
+}
+
 TEST(RunTest, WaitsTheFinishedDevicesDelayAndThenLooksForTheNext) {
   RunBench bench(2);
   bench.list(0, [](auto& device) { device.setupDelay = 4'294'968; });

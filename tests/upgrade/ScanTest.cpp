@@ -276,6 +276,9 @@ TEST_F(ListedTest, AChangeWithAnEmptyListScansWithoutAskingTheService) {
   bench.runFor(1s);
   EXPECT_THAT(serialsOf(view->deviceManager), ElementsAre("20"));
   EXPECT_THAT(bench.service.requests(), SizeIs(1));
+  const auto followed = view->midiManager;
+  view.reset();
+  EXPECT_FALSE(followed->notificationHandler()) << "nothing of the view stays in the manager";
 }
 
 TEST_F(ListedTest, AChangeBeforeTheListHasComeIsNotLookedAt) {

@@ -7,30 +7,25 @@
 
 namespace karvex::ui::console {
 
-LineFront::LineFront(ContentView& view, Actions& actions, Options options)
+LineFront::LineFront(ContentView& view, std::function<void(std::string_view line)> write)
     : view_(view),
-      actions_(actions),
-      options_(std::move(options)),
+      write_(std::move(write)),
       last_(snapshotOf(view)),
       subscriptions_(observe(view, [this] { look(); })) {}
 
 void LineFront::look() {
   auto snapshot = snapshotOf(view_);
   for (const auto& line : changesBetween(last_, snapshot)) {
-    options_.write(line);
+    write_(line);
   }
-  const bool isNewAlert = snapshot.alert && (!last_.alert || last_.alert->alert != snapshot.alert->alert);
   last_ = std::move(snapshot);
-  if (isNewAlert && options_.answersAlerts) {
-    actions_.confirm(last_.alert->alert);
-  }
   quitIfIdle();
 }
 
 void LineFront::quitWhenIdle(std::function<void()> quit) {
   quit_ = std::move(quit);
   if (isBusy(last_)) {
-    options_.write(texts::closingHeldBack);
+    write_(texts::closingHeldBack);
   }
   quitIfIdle();
 }

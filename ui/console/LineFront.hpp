@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "foundation/Observers.hpp"
-#include "ui/Actions.hpp"
+#include "ui/ContentView.hpp"
 #include "ui/Observation.hpp"
 
 namespace karvex::ui::console {
@@ -13,13 +13,8 @@ namespace karvex::ui::console {
 /// The front for a pipe: writes a line for each change, and takes no input. Main thread.
 class LineFront {
  public:
-  struct Options {
-    bool answersAlerts = false;  ///< confirms each alert by itself, as soon as the main queue gets to it
-    std::function<void(std::string_view line)> write;
-  };
-
-  /// Both must outlive the front.
-  LineFront(ContentView& view, Actions& actions, Options options);
+  /// The view must outlive the front.
+  LineFront(ContentView& view, std::function<void(std::string_view line)> write);
 
   /// Calls `quit` when nothing is under way, at once or later; says why if it is to be later.
   void quitWhenIdle(std::function<void()> quit);
@@ -29,8 +24,7 @@ class LineFront {
   void quitIfIdle();
 
   ContentView& view_;
-  Actions& actions_;
-  Options options_;
+  std::function<void(std::string_view)> write_;
   Snapshot last_;
   std::function<void()> quit_;  // Set as long as somebody waits for it.
   std::vector<foundation::Subscription> subscriptions_;

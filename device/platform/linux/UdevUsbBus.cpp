@@ -55,7 +55,7 @@ UsbDevice readDevice(udev_device& device) {
       .product = std::nullopt,
   };
   if (const auto raw = udevAttribute(device, "serial")) {
-    result.serialNumber = serialNumberFromUsb(*raw);
+    result.serialNumber = serialNumberFromUsb(*raw).value_or("");
   }
   if (const auto raw = udevAttribute(device, "product")) {
     result.product = productNameFromUsb(*raw);

@@ -110,7 +110,7 @@ TEST_F(BoardMidiDevicesTest, ABoardThatLeavesForGoodStaysOfflineUntilItIsPlugged
 TEST_F(BoardMidiDevicesTest, NothingIsDoneWhileNothingHappensNorBehindTheEnd) {
   plugIn("TEENSY2", "10");
   int callbacks = 0;
-  const auto subscription = bus.observeBoards([&] { ++callbacks; });
+  const auto subscription = bus.observeBoards([&](std::size_t) { ++callbacks; });
   {
     const BoardMidiDevices boards(runtime, bus, service);
     bus.setLineSpeed("10", 134);

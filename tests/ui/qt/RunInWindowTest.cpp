@@ -41,7 +41,7 @@ class RunInWindow : public testing::Test {
 
   void make() {
     program_ = std::make_unique<WindowProgram>(
-        [this] { return std::make_unique<RigCore>(common_, options, record_); });
+        [this] { return std::make_unique<RigCore>(common_, options, record_, [](const RunRecord&) {}); });
   }
   void start() {
     make();
