@@ -76,12 +76,7 @@ bool isThisProgram(const fs::path& process) {
           fs::read_symlink(process / "exe", error) == fs::read_symlink("/proc/self/exe", error));
 }
 
-std::string findHolders(const std::string& node, bool (*isPassedOver)(const fs::path& process)) {
-  std::error_code error;
-  const auto target = fs::canonical(node, error);
-  if (error) {
-    return {};
-  }
+std::string findHolders(const fs::path& target, bool (*isPassedOver)(const fs::path& process)) {
   std::vector<std::string> holders;
   std::size_t linksLeft = mostLinks;
   forEachEntry("/proc", [&](const fs::path& process) {
@@ -96,11 +91,15 @@ std::string findHolders(const std::string& node, bool (*isPassedOver)(const fs::
 }  // namespace
 
 std::string holdersOf(const std::string& node) {
-  return findHolders(node, [](const fs::path&) { return false; });
+  std::error_code error;
+  const auto target = fs::canonical(node, error);
+  return error ? "" : findHolders(target, [](const fs::path&) { return false; });
 }
 
-std::string otherHoldersOf(const std::string& node) {
-  return findHolders(node, isThisProgram);
+std::string otherHoldersOf(int descriptor) {
+  std::error_code error;
+  const auto target = fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error);
+  return error ? "" : findHolders(target, isThisProgram);
 }
 
 }  // namespace karvex::device

@@ -9,8 +9,8 @@ namespace karvex::device {
 /// most 3 programs are named and 65,536 open files looked at.
 std::string holdersOf(const std::string& node);
 
-/// The same without this program, and without its own children that are just being started: those lose what
-/// they inherited when they begin.
-std::string otherHoldersOf(const std::string& node);
+/// The same of the node that this program has open under that number, without this program itself and its own
+/// children that are just being started: those lose what they inherited when they begin.
+std::string otherHoldersOf(int descriptor);
 
 }  // namespace karvex::device

@@ -165,7 +165,7 @@ OpenedTerminal TermiosTerminalNodes::open(const std::string& path, PortMode mode
   }
   auto taken = std::make_unique<TermiosTerminalNode>(descriptor, globalQueue_);
   // A program that has opened the node without a lock, as serial monitors do, reads from it all the same.
-  if (auto others = otherHoldersOf(node); !others.empty()) {
+  if (auto others = otherHoldersOf(descriptor); !others.empty()) {
     return TerminalRefusal{.cause = TerminalRefusal::Cause::inUse,
                            .node = node == path ? "" : node,
                            .detail = std::move(others)};
