@@ -68,6 +68,7 @@ Outlet::~Outlet() {
 /// Whether there is somebody to send to. Whatever waits for one that left goes with it.
 bool Outlet::attach(TimePoint now) {
   const auto place = route_.place();
+  attachedAt_ = now;
   const bool isKnown = isAttached_ && wire_.to == place;
   if (isKnown && (wire_.isShared || now < connectedAt_ + timeOfTrust)) {
     return true;
@@ -166,7 +167,7 @@ bool Outlet::go(TimePoint wanted, Waiting& waiting, TimePoint now) {
     wake_ = *waiting.due;
     return false;
   }
-  if (route_.place() != wire_.to) {
+  if (now != attachedAt_ && route_.place() != wire_.to) {
     dropAll();
     return true;
   }

@@ -118,6 +118,7 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   Wire wire_;
   std::optional<int> ownPort_;
   bool isAttached_ = false;
+  TimePoint attachedAt_{};   ///< when the place was last asked for
   TimePoint connectedAt_{};  ///< when the connection was last looked at
   bool takesRest_ = false;   ///< of the system exclusive message that has begun
   bool isLossTold_ = false;
