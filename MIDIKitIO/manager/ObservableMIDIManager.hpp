@@ -20,6 +20,9 @@ class ObservableMIDIManager final : public MIDIManager {
   using NotificationHandler = std::function<void(const MIDIIONotification&, ObservableMIDIManager&)>;
 
   /// A manager without a client and with empty lists.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it allocates.
   static std::shared_ptr<ObservableMIDIManager> create(MIDIManagerSettings settings,
                                                        NotificationHandler notificationHandler = nullptr);
 
@@ -27,8 +30,12 @@ class ObservableMIDIManager final : public MIDIManager {
   karvex::foundation::Published<MIDIDevices> observableDevices;
   karvex::foundation::Published<MIDIEndpoints> observableEndpoints;
 
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it asks the service and calls the observers.
   void refreshObjects() override;
 
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it locks.
   void setNotificationHandler(NotificationHandler handler);
 
  private:

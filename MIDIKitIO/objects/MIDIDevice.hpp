@@ -18,7 +18,10 @@ struct MIDIOutputEndpoint;
 
 /// A device as it was when it was asked for: a plain value that keeps nothing alive. What isn't in its fields
 /// is read from the platform at the moment of the call, on the calling thread. Two devices may have the same
-/// name.
+/// name. For every call that takes the service:
+///
+/// Thread-safe: yes, as a value is.
+/// Realtime-safe: no, it asks the service and allocates.
 struct MIDIDevice : MIDIIOObjectProperties<MIDIDevice> {
   static constexpr MIDIIOObjectType objectType = MIDIIOObjectType::device;
 

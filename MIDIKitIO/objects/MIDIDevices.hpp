@@ -11,7 +11,10 @@
 
 namespace midikit::io {
 
-/// The devices of one moment, in the platform's order.
+/// The devices of one moment, in the platform's order. For every call:
+///
+/// Thread-safe: yes, as a value is.
+/// Realtime-safe: no, it asks the service and allocates.
 struct MIDIDevices {
   std::vector<MIDIDevice> devices;
 

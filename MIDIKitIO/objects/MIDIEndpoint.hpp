@@ -17,7 +17,10 @@ namespace midikit::io {
 
 /// What the records of endpoints have alike. What isn't in their fields is read from the platform at the
 /// moment of the call, on the calling thread. `Endpoint` has the fields of a record, `displayName`,
-/// `endpointType` and `recordName`.
+/// `endpointType` and `recordName`. For every call that takes the service:
+///
+/// Thread-safe: yes, as a value is.
+/// Realtime-safe: no, it asks the service and allocates.
 template <class Endpoint>
 // A private constructor would keep records from being aggregates.
 // NOLINTNEXTLINE(bugprone-crtp-constructor-accessibility)

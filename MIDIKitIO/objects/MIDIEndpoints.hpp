@@ -24,6 +24,9 @@ struct MIDIEndpoints {
 
   /// Replaces the lists by those of this moment. Without a manager, or when it is gone, nothing is left out.
   /// Waits for an endpoint that the manager is making.
+  ///
+  /// Thread-safe: yes, as a value is.
+  /// Realtime-safe: no, it asks the service, waits and allocates.
   void refresh(const MIDIService& service);
 
   /// Same manager, or none on both sides, and equal lists.

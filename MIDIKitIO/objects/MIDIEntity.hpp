@@ -18,7 +18,10 @@ struct MIDIInputEndpoint;
 struct MIDIOutputEndpoint;
 
 /// A part of a device that has endpoints of its own, as it was when it was asked for: a plain value, as
-/// MIDIDevice.
+/// MIDIDevice. For every call that takes the service:
+///
+/// Thread-safe: yes, as a value is.
+/// Realtime-safe: no, it asks the service and allocates.
 struct MIDIEntity : MIDIIOObjectProperties<MIDIEntity> {
   static constexpr MIDIIOObjectType objectType = MIDIIOObjectType::entity;
 

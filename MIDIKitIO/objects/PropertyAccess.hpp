@@ -9,7 +9,10 @@
 #include "MIDIKitInternals/Result.hpp"
 
 /// One property of one object, read from the platform at the moment of the call, on the calling thread. The
-/// keys are those of MIDIPropertyKeys.hpp.
+/// keys are those of MIDIPropertyKeys.hpp. For every call:
+///
+/// Thread-safe: yes.
+/// Realtime-safe: no, it asks the service and allocates.
 namespace midikit::io {
 
 /// The text, or why it can't be had: `osStatus`, or `readError` for a text that the platform gives as none.

@@ -11,7 +11,10 @@
 
 /// The objects that the platform lists at the moment of the call, on the calling thread. No manager is
 /// needed, and nothing fails: an object whose properties can't be read is there all the same, with empty
-/// texts and the unique ID 0.
+/// texts and the unique ID 0. For every call:
+///
+/// Thread-safe: yes.
+/// Realtime-safe: no, it asks the service and allocates.
 namespace midikit::io {
 
 /// All devices, in the platform's order.

@@ -39,8 +39,10 @@ struct UniversalMIDIPacketData {
   MIDIPacketSource source;
 };
 
-/// A packet of either kind: a sum type, and a value of 48 bytes. Copying one never allocates. Different
-/// packets may be used on different threads, copies of one included.
+/// A packet of either kind: a sum type, and a value of 48 bytes. Copying one never allocates. For every call:
+///
+/// Thread-safe: yes, as a value is; copies of one may be used on different threads.
+/// Realtime-safe: yes.
 class AnyMIDIPacket {
  public:
   using Case = std::variant<MIDIPacketData, UniversalMIDIPacketData>;
