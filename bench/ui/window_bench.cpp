@@ -76,7 +76,7 @@ int benchRun(bench::MeasuringApplication& application, std::size_t boards) {
   {
     foundation::Runtime* runtime = nullptr;
     app::WindowProgram program([&] {
-      auto core = std::make_unique<app::RigCore>(common, options, record);
+      auto core = std::make_unique<app::RigCore>(common, options, record, [](const app::RunRecord&) {});
       runtime = &core->runtime();
       return core;
     });
@@ -113,7 +113,7 @@ int startOnce(int count, char** arguments, Clock::time_point processStart) {
   app::RunRecord record;
   const app::CommonOptions common;
   const app::ApplicationOptions options;
-  app::WindowProgram program([&] { return std::make_unique<app::RigCore>(common, options, record); });
+  app::WindowProgram program([&] { return std::make_unique<app::RigCore>(common, options, record, [](const app::RunRecord&) {}); });
   tell("rig, core and window made");
   const auto* table = program.window().findChild<ui::qt::DeviceTable*>();
   application.afterHandler = [&, isShown = false]() mutable {
