@@ -113,7 +113,8 @@ int startOnce(int count, char** arguments, Clock::time_point processStart) {
   app::RunRecord record;
   const app::CommonOptions common;
   const app::ApplicationOptions options;
-  app::WindowProgram program([&] { return std::make_unique<app::RigCore>(common, options, record, [](const app::RunRecord&) {}); });
+  app::WindowProgram program(
+      [&] { return std::make_unique<app::RigCore>(common, options, record, [](const app::RunRecord&) {}); });
   tell("rig, core and window made");
   const auto* table = program.window().findChild<ui::qt::DeviceTable*>();
   application.afterHandler = [&, isShown = false]() mutable {
