@@ -76,7 +76,7 @@ class OpenFile {
   int descriptor_;
 };
 
-/// The key as it stands in the file, with the "=" after it.
+/// The key as the file has it, with the "=" after it.
 std::string lineStart(std::string_view key) {
   constexpr std::string_view digits = "0123456789ABCDEF";
   std::string text;

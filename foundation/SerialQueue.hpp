@@ -87,7 +87,7 @@ class SerialQueue final : public Queue {
 
 /// While it exists, jobs that this thread posts to idle SerialQueues don't go to the queues' targets: the
 /// thread runs them itself when the object goes, one of each queue and of up to four queues. That saves a
-/// change of threads where the thread has nothing else to do, and whoever posts still never waits for a job.
+/// change of threads where the thread has nothing else to do, and the poster still never waits for a job.
 class RunAfterwards {
  public:
   RunAfterwards();

@@ -40,9 +40,10 @@ class UrlError : public std::runtime_error {
 };
 
 /// Requests and downloads over HTTP and HTTPS. Certificates are verified; other schemes are refused, also in
-/// redirects. A proxy is taken from the environment, as libcurl does, unless the policy says otherwise.
-/// Transfers run on a thread of the session's own and never block a queue; what is awaited goes on on the
-/// global queue, also when it failed. The operations may be called on any thread.
+/// redirects, and so is every redirect from https:// to http://. A proxy is taken from the environment, as
+/// libcurl does, unless the policy says otherwise. Transfers run on a thread of the session's own and never
+/// block a queue; what is awaited goes on on the global queue, also when it failed. The operations may be
+/// called on any thread.
 ///
 /// The idle time-out runs on the runtime's clock, the one for connecting on the machine's. A transfer is
 /// OutsideWork; its name is the local port of its connection.

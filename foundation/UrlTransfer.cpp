@@ -70,7 +70,6 @@ void setRequest(Options& options, const UrlRequest& request) {
   const bool isPost = request.method == "POST";
   const bool isPlainGet = request.method == "GET" && request.body.empty();
   options.set(CURLOPT_URL, request.url.c_str());
-  options.set(CURLOPT_REDIR_PROTOCOLS_STR, isSecureUrl(request.url) ? "https" : "http,https");
   if (isHead) {
     options.set(CURLOPT_NOBODY, 1L);
   } else if (!isPlainGet) {
@@ -87,6 +86,7 @@ void setRequest(Options& options, const UrlRequest& request) {
 /// How the program talks to the network; the numbers are the policy's.
 void setPolicy(Options& options, const TransferPolicy& policy, std::size_t largest) {
   options.set(CURLOPT_PROTOCOLS_STR, "http,https");
+  options.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   options.set(CURLOPT_FOLLOWLOCATION, 1L);
   options.set(CURLOPT_MAXREDIRS, policy.mostRedirects);
   // One transfer at a time on a connection, so that its port can be the transfer's name.
@@ -191,7 +191,7 @@ std::string UrlTransfer::causeOf(CURLcode code, const TransferPolicy& policy) co
     case CURLE_TOO_MANY_REDIRECTS:
       return "The server redirects more than " + std::to_string(policy.mostRedirects) + " times";
     case CURLE_UNSUPPORTED_PROTOCOL:  // Of an answer that isn't HTTP, too.
-      if (isSecureUrl(request.url) && !isSecureUrl(reachedUrl())) {
+      if (isSecure_ && !isSecureUrl(reachedUrl())) {
         return "The server redirects to an address that doesn't begin with https://";
       }
       return isWebUrl(reachedUrl())
@@ -248,7 +248,13 @@ int UrlTransfer::onConnected(void* self, char*, char*, int, int localPort) {
   auto& transfer = *static_cast<UrlTransfer*>(self);
   transfer.hasMoved = true;
   transfer.work_->setName(transfer.ticket, static_cast<std::uint64_t>(localPort));
-  return CURL_PREREQFUNC_OK;
+  return transfer.staySecure() ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+}
+
+/// Before each request, so that a redirect is judged by the one before it and not by the first alone.
+bool UrlTransfer::staySecure() {
+  isSecure_ |= isSecureUrl(reachedUrl());
+  return !isSecure_ || curl_easy_setopt(easy.get(), CURLOPT_REDIR_PROTOCOLS_STR, "https") == CURLE_OK;
 }
 
 bool UrlTransfer::take(std::string_view piece) {

@@ -69,6 +69,7 @@ class UrlTransfer {
                         curl_off_t uploaded);
   static int onConnected(void* self, char* address, char* localAddress, int port, int localPort);
 
+  bool staySecure();
   bool take(std::string_view piece);
   bool hasRoomFor(std::size_t bytes);
   bool refuse(std::string why);
@@ -79,7 +80,8 @@ class UrlTransfer {
   OutsideWork* work_ = nullptr;
   std::unique_ptr<curl_slist, Release<&curl_slist_free_all>> headers_;
   std::array<char, CURL_ERROR_SIZE> curlError_{};
-  std::string refusal_;  ///< why it was stopped from this side
+  std::string refusal_;    ///< why it was stopped from this side
+  bool isSecure_ = false;  ///< has been sent over https:// once, and must not go on in the open
   std::size_t received_ = 0;
   std::size_t headerBytes_ = 0;
   curl_off_t progress_ = 0;

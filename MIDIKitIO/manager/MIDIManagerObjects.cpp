@@ -38,6 +38,7 @@ void MIDIManager::addInputConnection(const MIDIInputConnectionSettings& settings
     const auto connection =
         std::make_shared<MIDIInputConnection>(shared_from_this(), preferredAPI(), settings);
     managed_.put(&Maps::inputConnections, settings.tag, connection);
+    connection->catchUp();
     connection->listen();
     connection->connect();
   });
@@ -48,6 +49,7 @@ void MIDIManager::addOutputConnection(const MIDIOutputConnectionSettings& settin
     const auto connection =
         std::make_shared<MIDIOutputConnection>(shared_from_this(), preferredAPI(), settings);
     managed_.put(&Maps::outputConnections, settings.tag, connection);
+    connection->catchUp();
     connection->create();
     connection->resolve();
   });

@@ -22,8 +22,8 @@ class OwnershipGate {
   OwnershipGate(const OwnershipGate&) = delete;
   OwnershipGate& operator=(const OwnershipGate&) = delete;
 
-  /// Does `work`, which makes an endpoint of ours or lets go of it. One at a time; what it calls must not
-  /// look().
+  /// Does `work`, which makes an endpoint of ours or lets go of it. Several may overlap. What it calls must
+  /// not look().
   template <class Work>
   void change(const Work& work) {
     const Change change(*this);

@@ -35,7 +35,7 @@ AnyMIDIPackets packetsOf(const MIDIEventList& list, ConnectionToken token, const
   }
   const auto source = sourceOf(token, service);
   for (const MIDIEventPacket& packet : list.packets) {
-    forEachUniversalMessage(std::span(packet.words).first(packet.wordCount), [&](auto words) {
+    forEachUniversalMessage(wordsOf(packet), [&](auto words) {
       packets.push_back(
           AnyMIDIPacket::universalPacket(UniversalMIDIPacketData(words, packet.timeStamp, source)));
     });

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <span>
 #include <string>
 #include <variant>
 
@@ -80,6 +83,11 @@ struct MIDIEventPacket {
   std::uint32_t wordCount = 0;  ///< 0 to 64
   std::array<std::uint32_t, 64> words{};
 };
+
+/// The words that the packet has. A count that its maker got wrong gives no more than there are.
+inline std::span<const std::uint32_t> wordsOf(const MIDIEventPacket& packet) {
+  return std::span(packet.words).first(std::min<std::size_t>(packet.wordCount, packet.words.size()));
+}
 
 /// One packet needs no memory of its own.
 struct MIDIEventList {

@@ -55,7 +55,7 @@ class MIDIInputConnection final : public internal::MIDIManagedConnection {
   /// Thread-safe: yes.
   /// Realtime-safe: no, it asks the service.
   std::vector<MIDIOutputEndpoint> endpoints() const;
-  /// What is connected; 0 is never among it.
+  /// What the last refresh found, which disconnect() leaves; 0 is never among it.
   std::set<MIDIObjectRef> coreMIDIOutputEndpointRefs() const;
   /// None if there is no port.
   std::optional<MIDIObjectRef> coreMIDIInputPortRef() const;

@@ -60,6 +60,17 @@ void MIDIManagedConnection::follow(const MIDIIORawNotification& change) noexcept
   droppingErrors([&] { refresh(*manager, criteria_); });
 }
 
+void MIDIManagedConnection::catchUp() {
+  if (settings_.matching) {
+    return;
+  }
+  auto criteria = identitiesInSystem(service(), settings_.kind);
+  const auto owned = ownedIDs(midiManager().get());
+  const auto locked = lock();
+  criteria.insert(criteria_.begin(), criteria_.end());
+  update(std::move(criteria), owned);
+}
+
 MIDIEndpointIdentities MIDIManagedConnection::criteria() const {
   const auto locked = lock();
   return criteria_;

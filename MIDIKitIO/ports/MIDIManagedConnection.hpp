@@ -33,6 +33,13 @@ class MIDIManagedConnection : public MIDIManaged {
   /// Realtime-safe: no, it locks and asks the service.
   void follow(const MIDIIORawNotification& change) noexcept;
 
+  /// For the manager, once it hands changes on to this connection: takes up what has come since the
+  /// connection was made, if it wants all of its kind.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it locks and asks the service.
+  void catchUp();
+
  protected:
   using References = std::set<MIDIObjectRef>;
 

@@ -36,10 +36,15 @@ void MIDIManagedEndpoint::create(const MIDIManager& manager) {
     setUniqueID(std::nullopt);
   }
   MIDIObjectRef endpoint = 0;
+  auto written = name();
   core::checkStatus(makeEndpoint(manager, endpoint));
   if (!adopt(endpoint)) {
     service().MIDIEndpointDispose(endpoint);
     return setUniqueID(std::nullopt);
+  }
+  while (written != name()) {  // Renamed meanwhile.
+    written = name();
+    static_cast<void>(service().MIDIObjectSetStringProperty(endpoint, kMIDIPropertyName, written));
   }
   static_cast<void>(service().MIDIObjectSetStringProperty(endpoint, kMIDIPropertyModel, manager.model()));
   static_cast<void>(

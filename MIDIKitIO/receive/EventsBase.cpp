@@ -39,6 +39,13 @@ class WeakQueue final : public Queue {
   std::weak_ptr<Queue> target_;
 };
 
+void empty(std::vector<MIDIEvent>& events) {
+  if (events.capacity() > keptEvents) {
+    std::vector<MIDIEvent>().swap(events);
+  }
+  events.clear();
+}
+
 bool isNoClockOrSensing(const MIDIEvent& event) {
   static const auto filter =
       core::SysRealTimeTypes::dropTypes({SysRealTimeType::timingClock, SysRealTimeType::activeSensing});
@@ -89,22 +96,19 @@ template <class Parse>
 void EventsBase::read(const AnyMIDIPacket& packet, const Parse& parse) {
   parse(std::span<const std::uint8_t>(packet.bytes()), events_);
   handleWanted(events_, packet.timeStamp(), packet.source());
-  if (events_.capacity() > keptEvents) {
-    std::vector<MIDIEvent>().swap(events_);
-  }
-  events_.clear();
+  empty(events_);
 }
 
 void EventsBase::handleWanted(std::span<const MIDIEvent> events, std::uint64_t timeStamp,
                               const MIDIPacketSource& source) {
   if (options_.contains(MIDIReceiverOptions::dropClockAndSensing)) {
-    wanted_.clear();
     std::ranges::copy_if(events, std::back_inserter(wanted_), isNoClockOrSensing);
     events = wanted_;
   }
   if (!events.empty()) {
     handle(events, timeStamp, source);
   }
+  empty(wanted_);
 }
 
 }  // namespace midikit::io::receive

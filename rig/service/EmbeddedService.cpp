@@ -285,15 +285,15 @@ class EmbeddedService::Server {
             .list = place == ServicePlace::list ? currentList() : std::string()};
   }
 
-  /// The list with what the service was told of since it started. Under the lock.
+  /// The list with the upgrades that were reported since the service started. Under the lock.
   std::string currentList() const {
     if (const auto* text = std::get_if<std::string>(&list_)) {
       return *text;
     }
     auto devices = std::get<std::vector<ServedDevice>>(list_);
     for (auto& device : devices) {
-      if (const auto told = upgraded_.find(device.deviceSerialNumber); told != upgraded_.end()) {
-        device.currentVersion = told->second;
+      if (const auto upgraded = upgraded_.find(device.deviceSerialNumber); upgraded != upgraded_.end()) {
+        device.currentVersion = upgraded->second;
       }
     }
     return listText(devices);

@@ -61,8 +61,8 @@ class EmbeddedService {
   /// How this program's own sessions reach the service: with trust in its authority, and past any proxy.
   foundation::TransferPolicy transferPolicy() const;
 
-  /// What the list request is answered with from now on: devices, or any text. A device whose upgrade the
-  /// service was ever told of, however that was answered, is listed with the version that it was told.
+  /// What the list request is answered with from now on: devices, or any text. A device whose upgrade
+  /// was ever reported to the service, however that was answered, is listed with the version reported.
   void setDevices(std::span<const ServedDevice> devices);
   void setListText(std::string text);
 

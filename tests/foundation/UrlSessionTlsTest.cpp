@@ -70,20 +70,43 @@ TEST_F(UrlSessionTlsTest, AServerThatIsSilentInTheHandshakeCostsTheTimeToConnect
   EXPECT_LT(outcome.at - start, std::chrono::seconds(10));
 }
 
-TEST_F(UrlSessionTlsTest, ARedirectLeadsFromHttpToHttps) {
-  const LoopbackServer secure(
-      [](Connection& connection) {
-        connection.readRequest();
-        connection.write(answer(200, "secret"));
-      },
-      authority.issue("IP:127.0.0.1"));
-  const LoopbackServer open([&secure](Connection& connection) {
-    connection.readRequest();
-    connection.write(answer(302, "", "Location: " + secure.url("/b") + "\r\n"));
-  });
-  const auto outcome = get(open.url("/a"), trustingPolicy());
-  ASSERT_TRUE(outcome.value) << outcome.error;
-  EXPECT_EQ(outcome.value->url, secure.url("/b"));
+/// Answers "/s..." with a redirect to the secure server and "/p..." with one to the plain server, each with
+/// what is left of the path, and "/" with "the end".
+TEST_F(UrlSessionTlsTest, ARedirectLeadsFromHttpToHttpsAndNeverBack) {
+  std::string secure;
+  std::string plain;
+  std::atomic<int> askedOpenly = 0;
+  const auto handler = [&](bool isSecure) {
+    return [&, isSecure](Connection& connection) {
+      for (auto request = connection.readRequest(); !request.empty(); request = connection.readRequest()) {
+        askedOpenly += isSecure ? 0 : 1;
+        const auto path = request.substr(5, request.find(" HTTP") - 5);
+        const auto& next = path.starts_with('s') ? secure : plain;
+        connection.write(path.empty() ? answer(200, "the end")
+                                      : answer(302, "", "Location: " + next + path.substr(1) + "\r\n"));
+      }
+    };
+  };
+  const LoopbackServer secureServer(handler(true), authority.issue("IP:127.0.0.1"));
+  const LoopbackServer plainServer(handler(false));
+  secure = secureServer.url("/");
+  plain = plainServer.url("/");
+  constexpr auto refused = "127.0.0.1: The server redirects to an address that doesn't begin with https://";
+  const struct {
+    std::string url;
+    std::string expected;
+    int askedOpenly;
+  } cases[] = {
+      {plain + "s", "", 1},       {secure + "s", "", 0},       {secure + "p", refused, 0},
+      {plain + "sp", refused, 1}, {plain + "psp", refused, 2},
+  };
+  for (const auto& [url, expected, count] : cases) {
+    askedOpenly = 0;
+    const auto outcome = get(url, trustingPolicy());
+    EXPECT_EQ(outcome.error, expected) << url;
+    EXPECT_EQ(outcome.value ? outcome.value->url : secure, secure) << url;
+    EXPECT_EQ(askedOpenly, count) << url;
+  }
 }
 
 TEST_F(UrlSessionTlsTest, AConnectionThatTheServerResetMeanwhileIsReplaced) {

@@ -65,7 +65,10 @@ const MIDIEventList& ListConverter::toWords(const MIDIList& list, MIDIProtocolID
   room = {.protocol = protocol, .packets = {}};
   if (words != nullptr) {
     for (const auto& packet : words->packets) {
-      forEachMessage(packet, [&](auto message) { appendTranslated(room, packet.timeStamp, message); });
+      const auto finished = room.packets.size();
+      forEachMessage(packet, [&](auto message) {
+        appendMessages(room, packet.timeStamp, translator_.toProtocol(message, protocol), finished);
+      });
     }
     return room;
   }
@@ -76,7 +79,7 @@ const MIDIEventList& ListConverter::toWords(const MIDIList& list, MIDIProtocolID
       if (message.front() == core::sysExStatus) {
         appendSysEx7Words(room, packet.timeStamp, message.subspan(1, message.size() - 2));
       } else {
-        appendTranslated(room, packet.timeStamp, std::array{wordOf(message)});
+        appendMessages(room, packet.timeStamp, translator_.toProtocol(std::array{wordOf(message)}, protocol));
       }
     });
   }
@@ -100,11 +103,6 @@ const MIDIPacketList& ListConverter::toBytes(const MIDIList& list, MIDIPacketLis
     splitter_.split(packet.bytes, [&](auto message) { appendPacket(room, packet.timeStamp, message); });
   }
   return room;
-}
-
-void ListConverter::appendTranslated(MIDIEventList& list, std::uint64_t timeStamp,
-                                     std::span<const std::uint32_t> message) {
-  appendMessages(list, timeStamp, translator_.toProtocol(message, list.protocol));
 }
 
 void ListConverter::appendBytes(MIDIPacketList& list, std::uint64_t timeStamp,

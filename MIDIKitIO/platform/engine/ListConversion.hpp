@@ -32,7 +32,6 @@ class ListConverter {
   bool isIdle() const { return splitter_.isIdle() && sysEx7_.empty(); }
 
  private:
-  void appendTranslated(MIDIEventList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> message);
   void appendBytes(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> words);
   void appendSysEx7(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint32_t> words);
 

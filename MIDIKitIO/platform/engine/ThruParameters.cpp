@@ -96,9 +96,10 @@ bool filtersAnything(const MIDIThruConnectionParams& parameters) {
 MIDIEventList filtered(const MIDIEventList& list, const MIDIThruConnectionParams& parameters) {
   MIDIEventList left{.protocol = list.protocol};
   for (const auto& packet : list.packets) {
+    const auto finished = left.packets.size();
     forEachMessage(packet, [&](auto message) {
       if (!holdsBack(message.front(), parameters)) {
-        appendMessage(left, packet.timeStamp, message);
+        appendMessage(left, packet.timeStamp, message, finished);
       }
     });
   }

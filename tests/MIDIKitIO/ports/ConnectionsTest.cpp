@@ -86,6 +86,14 @@ TEST_F(ConnectionsTest, AConnectionFollowsWhatItsCriteriaMean) {
   EXPECT_NO_THROW(sending()->sendEvent(core::MIDIEvent::timingClock()));
 }
 
+TEST_F(ConnectionsTest, WhatComesWhileAConnectionIsMadeIsConnectedToo) {
+  addSource("one", 1);
+  // The sources are counted by then.
+  service->calls().interruptNext(MIDIOperation::objectGetIntegerProperty, [this] { addSource("two", 2); });
+  addInputConnection(MIDIInputConnectionMode::allOutputs());
+  EXPECT_THAT(heard(), ElementsAre("one", "two"));
+}
+
 TEST_F(ConnectionsTest, AFilterDropsIdentitiesNotEndpointsAndTheOwnOnesOfTheOtherDirection) {
   addSource("one", 1);
   addSource("two", 2);

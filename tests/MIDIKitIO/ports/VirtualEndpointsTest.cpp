@@ -55,6 +55,13 @@ TEST_F(VirtualEndpointsTest, AnEndpointStandsOnTheSystemAsTheProgramDescribesIt)
   EXPECT_EQ(errorOf([&] { input()->setPrivate(false); }), MIDIIOError::osStatus(-10844));
 }
 
+TEST_F(VirtualEndpointsTest, ARenameWhileTheEndpointIsMadeReachesThePlatform) {
+  service->calls().interruptNext(MIDIOperation::destinationCreateWithProtocol,
+                                 [this] { input()->setName("other"); });
+  addInput();
+  EXPECT_EQ(input()->endpoint().name, "other");
+}
+
 TEST_F(VirtualEndpointsTest, TheUniqueIDIsTheKeptOneUnlessItIsTaken) {
   addDestination("equipment", 5);
   const auto defaults = std::make_shared<OneDefault>();

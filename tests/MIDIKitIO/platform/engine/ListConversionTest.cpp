@@ -113,6 +113,17 @@ TEST(ListConversionTest, WordsAreTranslatedBetweenTheProtocols) {
       << "a bend of one note is unknown to MIDI 1.0";
 }
 
+TEST(ListConversionTest, PacketsStayApartAndGiveNoMoreWordsThanTheyHave) {
+  Converter converter;
+  auto list = events(midi1, {{0x60000000}, {0x10F80000, 0x10FA0000}});
+  EXPECT_EQ(lineOf(converter.toWords(list, midi2)), "2| 0: 60000000; 0: 10F80000 10FA0000");
+  for (const std::uint32_t wordCount : {100U, 0U}) {  // The second is what lies after the first.
+    list.packets.push_back({.wordCount = wordCount});
+    list.packets.back().words.fill(0x10F80000);
+  }
+  EXPECT_EQ(converter.toBytes(list).packetCount(), 2U + 64);
+}
+
 TEST(ListConversionTest, WhatHasTheWantedFormStaysAsItIs) {
   Converter converter;
   EXPECT_EQ(lineOf(converter.toWords(events(midi2, {{0x20933C40}, {0x60000000, 1}, {0x30161111}}), midi2)),
