@@ -53,6 +53,9 @@ class MIDIRouting {
   /// Adds a list to those that wait for the reader of the destination, or the listener of the source.
   void deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list, Handovers& handovers) const;
 
+  /// The reader of a destination; null for none.
+  Receiver readerOf(Ref destination) const;
+
   /// All receivers there are.
   std::vector<Receiver> receivers() const;
 

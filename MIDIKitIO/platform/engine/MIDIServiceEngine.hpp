@@ -183,7 +183,10 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus addPort(Ref client, std::optional<MIDIReader> reader, Ref& out);
   OSStatus addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
                               std::optional<MIDIReader> reader, Ref& out);
-  OSStatus send(Ref port, Ref destination, const SharedMIDIList& list, Handovers& handovers);
+  /// Who reads what is sent from that port to that destination; null for nobody.
+  OSStatus readerFor(Ref port, Ref destination, MIDIRouting::Receiver& out) const;
+  template <typename List>
+  void deliver(const MIDIRouting::Receiver& reader, Ref port, const List& list);
   OSStatus receive(Ref source, const SharedMIDIList& list, bool isOwn, Handovers& handovers);
   /// Tells that a property was changed, if it was.
   OSStatus tellChange(OSStatus result, Ref object, std::string_view key);

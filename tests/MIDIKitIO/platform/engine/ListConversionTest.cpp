@@ -21,11 +21,11 @@ std::vector<std::uint8_t> sysEx(std::size_t bodyLength) {
 struct Converter : ListConverter {
   MIDIEventList toWords(const MIDIList& list, MIDIProtocolID protocol) {
     MIDIEventList room;
-    return ListConverter::toWords(list, protocol, room);
+    return ListConverter::toWords(viewOf(list), protocol, room);
   }
   MIDIPacketList toBytes(const MIDIList& list) {
     MIDIPacketList room(0);
-    return ListConverter::toBytes(list, room);
+    return ListConverter::toBytes(viewOf(list), room);
   }
 };
 
