@@ -12,7 +12,7 @@
 namespace midikit::io::engine {
 
 /// Lets the calls of one client's block through until it is closed, and makes sure that none is under way
-/// behind that. All operations may be called on any thread; the calls themselves come one at a time.
+/// after that. All operations may be called on any thread; the calls themselves come one at a time.
 class BlockGate {
  public:
   /// The runtime must outlive the use of the gate.

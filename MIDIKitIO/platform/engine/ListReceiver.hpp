@@ -36,7 +36,7 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   /// What waits on a connection that goes on.
   void catchUp(const std::shared_ptr<MIDIConnection>& connection);
 
-  /// A list that was sent here. `sender` tells the lists of one sender from those of another: a system
+  /// A list that was sent here. `sender` separates the lists of one sender from those of another: a system
   /// exclusive message may be spread over several lists.
   void deliver(SharedMIDIList list, MIDIObjectRef sender);
 

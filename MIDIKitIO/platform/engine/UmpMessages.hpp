@@ -19,7 +19,7 @@ void forEachMessage(const MIDIEventPacket& packet, const Visit& visit) {
   }
 }
 
-/// Puts the words of a message behind the others, in the last packet if that has the same time stamp and
+/// Puts the words of a message after the others, in the last packet if that has the same time stamp and
 /// room.
 inline void appendMessage(MIDIEventList& list, std::uint64_t timeStamp,
                           std::span<const std::uint32_t> words) {

@@ -149,7 +149,7 @@ TEST(MIDIManagerThreadsTest, ObjectsComeAndGoWhileOthersFollowSendAndReceive) {
   setup.service.reset();  // After this, no block follows a change any more.
 }
 
-/// A source of a device, whose messages can be told apart: notes with their number in the data, and system
+/// A source of a device, whose messages can be distinguished: notes with their number in the data, and system
 /// exclusive messages that are sent in pieces.
 class NumberedTraffic {
  public:

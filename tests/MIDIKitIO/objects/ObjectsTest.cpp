@@ -203,7 +203,7 @@ TEST_F(ObjectsTest, EndpointsWithoutAManagerAreAllUnowned) {
   EXPECT_EQ(endpoints.inputsUnowned, endpoints.inputs);
 }
 
-/// What a type code stands for, as a letter of DEIO; '-' for no object.
+/// What a type code means, as a letter of DEIO; '-' for no object.
 char kindOf(std::int32_t typeCode) {
   switch (typeCode) {
     case 0:

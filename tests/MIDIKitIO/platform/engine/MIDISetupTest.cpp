@@ -58,13 +58,13 @@ TEST_F(MIDISetupTest, ComingAndGoingIsToldObjectByObjectAndThenOnce) {
   };
   const Ref in = source();
   const Ref out = destination();
-  EXPECT_THAT(told(), ElementsAre(up(2, 0, -1, device, 0), up(2, device, 0, entity, 1),
-                                  up(2, entity, 1, in, 2), up(2, entity, 1, out, 3), "1"));
+  EXPECT_THAT(reported(), ElementsAre(up(2, 0, -1, device, 0), up(2, device, 0, entity, 1),
+                                      up(2, entity, 1, in, 2), up(2, entity, 1, out, 3), "1"));
   EXPECT_FALSE(service.removeDevice(entity));
   EXPECT_TRUE(service.removeDevice(device));
   EXPECT_FALSE(service.removeDevice(device));
-  EXPECT_THAT(told(), ElementsAre(up(3, entity, 1, out, 3), up(3, entity, 1, in, 2),
-                                  up(3, device, 0, entity, 1), up(3, 0, -1, device, 0), "1"));
+  EXPECT_THAT(reported(), ElementsAre(up(3, entity, 1, out, 3), up(3, entity, 1, in, 2),
+                                      up(3, device, 0, entity, 1), up(3, 0, -1, device, 0), "1"));
   EXPECT_EQ(service.MIDIGetNumberOfDevices() + service.MIDIGetNumberOfSources() +
                 service.MIDIGetNumberOfDestinations(),
             0U);
@@ -127,7 +127,7 @@ TEST_F(MIDISetupTest, AllPropertiesComeTogetherAndDeepWithThoseBelow) {
 TEST_F(MIDISetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
   service.addDevice(simpleDevice("Desk"));
   const Ref in = source();
-  told();
+  reported();
   EXPECT_EQ(service.MIDIObjectSetStringProperty(in, kMIDIPropertyName, "Other"), noErr);
   EXPECT_EQ(service.MIDIObjectSetIntegerProperty(in, kMIDIPropertyPrivate, 1), noErr);
   EXPECT_EQ(service.MIDIObjectSetIntegerProperty(in, kMIDIPropertyName, 1),
@@ -138,7 +138,7 @@ TEST_F(MIDISetupTest, SettingAPropertyIsToldAndKeepsItsKind) {
             statusOf(MIDIOSStatus::objectNotFound));
   EXPECT_EQ(service.MIDIObjectSetIntegerProperty(client, kMIDIPropertyPrivate, 1),
             statusOf(MIDIOSStatus::objectNotFound));
-  EXPECT_THAT(told(), ElementsAre(fmt::format("4 {}/2 name", in), fmt::format("4 {}/2 private", in)));
+  EXPECT_THAT(reported(), ElementsAre(fmt::format("4 {}/2 name", in), fmt::format("4 {}/2 private", in)));
   EXPECT_EQ(text(in, kMIDIPropertyDisplayName), "Desk Other");
   EXPECT_EQ(number(in, kMIDIPropertyPrivate), 1);
   EXPECT_EQ(service.removeProperty(in, kMIDIPropertyName), noErr);
@@ -234,7 +234,7 @@ TEST_F(MIDISetupTest, EveryClientHearsEverythingInOrderAndMayUseTheServiceMeanwh
       noErr);
   service.notify({.messageID = 0});
   service.notify({7, MIDINotification::IOError{1, -5}});
-  EXPECT_THAT(told(), ElementsAre("0", "7", "2 0/-1 3/0", "1"));
+  EXPECT_THAT(reported(), ElementsAre("0", "7", "2 0/-1 3/0", "1"));
   EXPECT_THAT(heard, ElementsAre("0 of 0", "7 of 1", "2 of 1", "1 of 1"));
 }
 
