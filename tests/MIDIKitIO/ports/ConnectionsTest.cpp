@@ -1,4 +1,5 @@
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -130,6 +131,8 @@ TEST_F(ConnectionsTest, AFilterDropsIdentitiesNotEndpointsAndTheOwnOnesOfTheOthe
   addOutputConnection(MIDIOutputConnectionMode::allInputs(), {true, {}});
   addDestination("pads", 12);
   EXPECT_THAT(reached(), ElementsAre("keys", "pads"));
+  EXPECT_EQ(sending()->inputsCriteria(), (MIDIEndpointIdentities{uniqueID(11), uniqueID(12)}))
+      << "no devices and entities";
 }
 
 TEST_F(ConnectionsTest, ARefreshConnectsEachSourceOnceAndAListWithAnOldTokenHasItsSource) {
@@ -156,6 +159,9 @@ TEST_F(ConnectionsTest, ARefreshConnectsEachSourceOnceAndAListWithAnOldTokenHasI
     EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 2U) << change;
     EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U) << change;
   }
+  calls.resetCounts();
+  listening()->disconnect(std::set{two});
+  EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 1U);
   calls.resetCounts();
   listening()->removeOutputs({uniqueID(2)});
   EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 3U) << "it, and then all for the refresh";
