@@ -51,13 +51,6 @@ class MIDIManagerTest : public MIDITestBench {
     return std::exchange(reported_, {});
   }
   std::uint64_t refreshes() const { return service->calls().count(MIDIOperation::getNumberOfDevices); }
-  static std::vector<std::string> namesOf(const std::vector<MIDIDevice>& devices) {
-    std::vector<std::string> names;
-    for (const auto& device : devices) {
-      names.push_back(device.name);
-    }
-    return names;
-  }
   /// The devices of the cache, or "none".
   std::vector<std::string> cached(const MIDIManager& manager) {
     const auto cache = manager.notificationCache();

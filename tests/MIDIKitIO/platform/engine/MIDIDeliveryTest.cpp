@@ -182,7 +182,7 @@ TEST_F(MIDIDeliveryTest, WrongReferencesAreRefusedByTheirOwnStatus) {
   EXPECT_EQ(service.MIDIEndpointDispose(in), statusOf(MIDIOSStatus::unknownEndpoint));
 }
 
-TEST_F(MIDIDeliveryTest, VirtualEndpointsAreListedToldAndDisposedOf) {
+TEST_F(MIDIDeliveryTest, VirtualEndpointsAreListedReportedAndDisposedOf) {
   reported();
   const Ref from = virtualSource();
   Ref to = 0;
