@@ -50,7 +50,7 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   void add(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection);
   /// What waits on a connection that goes on.
   void addWaiting(const std::shared_ptr<MIDIConnection>& connection);
-  /// A list that was sent here. `sender` tells the lists of one sender from those of another: a system
+  /// A list that was sent here. `sender` separates the lists of one sender from those of another: a system
   /// exclusive message may be spread over several lists.
   void add(SharedMIDIList list, MIDIObjectRef sender);
   /// @}

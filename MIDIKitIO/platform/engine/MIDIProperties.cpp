@@ -20,7 +20,7 @@ std::string textOf(const MIDIObject& object, std::string_view key) {
   return text != nullptr ? *text : std::string();
 }
 
-/// Keeps the kind of the value that is there, as who sets a property must.
+/// Keeps the kind of the value that is there, as anyone who sets a property must.
 template <typename Value>
 bool hasOtherKind(const MIDIObject& object, std::string_view key) {
   const auto* value = valueOf(object, key);
