@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <fstream>
 #include <numeric>
+#include <sstream>
 #include <string>
 #include <string_view>
 
@@ -14,23 +15,27 @@ constexpr std::uint64_t addressLimit = 0xFFFFFF;
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The next line with its line end, up to a NUL byte in it; one that is too long comes in pieces. False at
-/// the end of the file.
-bool readLine(std::istream& file, std::string& line) {
-  line.clear();
-  char next = '\0';
-  while (line.size() < pieceLength && !line.ends_with('\n') && file.get(next)) {
-    line.push_back(next);
-  }
-  const bool isRead = !line.empty();
-  line.resize(std::min(line.size(), line.find('\0')));
-  return isRead;
+/// Takes the next line off the text, with its line end and up to a NUL byte in it; one that is too long comes
+/// in pieces.
+std::string_view takeLine(std::string_view& text) {
+  const auto piece = text.substr(0, pieceLength);
+  const auto end = piece.find('\n');
+  const auto line = end != std::string_view::npos ? piece.substr(0, end + 1) : piece;
+  text.remove_prefix(line.size());
+  return line.substr(0, line.find('\0'));
 }
 
 std::optional<std::uint8_t> digit(char character) {
-  constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
-  const auto place = digits.find(character);
-  return place == std::string_view::npos ? std::nullopt : std::optional<std::uint8_t>(place % 16);
+  const auto value = [character](char first, int offset) {
+    return std::optional(static_cast<std::uint8_t>(character - first + offset));
+  };
+  if (character >= '0' && character <= '9') {
+    return value('0', 0);
+  }
+  if (character >= 'a' && character <= 'f') {
+    return value('a', 10);
+  }
+  return character >= 'A' && character <= 'F' ? value('A', 10) : std::nullopt;
 }
 
 /// As many bytes as the text has whole pairs of digits at its beginning.
@@ -130,17 +135,21 @@ class Reading {
 std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
                                                        const BoardKind& kind) {
   std::ifstream stream(file, std::ios::binary);
-  if (!stream) {
+  std::ostringstream whole;
+  if (stream.peek() != std::ifstream::traits_type::eof()) {  // It would fail if there were nothing.
+    whole << stream.rdbuf();
+  }
+  if (!stream.is_open() || stream.bad() || !whole) {
     return std::nullopt;
   }
   Reading reading(kind);
-  std::string line;
-  while (!reading.isAtEnd() && readLine(stream, line)) {
+  for (std::string_view text = whole.view(); !text.empty() && !reading.isAtEnd();) {
+    const auto line = takeLine(text);
     if (!line.empty() && !reading.read(line)) {
       return std::nullopt;
     }
   }
-  return stream.bad() ? std::nullopt : std::optional(reading.takeFlash());
+  return reading.takeFlash();
 }
 
 }  // namespace karvex::rig

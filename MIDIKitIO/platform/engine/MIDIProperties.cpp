@@ -10,7 +10,7 @@ namespace midikit::io::engine {
 namespace {
 
 const PropertyValue* valueOf(const MIDIObject& object, std::string_view key) {
-  const auto found = object.properties.find(std::string(key));
+  const auto found = object.properties.find(key);
   return found != object.properties.end() ? &found->second : nullptr;
 }
 

@@ -108,5 +108,39 @@ TEST(MIDIDriverTest, ADriverHearsWhatTheProgramSendsFromItsOwnSources) {
   EXPECT_EQ(heard, 1U);
 }
 
+TEST(MIDIDriverTest, AReaderThatNeverWaitsReadsAtOnceAndEachSendersStreamByItself) {
+  karvex::foundation::VirtualRuntime runtime;
+  const auto driver = std::make_shared<RecordingDriver>();
+  MIDIServiceEngine service(runtime, {13, 0}, std::make_shared<ThruConnectionStore>(), driver);
+  karvex::foundation::SerialQueue queue(runtime.globalQueue());
+  std::vector<std::string> read;
+  const MIDIReadBlock block = [&](const MIDIPacketList& list, ConnectionToken) {
+    read.push_back(fmt::format("{:02X}", fmt::join(list.packet(0).bytes, " ")));
+  };
+  driver->host->edit([](SetupEditor& editor) { editor.addDevice(simpleDevice("Desk")); });
+  const auto desk = service.MIDIGetDestination(0);
+  driver->host->edit([&](SetupEditor& editor) {
+    editor.setReader(desk,
+                     std::make_shared<ListReceiver>(runtime, queue, block, ListReceiver::Manner::neverWaits));
+  });
+  MIDIObjectRef client = 0;
+  std::array<MIDIObjectRef, 2> ports{};
+  EXPECT_EQ(service.MIDIClientCreateWithBlock("C", client, nullptr), noErr);
+  for (auto& port : ports) {
+    EXPECT_EQ(service.MIDIOutputPortCreate(client, "P", port), noErr);
+  }
+  const auto send = [&](std::size_t port, std::initializer_list<std::uint8_t> bytes) {
+    MIDIPacketList list(100);
+    EXPECT_TRUE(list.add(0, std::vector(bytes)));
+    EXPECT_EQ(service.MIDISend(ports.at(port), desk, list), noErr);
+  };
+  send(0, {0xF0, 0x41});
+  send(1, {0xF0, 0x42});
+  send(0, {0x43, 0xF7});
+  send(0, {0xFE});
+  send(1, {0x44, 0xF7});
+  EXPECT_THAT(read, ElementsAre("F0 41 43 F7", "FE", "F0 42 44 F7"));
+}
+
 }  // namespace
 }  // namespace midikit::io::engine
