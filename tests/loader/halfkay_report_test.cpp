@@ -54,16 +54,6 @@ TEST(HalfkayReportTest, TheHeaderHoldsTheAddressAsTheTargetWantsIt) {
   }
 }
 
-TEST(HalfkayReportTest, EveryMcuHasALayoutOfItsReportLength) {
-  for (const auto& mcu : mcu_table()) {
-    const auto layout = layout_for(mcu.code_size, mcu.block_size);
-    ASSERT_TRUE(layout) << mcu.name;
-    EXPECT_EQ(layout->length, report_length(mcu.block_size)) << mcu.name;
-    EXPECT_EQ(layout->length - layout->data_offset, static_cast<std::size_t>(mcu.block_size)) << mcu.name;
-    EXPECT_LE(layout->length, longest_report) << mcu.name;
-  }
-}
-
 TEST(HalfkayReportTest, SizesThatNoTargetHasGiveNoLayout) {
   EXPECT_FALSE(layout_for(0x10000, 128));
   EXPECT_FALSE(layout_for(0x40000, 2048));
