@@ -185,11 +185,6 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
                    "answer every alert with OK (with --upgrade, or without a terminal)");
   addFaultOption(command, "--board", "N:FAULT[=VALUE]", options, addBoardFault);
   addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", options.serviceFaults, rig::addServiceFault);
-  command
-      .add_option("--keep", options.equipment.keptIn,
-                  "boards are as they were left in this directory, and are left there, however the run ends")
-      ->type_name("DIRECTORY")
-      ->check(CLI::ExistingDirectory);
   command.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
   command.footer(
       "Faults of a board:\n" + rig::describeFaults() +

@@ -12,11 +12,6 @@ constexpr std::uint32_t requestBaud = 134;
 constexpr std::uint8_t erasedByte = 0xFF;
 constexpr std::int32_t halfKayProductId = 0x0478;
 
-/// What a board's memory says of its mode.
-constexpr std::uint8_t newBoard = 0;
-constexpr std::uint8_t inFirmware = 1;
-constexpr std::uint8_t inHalfKay = 2;
-
 /// The reset of a board whose kind the host doesn't know is always this long.
 constexpr std::size_t longestReport = 1088;
 
@@ -44,22 +39,13 @@ std::string_view nameOf(BoardState state) {
   return "";
 }
 
-VirtualBoard::VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults,
-                           std::span<std::uint8_t> memory)
+VirtualBoard::VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults)
     : kind_(kind),
       serialNumber_(std::move(serialNumber)),
       faults_(faults),
-      ownMemory_(memory.empty() ? memorySize(kind) : 0),
-      flash_((memory.empty() ? ownMemory_ : memory).first(kind.flashSize)),
-      mode_(*(flash_.data() + flash_.size())) {
-  if (mode_ == newBoard) {
-    std::ranges::fill(flash_, erasedByte);
-  }
-  const bool isInHalfKay = faults.startsInHalfKay || mode_ == inHalfKay;
-  state_ = isInHalfKay ? BoardState::halfKay : BoardState::running;
-  session_ = isInHalfKay ? 1 : 0;
-  remember(state_);
-}
+      state_(faults.startsInHalfKay ? BoardState::halfKay : BoardState::running),
+      session_(faults.startsInHalfKay ? 1 : 0),
+      flash_(kind.flashSize, erasedByte) {}
 
 void VirtualBoard::advanceTo(TimePoint now) {
   if (pending_ && pending_->at <= now) {
@@ -69,14 +55,8 @@ void VirtualBoard::advanceTo(TimePoint now) {
   }
 }
 
-/// A board goes where it was going, whatever becomes of the host.
-void VirtualBoard::remember(BoardState comingState) {
-  mode_ = comingState == BoardState::halfKay ? inHalfKay : inFirmware;
-}
-
 void VirtualBoard::enter(BoardState state, TimePoint at) {
   state_ = state;
-  remember(state);
   if (state == BoardState::halfKay) {
     ++session_;
     firstOfferAt_.reset();
@@ -92,7 +72,6 @@ void VirtualBoard::enter(BoardState state, TimePoint at) {
 void VirtualBoard::leaveBusUntil(Change change, BoardState meanwhile) {
   state_ = meanwhile;
   pending_ = change;
-  remember(change.to);
 }
 
 void VirtualBoard::unplug(TimePoint now) {

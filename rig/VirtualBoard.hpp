@@ -47,15 +47,7 @@ class VirtualBoard {
   /// How long the flash takes to erase. Begins when block 0 is offered; reports are refused meanwhile.
   static constexpr std::chrono::milliseconds eraseTime{300};
 
-  /// The size of a memory that keeps a board of that kind: its flash, and what it was last on its way to.
-  static std::size_t memorySize(const BoardKind& kind) { return kind.flashSize + std::size_t{1}; }
-
-  /// `memory` has memorySize() bytes and must outlive the board; a board finds itself as its memory says, and
-  /// a memory of zeros is that of a new one. Without a memory the board has one of its own.
-  VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults = {},
-               std::span<std::uint8_t> memory = {});
-  VirtualBoard(const VirtualBoard&) = delete;
-  VirtualBoard& operator=(const VirtualBoard&) = delete;
+  VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults = {});
 
   void setEventListener(EventListener listener) { eventListener_ = std::move(listener); }
   void setReportListener(ReportListener listener) { reportListener_ = std::move(listener); }
@@ -105,7 +97,6 @@ class VirtualBoard {
   };
 
   void enter(BoardState state, TimePoint at);
-  void remember(BoardState comingState);
   void leaveBusUntil(Change change, BoardState meanwhile);
   bool mustRefuse(TimePoint now, bool isFirstBlock);
   std::uint32_t addressIn(std::span<const std::uint8_t> report) const;
@@ -125,9 +116,7 @@ class VirtualBoard {
   std::optional<Change> pending_;
   std::uint32_t session_;
 
-  std::vector<std::uint8_t> ownMemory_;
-  std::span<std::uint8_t> flash_;
-  std::uint8_t& mode_;  ///< behind the flash: whether the board is in its bootloader, or will be
+  std::vector<std::uint8_t> flash_;
   std::optional<TimePoint> firstOfferAt_;
   std::optional<TimePoint> erasedAt_;
   bool isErased_ = false;

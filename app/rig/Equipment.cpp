@@ -60,20 +60,12 @@ std::string serialNumberOf(std::size_t place) {
   return std::to_string(1'000'010 + place * 10);
 }
 
-std::vector<rig::KeptMemory> plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
-  std::vector<rig::KeptMemory> kept;
-  const auto memoryOf = [&](std::size_t place, const rig::BoardKind& kind) {
-    return plan.keptIn.empty() ? std::span<std::uint8_t>()
-                               : kept.emplace_back(plan.keptIn / (serialNumberOf(place) + ".board"),
-                                                   rig::VirtualBoard::memorySize(kind))
-                                     .bytes();
-  };
-  const auto plugInBoard = [&](std::size_t place) {
+void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
+  const auto plugInBoard = [&plan, &bus](std::size_t place) {
     const auto* kind = rig::findBoardKind(mcuInNameOf(firmwareAt(place)));
     const auto faults = plan.faults.find(place);
     bus.plugIn(std::make_unique<rig::VirtualBoard>(
-        *kind, serialNumberOf(place), faults == plan.faults.end() ? rig::Faults{} : faults->second,
-        memoryOf(place, *kind)));
+        *kind, serialNumberOf(place), faults == plan.faults.end() ? rig::Faults{} : faults->second));
   };
   for (std::size_t place = 0; place < plan.boards; ++place) {
     plugInBoard(place);
@@ -81,7 +73,6 @@ std::vector<rig::KeptMemory> plugIn(const EquipmentPlan& plan, rig::VirtualBus& 
   for (std::size_t extra = 0; extra < plan.attachedUnlisted; ++extra) {
     plugInBoard(plan.boards + plan.listedButAbsent + extra);
   }
-  return kept;
 }
 
 std::vector<rig::ServedDevice> servedDevices(const EquipmentPlan& plan, const std::string& serviceAddress) {

@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "rig/Faults.hpp"
-#include "rig/KeptMemory.hpp"
 #include "rig/VirtualBus.hpp"
 #include "rig/service/ServedDevice.hpp"
 
@@ -37,12 +36,10 @@ struct EquipmentPlan {
   std::map<std::size_t, rig::Faults> faults;  ///< of the boards at those places
   std::set<std::size_t> occupied;             ///< places of boards whose serial port another program holds
   std::set<std::size_t> snatched;             ///< of those whose port it takes when it has been used once
-  std::filesystem::path keptIn;               ///< a directory that keeps the boards; none if it is empty
 };
 
-/// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn. Returns the memories
-/// that they are kept in, which must outlive the bus. Throws std::runtime_error if one of them can't be used.
-std::vector<rig::KeptMemory> plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus);
+/// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn.
+void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus);
 
 /// The list that a service at that base address has of it: every firmware is a version ahead of the boards.
 std::vector<rig::ServedDevice> servedDevices(const EquipmentPlan& plan, const std::string& serviceAddress);

@@ -15,7 +15,7 @@ RigPlatform::RigPlatform(foundation::Runtime& rigRuntime, const EquipmentPlan& p
       midiService(std::make_shared<rig::VirtualMidiService>(runtime)),
       service(runtime, firmwareDirectory()),
       urlSession(runtime, service.transferPolicy()) {
-  keptMemories = plugIn(plan, bus);
+  plugIn(plan, bus);
   midiDevices.emplace(runtime, bus, *midiService);
   for (const auto place : plan.occupied) {
     terminals.occupy(serialNumberOf(place), "another program");

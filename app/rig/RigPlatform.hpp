@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "app/rig/Equipment.hpp"
 #include "foundation/Runtime.hpp"
@@ -22,13 +21,12 @@ namespace karvex::app {
 class RigPlatform {
  public:
   /// Installs the rig's HID devices into the loader. The runtime must outlive the platform. Throws
-  /// std::runtime_error if the service can't be started, or boards can't be kept.
+  /// std::runtime_error if the service can't be started.
   RigPlatform(foundation::Runtime& runtime, const EquipmentPlan& plan, rig::ServiceFaults faults);
 
   upgrade::Platform platform();
 
   foundation::Runtime& runtime;
-  std::vector<rig::KeptMemory> keptMemories;
   rig::VirtualBus bus;
   rig::VirtualTerminals terminals;
   rig::VirtualHid hid;
