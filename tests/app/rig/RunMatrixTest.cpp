@@ -1,6 +1,7 @@
-// What can go wrong with a board, with the service, at which row, in which front: each run ends by itself with the exit
-// status that is documented, sends a board nothing that a real one would stumble over, and leaves boards that the next run
-// upgrades. Usually every pair of faults is met at one row in one front; with KARVEX_MATRIX=all in the environment, at all.
+// What can go wrong with a board, with the service, at which row, in which front: each run ends by itself
+// with the exit status that is documented, sends a board nothing that a real one would stumble over, and
+// leaves boards that the next run upgrades. Usually every pair of faults is met at one row in one front; with
+// KARVEX_MATRIX=all in the environment, at all.
 
 #include <gmock/gmock.h>
 #include <stdlib.h>
@@ -34,7 +35,7 @@ enum class End {
 struct BoardFault {
   std::vector<std::string> faults;
   End end;
-  const char* alert = "";  ///< the title of the first one, if nothing else is wrong
+  const char* alert = "";          ///< the title of the first one, if nothing else is wrong
   const char* laterAlert = alert;  ///< at another row than the first
 };
 
@@ -142,7 +143,8 @@ class RunMatrixTest : public testing::TestWithParam<std::size_t> {
   }
 
   void meet(const BoardFault& board, const ServiceFault& service, std::size_t row, const Front& front) {
-    SCOPED_TRACE(testing::Message() << '"' << service.fault << "\", row " << row + 1 << (front.isInWindow ? ", window" : "")
+    SCOPED_TRACE(testing::Message() << '"' << service.fault << "\", row " << row + 1
+                                    << (front.isInWindow ? ", window" : "")
                                     << (front.answersAlerts ? ", --yes" : ""));
     ApplicationOptions options{.answersAlerts = front.answersAlerts, .isInWindow = front.isInWindow};
     for (const auto& fault : board.faults) {
@@ -152,8 +154,8 @@ class RunMatrixTest : public testing::TestWithParam<std::size_t> {
       ASSERT_EQ(rig::addServiceFault(service.fault, options.serviceFaults), std::nullopt);
     }
     const bool isUpgraded =
-        service.end == End::upgraded && (board.end == End::upgraded ||
-                                         (board.end == End::upgradedByAnOk && front.answersAlerts));
+        service.end == End::upgraded &&
+        (board.end == End::upgraded || (board.end == End::upgradedByAnOk && front.answersAlerts));
     EXPECT_EQ(run(options), isUpgraded ? exitLoaded : exitLoadFailed) << output_;
     const std::string alert = row == 0 ? board.alert : board.laterAlert;
     if (service.fault.empty() && !alert.empty()) {
