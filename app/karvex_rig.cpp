@@ -185,6 +185,10 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
                    "answer every alert with OK (with --upgrade, or without a terminal)");
   addFaultOption(command, "--board", "N:FAULT[=VALUE]", options, addBoardFault);
   addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", options.serviceFaults, rig::addServiceFault);
+  command
+      .add_option("--keep", options.equipment.keptIn,
+                  "keep the boards' flash and state in this directory, from one run to the next")
+      ->type_name("DIRECTORY");
   command.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
   command.footer(
       "Faults of a board:\n" + rig::describeFaults() +
@@ -226,6 +230,8 @@ int run(int argc, char** argv) {
   choices.common.realTime = choices.time == "real";
   choices.application.isInWindow =
       choices.front.empty() ? choices.common.realTime && app::hasDisplay() : choices.front == "window";
+  // Nobody could watch a window in virtual time.
+  choices.common.realTime |= choices.application.isInWindow;
   if (program.parsed()) {
     return app::runProgram(choices.common, choices.load);
   }

@@ -15,7 +15,7 @@ struct ApplicationOptions {
   std::optional<std::size_t> upgradeFrom;  ///< the row to begin with, counted from 1
   rig::ServiceFaults serviceFaults;
   bool answersAlerts = false;
-  bool isInWindow = false;  ///< in a window, in real time; otherwise on the terminal or in plain lines
+  bool isInWindow = false;  ///< in a window; otherwise on the terminal or in plain lines
   std::optional<std::filesystem::path> reportFile;
 };
 

@@ -61,11 +61,17 @@ std::string serialNumberOf(std::size_t place) {
 }
 
 void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
+  if (plan.keptIn) {
+    std::filesystem::create_directories(*plan.keptIn);
+  }
   const auto plugInBoard = [&plan, &bus](std::size_t place) {
     const auto* kind = rig::findBoardKind(mcuInNameOf(firmwareAt(place)));
     const auto faults = plan.faults.find(place);
+    const auto serialNumber = serialNumberOf(place);
     bus.plugIn(std::make_unique<rig::VirtualBoard>(
-        *kind, serialNumberOf(place), faults == plan.faults.end() ? rig::Faults{} : faults->second));
+        *kind, serialNumber, faults == plan.faults.end() ? rig::Faults{} : faults->second,
+        plan.keptIn ? rig::BoardMemory(kind->flashSize, *plan.keptIn / serialNumber)
+                    : rig::BoardMemory(kind->flashSize)));
   };
   for (std::size_t place = 0; place < plan.boards; ++place) {
     plugInBoard(place);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -36,9 +37,12 @@ struct EquipmentPlan {
   std::map<std::size_t, rig::Faults> faults;  ///< of the boards at those places
   std::set<std::size_t> occupied;             ///< places of boards whose serial port another program holds
   std::set<std::size_t> snatched;             ///< of those whose port it takes when it has been used once
+  /// Where the boards keep their memories, a file each; without it, they end with the program.
+  std::optional<std::filesystem::path> keptIn;
 };
 
-/// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn.
+/// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn. Throws
+/// std::system_error if their memories can't be kept.
 void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus);
 
 /// The list that a service at that base address has of it: every firmware is a version ahead of the boards.

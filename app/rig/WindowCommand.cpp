@@ -20,9 +20,7 @@ RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& opt
   static char* arguments[] = {name, nullptr};
   const QApplication application(count, arguments);
   RunRecord record;
-  auto inRealTime = common;
-  inRealTime.realTime = true;
-  WindowProgram([&] { return std::make_unique<RigCore>(inRealTime, options, record, endListener); }).run();
+  WindowProgram([&] { return std::make_unique<RigCore>(common, options, record, endListener); }).run();
   return record;
 }
 

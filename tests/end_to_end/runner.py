@@ -1,4 +1,4 @@
-"""Runs the application of `karvex-rig` in its fronts, and gives what it left behind; and the frame for checks of it."""
+"""Runs a program of Karvex, plainly or behind one of its fronts, and returns what it left; and the frame for checks."""
 
 import argparse
 from collections.abc import Callable, Iterable
@@ -14,56 +14,71 @@ import subprocess
 import sys
 import tempfile
 import termios
+import threading
 import time
 from typing import Any
 
-from rig_runner import RUN_LIMIT_SECONDS, require
+RUN_LIMIT_SECONDS = 120
+"""A run in fast time takes a fraction of a second; what takes longer than this hangs."""
 
 PATIENCE_SECONDS = 30.0
 """For what takes a few seconds on a machine with nothing else to do."""
 
 
+class Skipped(Exception):
+    """The check can't be made here; the text says why."""
+
+
+def require(condition: bool, text: str) -> None:
+    """End the check in work as failed, with that text, unless the condition holds."""
+    if not condition:
+        raise AssertionError(text)
+
+
+def require_equal(name: str, value: object, expected: object) -> None:
+    require(value == expected, f"{name} is {value!r}, expected {expected!r}")
+
+
 @dataclass(frozen=True)
 class Run:
-    """One finished run of the application."""
+    """One finished run of the program."""
 
     exit_status: int
+    """Negative where a signal ended the program, and -9 where it was stopped because it hung."""
     lines: list[str]
+    errors: str
     report: dict[str, Any]
+    """The program's report, empty where it wrote none."""
     peak_memory: int
+    """Largest resident size in bytes. The system counts the starting process in, so that one has to be small."""
 
 
-class Application:
-    """The program under test; one run at a time."""
+class Rig:
+    """karvex-rig, in fast time, with a directory for what it writes. One run at a time."""
 
     def __init__(self, program: Path, directory: Path) -> None:
         self.program = program
-        self._output = directory / "output"
-        self._report = directory / "report.json"
-
-    def start(self, *arguments: str) -> subprocess.Popen[bytes]:
-        self._report.unlink(missing_ok=True)
-        command = [str(self.program), *arguments, "--report", str(self._report)]
-        # What a killed run leaves behind goes with the check's directory.
-        environment = {**os.environ, "TMPDIR": str(self._report.parent)}
-        with self._output.open("wb") as output:
-            return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.DEVNULL,
-                                    env=environment)
+        self.directory = directory
 
     def run(self, *arguments: str) -> Run:
-        process = self.start("--time", "fast", *arguments)
-        deadline = time.monotonic() + RUN_LIMIT_SECONDS
-        ended = 0
-        while not ended and time.monotonic() < deadline:
-            ended, status, usage = os.wait4(process.pid, os.WNOHANG)
-            time.sleep(0.005)
-        if not ended:
-            process.kill()
-            process.wait()
-            raise AssertionError(f"{' '.join(arguments)}: the run hangs")
-        process.returncode = os.waitstatus_to_exitcode(status)
-        report = json.loads(self._report.read_bytes()) if self._report.exists() else {}
-        return Run(process.returncode, self._output.read_text().splitlines(), report, usage.ru_maxrss * 1024)
+        """A run with a report."""
+        return self.run_plainly(*arguments, "--time", "fast", "--report", str(self.directory / "report.json"))
+
+    def run_plainly(self, *arguments: str) -> Run:
+        stdout, stderr, report = (self.directory / name for name in ("stdout", "stderr", "report.json"))
+        report.unlink(missing_ok=True)
+        with stdout.open("wb") as output, stderr.open("wb") as errors:
+            process = subprocess.Popen([str(self.program), *arguments], stdin=subprocess.DEVNULL, stdout=output,
+                                       stderr=errors)
+            watchdog = threading.Timer(RUN_LIMIT_SECONDS, process.kill)
+            watchdog.start()
+            _, status, usage = os.wait4(process.pid, 0)
+            watchdog.cancel()
+            process.returncode = os.waitstatus_to_exitcode(status)
+        content = report.read_bytes() if report.exists() else b""
+        return Run(process.returncode, stdout.read_text(errors="surrogateescape").splitlines(),
+                   stderr.read_text(errors="surrogateescape"), json.loads(content) if content else {},
+                   usage.ru_maxrss * 1024)
 
     def upgrade(self, boards: int, *arguments: str) -> Run:
         return self.run("--upgrade", "1", "--boards", str(boards), *arguments)
@@ -195,25 +210,25 @@ class Terminal(Front):
         require(self.mode() == self.mode_before, "the terminal has another mode than before")
 
 
-def main(description: str, checks: Iterable[Callable[[Application], None]]) -> int:
+def main(description: str, checks: Iterable[Callable[[Rig], None]]) -> int:
     """Make every check, each with a directory of its own, on the program that the command line names.
 
-    One line for each check and for each failure. Returns the exit status: 0 when none failed.
+    One line for each check. Returns the exit status: 0 when none failed.
     """
     parser = argparse.ArgumentParser(description=description)
-    parser.add_argument("--program", type=Path, required=True, help="the karvex-rig to test")
+    parser.add_argument("--program", type=Path, required=True, help="the program to test")
     program = parser.parse_args().program.resolve(strict=True)
-    passed, failed = 0, 0
+    failed = 0
     for check in checks:
-        name = check.__name__.replace("_", " ")
         start = time.monotonic()
+        outcome = "passed"
         with tempfile.TemporaryDirectory(prefix="karvex-") as directory:
             try:
-                check(Application(program, Path(directory)))
-                passed += 1
-            except (AssertionError, KeyError, IndexError, OSError, ValueError) as error:
+                check(Rig(program, Path(directory)))
+            except Skipped as reason:
+                outcome = f"skipped: {reason}"
+            except (AssertionError, KeyError, IndexError, OSError, ValueError, subprocess.TimeoutExpired) as error:
                 failed += 1
-                print(f"FAILED {name}: {type(error).__name__}: {error}")
-        print(f"{name}: {time.monotonic() - start:.1f} s")
-    print(f"{Path(sys.argv[0]).name}: {passed} passed, {failed} failed")
+                outcome = f"FAILED: {type(error).__name__}: {error}"
+        print(f"{check.__name__.replace('_', ' ')} ({time.monotonic() - start:.1f} s): {outcome}")
     return 1 if failed else 0
