@@ -11,6 +11,7 @@
 #include "app/KarvexCore.hpp"
 #include "app/SingleInstance.hpp"
 #include "app/StandardStreams.hpp"
+#include "app/Toolkit.hpp"
 #include "app/WindowProgram.hpp"
 #include "foundation/Log.hpp"
 #include "ui/qt/SymbolIcon.hpp"
@@ -52,7 +53,7 @@ int run(int argumentCount, char** arguments) {
   const app::Handover handover{.url = argumentCount > 1 ? QByteArray(arguments[1]) : QByteArray(),
                                .activationToken = qgetenv(activationToken)};
   int ownCount = 1;  // The toolkit would take options of its own out of the arguments.
-  const QApplication application(ownCount, arguments);
+  const auto toolkit = app::startToolkit(ownCount, arguments);
   QApplication::setApplicationName(QStringLiteral("karvex"));
   QApplication::setApplicationDisplayName(QStringLiteral("Karvex"));
   QApplication::setDesktopFileName(QLatin1String(desktopEntry));

@@ -74,6 +74,16 @@ def urls_of_later_starts_reach_the_first(rig: Rig) -> None:
         require(first.poll() is None, "the first start ended because of a later one")
 
 
+def without_a_display_it_names_the_other_front(rig: Rig) -> None:
+    away = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
+    for environment in (away, {**away, "DISPLAY": ":4711"}):
+        ended = subprocess.run([str(rig.program)], capture_output=True, timeout=LIMIT_SECONDS, check=False,
+                               env={**environment, "QT_QPA_PLATFORM": "xcb"})
+        require_equal("status without a display", ended.returncode, 1)
+        require_equal("lines without a display", ended.stderr.count(b"\n"), 1)
+        require(b"use karvex-console" in ended.stderr, f"without a display: {ended.stderr!r}")
+
+
 def a_killed_one_is_in_nobodys_way(rig: Rig) -> None:
     desktop = Desktop(rig.program, rig.directory)
     with desktop.first("karvex://killed"):
@@ -92,7 +102,8 @@ def the_session_can_end_it(rig: Rig) -> None:
         require_equal("the exit status of a program that the session ends", first.wait(LIMIT_SECONDS), 0)
 
 
-CHECKS = (urls_of_later_starts_reach_the_first, a_killed_one_is_in_nobodys_way, the_session_can_end_it)
+CHECKS = (urls_of_later_starts_reach_the_first, without_a_display_it_names_the_other_front,
+          a_killed_one_is_in_nobodys_way, the_session_can_end_it)
 
 if __name__ == "__main__":
     sys.exit(main("Check the desktop application's way into a session.", CHECKS))

@@ -274,7 +274,8 @@ TEST_F(SerialPortTerminalTest, TheByteStreamIsOneStreamHoweverOftenItIsAskedFor)
 
 TEST_F(SerialPortTerminalTest, WhatComesInBeforeAStreamIsAskedForIsKept) {
   openRaw();
-  terminal.send("early\n");
+  terminal.send("-early\n");
+  EXPECT_EQ(port.readByte(), '-');
   port.configure({.sendTwoStopBits = true});
   Collector<std::string> lines(runtime, port.readLinesStream());
   EXPECT_THAT(lines.waitFor(1), ElementsAre("early\n"));
