@@ -102,14 +102,6 @@ TEST_F(EmbeddedServiceTest, ServesTheListOfTheDocumentedExample) {
   EXPECT_EQ(json::parse(reply.body), json::parse(example("loaderInfo.json")));
 }
 
-TEST_F(EmbeddedServiceTest, ServesAnyTextAsTheListAndNoDeviceAtFirst) {
-  EXPECT_EQ(json::parse(client_.post(list).body), json::array());
-  for (const auto& text : {std::string("\0\xFF{", 3), std::string(), std::string(1'000'000, 'x')}) {
-    service_.setListText(text);
-    EXPECT_EQ(client_.post(list).body, text);
-  }
-}
-
 TEST_F(EmbeddedServiceTest, WritesDownWhatItIsSentByteForByteInTheOrderOfArrival) {
   const std::string form = "application/x-www-form-urlencoded";
   const auto before = runtime_.clock().now();
@@ -186,47 +178,6 @@ TEST_F(EmbeddedServiceTest, IsKnownByItsNamesToWhoTrustsItsAuthorityOnly) {
   const auto reply = TestClient(service_.baseAddress(), other.caFile()).post(list);
   EXPECT_EQ(reply.status, 0);
   EXPECT_EQ(reply.error, "SSLServerVerification");
-}
-
-TEST_F(EmbeddedServiceTest, TheAuthorityIsInAPrivateDirectoryThatGoesWithTheService) {
-  fs::path caFile;
-  {
-    const EmbeddedService service(runtime_, firmware_);
-    caFile = service.caFile();
-    struct stat status{};
-    ASSERT_EQ(stat(caFile.parent_path().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0700U);
-    EXPECT_EQ(read(caFile).find("PRIVATE KEY"), std::string::npos);
-  }
-  EXPECT_FALSE(fs::exists(caFile.parent_path()));
-}
-
-TEST_F(EmbeddedServiceTest, ServesSeveralClientsAtOnce) {
-  constexpr std::size_t clients = 6;
-  constexpr std::size_t rounds = 8;
-  service_.setDevices(exampleDevices());
-  std::array<std::size_t, clients> good{};
-  std::vector<std::thread> threads;
-  for (std::size_t number = 0; number < clients; ++number) {
-    threads.emplace_back([this, number, &good] {
-      for (std::size_t round = 0; round < rounds; ++round) {
-        const auto body = std::to_string(number) + "/" + std::to_string(round);
-        good[number] += client_.post("/services/uploadComplete.php", "text/plain", body).isWhole() ? 1U : 0U;
-        good[number] += client_.post(list).body.empty() ? 0U : 1U;
-        good[number] += client_.get("/firmware/image.hex").body == image_ ? 1U : 0U;
-      }
-    });
-  }
-  for (std::size_t round = 0; round < 50; ++round) {
-    service_.setDevices(exampleDevices());
-    service_.setFaults({});
-    EXPECT_LE(service_.requests().size(), clients * rounds * 3);
-  }
-  for (auto& thread : threads) {
-    thread.join();
-  }
-  EXPECT_THAT(good, testing::Each(rounds * 3));
-  EXPECT_THAT(service_.requests(), SizeIs(clients * rounds * 3));
 }
 
 /// Threads of this process, or files that it has open: what a directory of /proc/self lists.

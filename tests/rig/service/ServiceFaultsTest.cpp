@@ -40,12 +40,6 @@ TEST(ServiceFaultsTest, FaultsOfTheListAreInTheListOnlyAndACertificateIsNoAnswer
   EXPECT_EQ(faults.delayAt(ServicePlace::list), 0ms);
 }
 
-TEST(ServiceFaultsTest, AUrlMayHoldTheSignsOfTheSyntax) {
-  const auto faults = faultsOf({"redirect-elsewhere@firmware=ftp://user@host/?a=b"});
-  EXPECT_EQ(faults.answerAt(ServicePlace::firmware)->text, "ftp://user@host/?a=b");
-  EXPECT_EQ(faults.answerAt(ServicePlace::list), nullptr);
-}
-
 TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
   ServiceFaults faults;
   for (const char* text : {"",
@@ -72,16 +66,6 @@ TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
     EXPECT_NE(addServiceFault(text, faults), std::nullopt) << text;
   }
   EXPECT_TRUE(faults.faults.empty());
-}
-
-TEST(ServiceFaultsTest, TheHelpNamesEachFaultThatIsUnderstood) {
-  const auto help = describeServiceFaults();
-  ServiceFaults faults;
-  for (std::size_t at = 0; at < help.find("  PLACE"); at = help.find('\n', at) + 1) {
-    const auto name = help.substr(at + 2, help.find_first_of(" [", at + 2) - at - 2);
-    EXPECT_EQ(addServiceFault(name, faults), std::nullopt) << name;
-  }
-  EXPECT_EQ(faults.faults.size(), 15U);
 }
 
 TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
