@@ -111,11 +111,22 @@ TEST(RunTest, EachFailureIsToldAndTheNextRunCompletes) {
         fixture.runFor(5s);
         fixture.refresh();
       } while (fixture.alert());
+      EXPECT_EQ(fixture.view->serialPortMgr.errorText.get(), "");
       fixture.upgradeFrom(place);
       EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
       EXPECT_TRUE(fixture.flashMatches(2));
     }
   }
+}
+
+TEST(RunTest, ABootloaderThatMayNotBeOpenedIsToldOfInTheLogAlone) {
+  UpgradeFixture fixture(1);
+  fixture.spoil(0, "access-denied");
+  fixture.appear();
+  fixture.upgradeFrom(0);
+  EXPECT_EQ(fixture.alert(), std::nullopt);
+  EXPECT_THAT(fixture.logged, Contains("> KARVEX : Upload failed => reason Error - Permission denied"));
+  EXPECT_TRUE(fixture.controlsAreFree());
 }
 
 TEST(RunTest, WaitsTheFinishedDevicesDelayAndThenLooksForTheNext) {

@@ -154,6 +154,7 @@ INSTANTIATE_TEST_SUITE_P(Runs, RunTimelineTest,
                                                   Alert::procedureComplete},
                                          Scenario{"first-fails", stubborn(0), Alert::uploadError},
                                          Scenario{"later-fails", stubborn(1), Alert::uploadError},
+                                         Scenario{"first-unserved", unserved(0), Alert::downloadError},
                                          Scenario{"later-unserved", unserved(1), Alert::downloadError}),
                          [](const auto& one) {
                            std::string name = one.param.name;
