@@ -9,8 +9,10 @@ namespace {
 /// While the toolkit starts, the only fatal message is that it can't reach a display.
 void endWithoutDisplay(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*message*/) {
   if (type == QtFatalMsg) {
-    std::fputs("karvex: No window can be opened, because no display can be reached. In a terminal, use karvex-console.\n",
-               stderr);
+    std::fputs(
+        "karvex: No window can be opened, because no display can be reached. In a terminal, use "
+        "karvex-console.\n",
+        stderr);
     std::_Exit(1);
   }
 }

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <fstream>
 #include <numeric>
-#include <sstream>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace karvex::rig {
 namespace {
@@ -15,15 +16,41 @@ constexpr std::uint64_t addressLimit = 0xFFFFFF;
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Takes the next line off the text, with its line end and up to a NUL byte in it; one that is too long comes
-/// in pieces.
-std::string_view takeLine(std::string_view& text) {
-  const auto piece = text.substr(0, pieceLength);
-  const auto end = piece.find('\n');
-  const auto line = end != std::string_view::npos ? piece.substr(0, end + 1) : piece;
-  text.remove_prefix(line.size());
-  return line.substr(0, line.find('\0'));
-}
+/// The lines of a file, read a block at a time.
+class Lines {
+ public:
+  explicit Lines(std::istream& file) : file_(file) {}
+
+  /// The next line with its line end, up to a NUL byte in it; one that is too long comes in pieces. None at
+  /// the end of the file. Valid until the next call.
+  std::optional<std::string_view> next() {
+    if (block_.size() - at_ < pieceLength) {
+      fill();
+    }
+    const auto piece = std::string_view(block_).substr(at_, pieceLength);
+    if (piece.empty()) {
+      return std::nullopt;
+    }
+    const auto end = piece.find('\n');
+    const auto line = end != std::string_view::npos ? piece.substr(0, end + 1) : piece;
+    at_ += line.size();
+    return line.substr(0, line.find('\0'));
+  }
+
+ private:
+  void fill() {
+    constexpr std::size_t blockLength = 65536;
+    block_.erase(0, std::exchange(at_, 0));
+    const auto rest = block_.size();
+    block_.resize(rest + blockLength);
+    file_.read(block_.data() + rest, blockLength);
+    block_.resize(rest + static_cast<std::size_t>(file_.gcount()));
+  }
+
+  std::istream& file_;
+  std::string block_;
+  std::size_t at_ = 0;  ///< what of it has been taken
+};
 
 std::optional<std::uint8_t> digit(char character) {
   const auto value = [character](char first, int offset) {
@@ -135,21 +162,17 @@ class Reading {
 std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
                                                        const BoardKind& kind) {
   std::ifstream stream(file, std::ios::binary);
-  std::ostringstream whole;
-  if (stream.peek() != std::ifstream::traits_type::eof()) {  // It would fail if there were nothing.
-    whole << stream.rdbuf();
-  }
-  if (!stream.is_open() || stream.bad() || !whole) {
+  if (!stream) {
     return std::nullopt;
   }
+  Lines lines(stream);
   Reading reading(kind);
-  for (std::string_view text = whole.view(); !text.empty() && !reading.isAtEnd();) {
-    const auto line = takeLine(text);
-    if (!line.empty() && !reading.read(line)) {
+  for (auto line = lines.next(); line && !reading.isAtEnd(); line = lines.next()) {
+    if (!line->empty() && !reading.read(*line)) {
       return std::nullopt;
     }
   }
-  return reading.takeFlash();
+  return stream.bad() ? std::nullopt : std::optional(reading.takeFlash());
 }
 
 }  // namespace karvex::rig

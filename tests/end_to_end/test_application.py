@@ -47,6 +47,9 @@ def what_became_of_each_board_is_said(rig: Rig) -> None:
                                               "it is running.", "1 of 3 devices upgraded.")):
         require(expected in line, f"{line!r} has no {expected!r}")
     require("it is gone." in run.lines[-3], run.lines[-3])
+    busy, snatched = (rig.upgrade(1, "--board", f"1:{fault}").report["dialogs"] for fault in ("port-busy", "port-snatched"))
+    require_equal("dialogs", [dialog["title"] for dialog in busy + snatched],
+                  ["Device Port currently in use! ", "Could not switch device to programming mode"])
     away = rig.upgrade(2, "--board", "2:never-returns")
     require_equal("exit status of a board that stays away", away.exit_status, 0)
     require_equal("told to be plugged in", [line.endswith("plug it in again.") for line in away.lines[-3:]],

@@ -215,9 +215,10 @@ def output_that_nobody_takes(rig: Rig) -> None:
                                stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         require_equal(f"exit status with {redirection}", ended.returncode, expected)
         require(json.loads(report.read_bytes())["flash_matches"], f"the report with {redirection}")
-    for results in (("--report", "/dev/full"), ("--reports", "/dev/full")):
-        run = rig.run_plainly("program", str(file), "--mcu", MCU, *results)
-        require_equal(f"exit status with {results}", run.exit_status, 3)
+    program = ("program", str(file), "--mcu", MCU)
+    for arguments in ((*program, "--report"), (*program, "--reports"), ("--upgrade", "1", "--boards", "1", "--report")):
+        run = rig.run_plainly(*arguments, "/dev/full", "--time", "fast")
+        require_equal(f"exit status with {arguments}", run.exit_status, 3)
 
 
 def the_service_and_the_equipment_are_shown(rig: Rig) -> None:

@@ -84,16 +84,6 @@ TEST_F(VirtualTerminalsTest, APortHasOneOpenerUntilItIsClosed) {
   EXPECT_EQ(refusalOf(port), inUseBy("this program"));
 }
 
-TEST_F(VirtualTerminalsTest, AnotherProgramThatComesAndGoesTakesNothingFromAnOpenNode) {
-  auto node = openNode();
-  terminals.occupy("1234", "minicom");
-  terminals.vacate("1234");
-  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
-  terminals.occupy("1234", "minicom");
-  node.reset();
-  EXPECT_EQ(refusalOf(port), inUseBy("minicom")) << "our close is not the other's";
-}
-
 TEST_F(VirtualTerminalsTest, AProgramThatWaitsForThePortGetsItBehindItsFirstUse) {
   terminals.occupyBehindUse("1234", "minicom");
   EXPECT_EQ(refusalOf("/dev/cu.usbmodem99991"), absent);
@@ -104,6 +94,15 @@ TEST_F(VirtualTerminalsTest, AProgramThatWaitsForThePortGetsItBehindItsFirstUse)
   terminals.vacate("1234");
   EXPECT_EQ(refusalOf(port), std::nullopt);
   EXPECT_EQ(refusalOf(port), std::nullopt) << "it comes once";
+}
+
+TEST_F(VirtualTerminalsTest, TheBoardSeesTheLineSpeedAndNothingElse) {
+  auto node = openNode();
+  EXPECT_EQ(node->write(std::vector<std::uint8_t>(3)), 3);
+  node->configure({});
+  EXPECT_THAT(seen, IsEmpty());
+  node->configure(request);
+  EXPECT_THAT(seen, ElementsAre("134 baud"));
 }
 
 TEST_F(VirtualTerminalsTest, ANodeOutlivesItsPortWithoutADeviceEvenWhenTheBoardIsBack) {

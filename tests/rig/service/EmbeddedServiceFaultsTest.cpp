@@ -60,25 +60,6 @@ class EmbeddedServiceFaultsTest : public testing::Test {
   TestClient client_{service_};
 };
 
-TEST_F(EmbeddedServiceFaultsTest, AFaultOfOnePlaceLeavesTheOthersAlone) {
-  setFaults({"not-found@complete", "server-error@firmware"});
-  EXPECT_EQ(client_.post(list).status, 200);
-  EXPECT_EQ(client_.post(complete).status, 404);
-  EXPECT_EQ(client_.post(report).status, 200);
-  EXPECT_EQ(client_.get(image).status, 500);
-  setFaults({});
-  EXPECT_EQ(client_.get(image).body, std::string(imageSize, ':'));
-}
-
-TEST_F(EmbeddedServiceFaultsTest, AWrongCertificateFailsVerificationBeforeAnythingIsAsked) {
-  setFaults({"wrong-certificate"});
-  EXPECT_EQ(client_.post(list).error, "SSLServerVerification");
-  EXPECT_EQ(client_.get(image).error, "SSLServerVerification");
-  EXPECT_THAT(service_.requests(), SizeIs(0));
-  setFaults({});
-  EXPECT_EQ(client_.post(list).status, 200) << "the right certificate comes back with the next connection";
-}
-
 TEST_F(EmbeddedServiceFaultsTest, AnEndlessAnswerGoesOnUntilTheClientLeaves) {
   setFaults({"endless"});
   client_.largestBody = 20UL * 1024 * 1024;

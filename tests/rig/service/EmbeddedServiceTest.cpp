@@ -34,9 +34,33 @@ void write(const fs::path& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
-/// A few devices, with what a service always says of one.
-std::vector<ServedDevice> someDevices() {
-  return {{.mcu = "TEENSY40"}, {.mcu = "TEENSY31"}};
+std::string example(const char* name) {
+  return read(fs::path(KARVEX_EXAMPLES_DIRECTORY) / name);
+}
+
+/// The devices of docs/examples/loaderInfo.json.
+std::vector<ServedDevice> exampleDevices() {
+  return {{.midiName = "Step Sequencer",
+           .deviceSerialNumber = "14527360",
+           .mcu = "TEENSY40",
+           .firmwareName = "Step Sequencer",
+           .firmwareVersion = "2.4.0",
+           .setupDelay = 3000,
+           .serverURL = "https://firmware.example.com/",
+           .serverDirectory = "firmware/",
+           .serverFile = "step-sequencer.TEENSY40.hex",
+           .sequenceNumber = 1,
+           .currentVersion = "2.3.1"},
+          {.deviceSerialNumber = "9038410",
+           .mcu = "TEENSY31",
+           .firmwareName = "Expression Pedal & Switch",
+           .firmwareVersion = "1.10",
+           .setupDelay = 0,
+           .serverURL = "https://firmware.example.com",
+           .serverDirectory = "/firmware/",
+           .serverFile = "expression-pedal.TEENSY31.hex",
+           .sequenceNumber = 2,
+           .currentVersion = "1.9"}};
 }
 
 class EmbeddedServiceTest : public testing::Test {
@@ -69,12 +93,45 @@ class EmbeddedServiceTest : public testing::Test {
   TestClient client_{service_};
 };
 
-TEST_F(EmbeddedServiceTest, ServesAnyTextAsTheListAndNoDeviceAtFirst) {
-  EXPECT_EQ(json::parse(client_.post(list).body), json::array());
-  for (const auto& text : {std::string("\0\xFF{", 3), std::string(), std::string(1'000'000, 'x')}) {
-    service_.setListText(text);
-    EXPECT_EQ(client_.post(list).body, text);
+TEST_F(EmbeddedServiceTest, ServesTheListOfTheDocumentedExample) {
+  service_.setDevices(exampleDevices());
+  const auto reply = client_.post(list);
+  EXPECT_TRUE(reply.isWhole()) << reply.error;
+  EXPECT_EQ(reply.status, 200);
+  EXPECT_EQ(reply.contentType, "application/json");
+  EXPECT_EQ(json::parse(reply.body), json::parse(example("loaderInfo.json")));
+}
+
+TEST_F(EmbeddedServiceTest, WritesDownWhatItIsSentByteForByteInTheOrderOfArrival) {
+  const std::string form = "application/x-www-form-urlencoded";
+  const auto before = runtime_.clock().now();
+  EXPECT_EQ(client_.post(list, form).status, 200);
+  EXPECT_EQ(client_.post("/services/uploadComplete.php", form, example("uploadComplete.txt")).status, 200);
+  EXPECT_EQ(
+      client_.post("/services/deviceExplorer.php", "application/json", example("deviceExplorer.json")).status,
+      200);
+  EXPECT_EQ(client_.post("/services/deviceExplorer.php", "x/y", image_).status, 200);
+  const auto after = runtime_.clock().now();
+
+  const auto sent = service_.requests();
+  ASSERT_THAT(sent, SizeIs(4));
+  auto latest = before;
+  for (const auto& request : sent) {
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_GE(request.time, latest);
+    latest = request.time;
+    EXPECT_EQ(request.header("REMOTE_ADDR"), "") << "the client never sent it";
   }
+  EXPECT_LE(latest, after);
+  EXPECT_EQ(sent[0].path, list);
+  EXPECT_EQ(sent[0].header("content-type"), form);
+  EXPECT_EQ(sent[0].header("Content-Length"), "0");
+  EXPECT_EQ(sent[0].header("X-None"), "");
+  EXPECT_EQ(sent[1].path, "/services/uploadComplete.php");
+  EXPECT_EQ(sent[1].body, example("uploadComplete.txt"));
+  EXPECT_EQ(sent[2].body, example("deviceExplorer.json"));
+  EXPECT_EQ(sent[2].header("Content-Type"), "application/json");
+  EXPECT_EQ(sent[3].body, image_);
 }
 
 TEST_F(EmbeddedServiceTest, ServesFirmwareFilesByteForByte) {
@@ -121,47 +178,6 @@ TEST_F(EmbeddedServiceTest, IsKnownByItsNamesToWhoTrustsItsAuthorityOnly) {
   const auto reply = TestClient(service_.baseAddress(), other.caFile()).post(list);
   EXPECT_EQ(reply.status, 0);
   EXPECT_EQ(reply.error, "SSLServerVerification");
-}
-
-TEST_F(EmbeddedServiceTest, TheAuthorityIsInAPrivateDirectoryThatGoesWithTheService) {
-  fs::path caFile;
-  {
-    const EmbeddedService service(runtime_, firmware_);
-    caFile = service.caFile();
-    struct stat status{};
-    ASSERT_EQ(stat(caFile.parent_path().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0700U);
-    EXPECT_EQ(read(caFile).find("PRIVATE KEY"), std::string::npos);
-  }
-  EXPECT_FALSE(fs::exists(caFile.parent_path()));
-}
-
-TEST_F(EmbeddedServiceTest, ServesSeveralClientsAtOnce) {
-  constexpr std::size_t clients = 6;
-  constexpr std::size_t rounds = 8;
-  service_.setDevices(someDevices());
-  std::array<std::size_t, clients> good{};
-  std::vector<std::thread> threads;
-  for (std::size_t number = 0; number < clients; ++number) {
-    threads.emplace_back([this, number, &good] {
-      for (std::size_t round = 0; round < rounds; ++round) {
-        const auto body = std::to_string(number) + "/" + std::to_string(round);
-        good[number] += client_.post("/services/uploadComplete.php", "text/plain", body).isWhole() ? 1U : 0U;
-        good[number] += client_.post(list).body.empty() ? 0U : 1U;
-        good[number] += client_.get("/firmware/image.hex").body == image_ ? 1U : 0U;
-      }
-    });
-  }
-  for (std::size_t round = 0; round < 50; ++round) {
-    service_.setDevices(someDevices());
-    service_.setFaults({});
-    EXPECT_LE(service_.requests().size(), clients * rounds * 3);
-  }
-  for (auto& thread : threads) {
-    thread.join();
-  }
-  EXPECT_THAT(good, testing::Each(rounds * 3));
-  EXPECT_THAT(service_.requests(), SizeIs(clients * rounds * 3));
 }
 
 /// Threads of this process, or files that it has open: what a directory of /proc/self lists.

@@ -3,11 +3,13 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "app/rig/RigPlatform.hpp"
+#include "foundation/Task.hpp"
 #include "foundation/VirtualRuntime.hpp"
 #include "upgrade/DeviceListView.hpp"
 
@@ -25,30 +27,39 @@ class FlakyTerminals final : public device::TerminalNodes {
   device::TerminalNodes& nodes_;
 };
 
-/// The device table on a rig of boards, in virtual time, with the three log channels caught.
-class RunBench {
+/// The upgrade on a rig of boards, in virtual time, with the three log channels caught.
+class UpgradeFixture {
  public:
-  explicit RunBench(std::size_t boards = 5);
-  ~RunBench();
-  RunBench(const RunBench&) = delete;
-  RunBench& operator=(const RunBench&) = delete;
+  /// With boards, the service lists them, MIDI knows them, and there is a table. Without, all that is the
+  /// test's.
+  explicit UpgradeFixture(std::size_t boards);
+  ~UpgradeFixture();
+  UpgradeFixture(const UpgradeFixture&) = delete;
+  UpgradeFixture& operator=(const UpgradeFixture&) = delete;
 
-  /// Fills the table.
+  Platform platform();
+  /// Makes the device table, in place of the one before.
+  void makeView();
+  std::shared_ptr<midikit::io::ObservableMIDIManager> startedManager();
+
+  void runFor(foundation::Duration span);
+  /// Runs a task that is started on the main queue to its end.
+  void run(foundation::Task<> task);
+  /// Runs until no run is going and no task is under way.
+  void settle();
+
+  /// @name What a user does; each runs until everything has ended
+  /// @{
   void appear();
-  /// Selects a row, clicks on the Upload button, and runs until everything has ended.
   void upgradeFrom(std::size_t row);
   void confirm(Alert alert);
   void refresh();
-  /// Runs until no run is going and no task is under way.
-  void settle();
-  void runFor(foundation::Duration span);
+  /// @}
 
   std::vector<records::BootableDevice> rows() const { return view->deviceManager.managedDevices.get(); }
-  std::string serialAt(std::size_t place) const;
-  std::string portAt(std::size_t place) const;
-  /// The statuses that a row had, in order, since the last call of `forget`.
+  std::string serialAt(std::size_t place) const { return app::serialNumberOf(place); }
+  /// The statuses that a row had, in order.
   std::vector<std::uint32_t> statusesOf(std::size_t place) const;
-  void forget();
   /// The alert that is up, if exactly one is.
   std::optional<Alert> alert() const;
   bool flashMatches(std::size_t place);
@@ -58,17 +69,19 @@ class RunBench {
 
   /// Changes what the service lists of one device.
   void list(std::size_t place, const std::function<void(rig::ServedDevice&)>& change);
-  /// Lists everything as it should be.
-  void listRight();
-  /// Changes what is wrong with one board.
-  void inspect(std::size_t place, const std::function<void(rig::VirtualBoard&)>& change);
+  /// The service misbehaves in this way, and in no other.
+  void misbehave(const std::string& fault);
+  /// This is wrong with the board, and nothing else.
+  void spoil(std::size_t place, const std::string& fault);
+  /// Nothing is wrong any more with a board that had trouble.
+  void repair(std::size_t place);
 
   foundation::VirtualRuntime runtime;
   app::EquipmentPlan plan;
   app::RigPlatform rig;
+  std::string address{rig.service.baseAddress()};
   FlakyTerminals terminals{rig.terminals};
   NotificationManager notificationManager;
-  std::shared_ptr<midikit::io::ObservableMIDIManager> midiManager;
   SharedDeviceListModel model;
   std::unique_ptr<DeviceListView> view;
 
@@ -77,7 +90,6 @@ class RunBench {
   std::vector<std::string> debugged;
 
  private:
-  std::vector<rig::ServedDevice> served_;
   std::map<std::string, std::vector<std::uint32_t>> statuses_;
   foundation::Subscription statusSubscription_;
 };
