@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <stdlib.h>
-
 #include <sstream>
 #include <unordered_set>
 
@@ -129,14 +127,6 @@ TEST_F(BootableDeviceManagerTest, EachMisbehaviourOfTheServiceLeavesTheListAndSa
       EXPECT_THAT(lines[i], StartsWith(example.lines[i]));
     }
   }
-}
-
-TEST_F(BootableDeviceManagerTest, TheServiceIsReachedWhateverProxyTheEnvironmentNames) {
-  setenv("https_proxy", "http://127.0.0.1:9", 1);
-  BootableDeviceManager manager(fixture.platform());
-  EXPECT_TRUE(fetch(manager));
-  unsetenv("https_proxy");
-  EXPECT_THAT(manager.deviceDescriptors, SizeIs(2)) << fixture.printed;
 }
 
 TEST_F(BootableDeviceManagerTest, AnEmptyAnswerIsASuccessThatForgetsTheEarlierList) {

@@ -94,19 +94,5 @@ TEST_F(EquipmentReportTest, WhatCannotBeSentIsSaidWithoutATransfer) {
   EXPECT_THAT(fixture.rig.service.requests(), IsEmpty());
 }
 
-TEST_F(EquipmentReportTest, TheOutcomeIsSetOffTheMainThreadWhateverItIs) {
-  std::vector<std::thread::id> threads;
-  for (const auto* url : {"https://my service/report", "https://127.0.0.1:1/", fixture.address.c_str()}) {
-    auto platform = fixture.platform().forExplorer();
-    platform.reportUrl = url;
-    device::DeviceExplorer explorer(platform);
-    const auto subscription = explorer.lastError.observe(
-        [&threads](const std::string&) { threads.push_back(std::this_thread::get_id()); });
-    send(explorer);
-  }
-  EXPECT_THAT(threads, SizeIs(3));
-  EXPECT_THAT(threads, Each(Ne(std::this_thread::get_id())));
-}
-
 }  // namespace
 }  // namespace karvex::upgrade

@@ -267,21 +267,5 @@ TEST(RunTest, TheControlsAreInOneOfTheirStatesWhateverHappens) {
   }
 }
 
-TEST(RunTest, TimeBeyondTheToldPausesGrowsWithTheNumberOfBoards) {
-  const auto timeOf = [](std::size_t boards) {
-    UpgradeFixture fixture(boards);
-    fixture.appear();
-    const auto start = fixture.runtime.clock().now();
-    fixture.upgradeFrom(0);
-    EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
-    return std::chrono::duration<double>(fixture.runtime.clock().now() - start).count();
-  };
-  // Six kinds of boards take turns, so that runs of a multiple of six are alike.
-  const auto few = timeOf(6);
-  const auto some = timeOf(12);
-  const auto many = timeOf(18);
-  EXPECT_NEAR((many - some) / (some - few), 1.0, 0.01) << few << " s, " << some << " s, " << many << " s";
-}
-
 }  // namespace
 }  // namespace karvex::upgrade

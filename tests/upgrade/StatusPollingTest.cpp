@@ -58,14 +58,6 @@ TEST_F(StatusPollingTest, AnEqualValueIsAcknowledgedAgainWhenItIsAnnounced) {
   EXPECT_EQ(fixture.logged.size(), 2U);
 }
 
-TEST_F(StatusPollingTest, WithoutASelectionAStatusIsOnlyAcknowledged) {
-  set_load_status(7);
-  fixture.runFor(1s);
-  EXPECT_THAT(fixture.logged, ElementsAre("> KARVEX : Acknowledged Status value = 7"));
-  EXPECT_EQ(statusAt(0) + statusAt(1), 0U);
-  EXPECT_FALSE(fixture.view->procedureComplete.get());
-}
-
 TEST_F(StatusPollingTest, MissingPermissionFreesTheControlsWithOrWithoutASelection) {
   for (const bool isSelected : {true, false}) {
     set_load_status(2);

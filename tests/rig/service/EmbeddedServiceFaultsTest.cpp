@@ -101,19 +101,6 @@ TEST_F(EmbeddedServiceFaultsTest, ASilentServiceLetsGoWhenItStops) {
   }
 }
 
-TEST_F(EmbeddedServiceFaultsTest, ASlowServiceLetsGoWhenTheClientLeavesAndWhenItStops) {
-  setFaults({"slow=3600000"});
-  client_.patience = 50ms;
-  EXPECT_EQ(client_.post(list).status, 0);
-  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 1; }));
-  EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 0; }));
-  client_.patience = 60s;
-  auto reply = std::async(std::launch::async, [this] { return client_.post(list); });
-  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 2; }));
-  service_.stop();
-  EXPECT_EQ(reply.get().status, 0);
-}
-
 TEST_F(EmbeddedServiceFaultsTest, StoppingDoesNotWaitForClientsThatSayNothing) {
   const int mute = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};

@@ -1,13 +1,9 @@
 #include "rig/service/EmbeddedService.hpp"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
-#include <array>
 #include <fstream>
 #include <iterator>
-#include <nlohmann/json.hpp>
-#include <thread>
 #include <vector>
 
 #include "foundation/SystemRuntime.hpp"
@@ -18,8 +14,6 @@ namespace karvex::rig {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr const char* list = "/services/loaderInfo.php";
@@ -36,31 +30,6 @@ void write(const fs::path& path, const std::string& text) {
 
 std::string example(const char* name) {
   return read(fs::path(KARVEX_EXAMPLES_DIRECTORY) / name);
-}
-
-/// The devices of docs/examples/loaderInfo.json.
-std::vector<ServedDevice> exampleDevices() {
-  return {{.midiName = "Step Sequencer",
-           .deviceSerialNumber = "14527360",
-           .mcu = "TEENSY40",
-           .firmwareName = "Step Sequencer",
-           .firmwareVersion = "2.4.0",
-           .setupDelay = 3000,
-           .serverURL = "https://firmware.example.com/",
-           .serverDirectory = "firmware/",
-           .serverFile = "step-sequencer.TEENSY40.hex",
-           .sequenceNumber = 1,
-           .currentVersion = "2.3.1"},
-          {.deviceSerialNumber = "9038410",
-           .mcu = "TEENSY31",
-           .firmwareName = "Expression Pedal & Switch",
-           .firmwareVersion = "1.10",
-           .setupDelay = 0,
-           .serverURL = "https://firmware.example.com",
-           .serverDirectory = "/firmware/",
-           .serverFile = "expression-pedal.TEENSY31.hex",
-           .sequenceNumber = 2,
-           .currentVersion = "1.9"}};
 }
 
 class EmbeddedServiceTest : public testing::Test {
@@ -92,15 +61,6 @@ class EmbeddedServiceTest : public testing::Test {
   EmbeddedService service_{runtime_, firmware_};
   TestClient client_{service_};
 };
-
-TEST_F(EmbeddedServiceTest, ServesTheListOfTheDocumentedExample) {
-  service_.setDevices(exampleDevices());
-  const auto reply = client_.post(list);
-  EXPECT_TRUE(reply.isWhole()) << reply.error;
-  EXPECT_EQ(reply.status, 200);
-  EXPECT_EQ(reply.contentType, "application/json");
-  EXPECT_EQ(json::parse(reply.body), json::parse(example("loaderInfo.json")));
-}
 
 TEST_F(EmbeddedServiceTest, WritesDownWhatItIsSentByteForByteInTheOrderOfArrival) {
   const std::string form = "application/x-www-form-urlencoded";
@@ -154,20 +114,6 @@ TEST_F(EmbeddedServiceTest, NothingLeadsOutOfTheFirmwareDirectory) {
     EXPECT_EQ(reply.status, 404) << path;
     EXPECT_EQ(reply.body.find("not to be served"), std::string::npos) << path;
   }
-}
-
-TEST_F(EmbeddedServiceTest, WhatNobodyServesIsRefusedAndWrittenDownAllTheSame) {
-  EXPECT_EQ(client_.get("/").status, 404);
-  EXPECT_EQ(client_.post("/services/loaderInfo").status, 404);
-  EXPECT_EQ(client_.post("/%0A" + std::string(8000, 'a'), "text/plain", "body").status, 404);
-  EXPECT_EQ(client_.get(list).status, 405);
-  EXPECT_EQ(client_.post("/firmware/image.hex").status, 405);
-  EXPECT_EQ(client_.send("DELETE", "/firmware/image.hex", "", "").status, 405);
-  EXPECT_EQ(client_.get("/firmware/image.hex").status, 200);
-  const auto sent = service_.requests();
-  ASSERT_THAT(sent, SizeIs(7));
-  EXPECT_EQ(sent[2].body, "body");
-  EXPECT_EQ(sent[5].method, "DELETE");
 }
 
 TEST_F(EmbeddedServiceTest, IsKnownByItsNamesToWhoTrustsItsAuthorityOnly) {

@@ -32,14 +32,6 @@ TEST(ServiceFaultsTest, AFaultShowsWhereItIsSaidTo) {
   EXPECT_FALSE(faults.hasWrongCertificate());
 }
 
-TEST(ServiceFaultsTest, FaultsOfTheListAreInTheListOnlyAndACertificateIsNoAnswer) {
-  const auto faults = faultsOf({"wrong-certificate", "missing-key@list=mcu"});
-  EXPECT_TRUE(faults.hasWrongCertificate());
-  EXPECT_EQ(faults.answerAt(ServicePlace::list)->text, "mcu");
-  EXPECT_EQ(faults.answerAt(ServicePlace::firmware), nullptr);
-  EXPECT_EQ(faults.delayAt(ServicePlace::list), 0ms);
-}
-
 TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
   ServiceFaults faults;
   for (const char* text : {"",
@@ -93,16 +85,6 @@ TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
       json::parse(spoilList(good.dump(), {.kind = Misbehaviour::unknownMcu, .only = {}, .text = "TEENSY99"}));
   EXPECT_EQ(unknown[1]["mcu"], "TEENSY99");
   EXPECT_EQ(unknown[0], good[0]);
-}
-
-TEST(SpoilListTest, AListWithoutDevicesGetsOneAndOtherTextStaysAsItIs) {
-  const ServiceFault fault{.kind = Misbehaviour::missingKey, .only = {}, .text = "mcu"};
-  const auto list = json::parse(spoilList("[]", fault));
-  ASSERT_EQ(list.size(), 1U);
-  EXPECT_EQ(list[0].size(), servedDeviceKeys().size() - 1);
-  for (const char* text : {"", "{}", "[1]", "[", "null"}) {
-    EXPECT_EQ(spoilList(text, fault), text);
-  }
 }
 
 }  // namespace
