@@ -24,8 +24,7 @@ AGAIN_SHARE = 0.25
 
 
 class Job:
-    """Boards, and the runs that meet them. The program's flashes are as long as the files, but for a last byte: whether the
-    board is in its bootloader."""
+    """Boards, and the runs that meet them. A board's file is its flash and a last byte: whether it is in its bootloader."""
 
     def __init__(self, program: Path, seed: str, directory: Path) -> None:
         self._random = Random(seed)

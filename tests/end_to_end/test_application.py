@@ -43,6 +43,7 @@ def a_run_without_a_hand(rig: Rig) -> None:
 
 def what_became_of_each_board_is_said(rig: Rig) -> None:
     run = rig.upgrade(3, "--board", "2:vanishes=1")
+    require_equal("exit status", run.exit_status, 3)
     for line, expected in zip(run.lines[-4:], (": upgraded: 7 blocks, its flash matches", ": NOT UPGRADED: its flash is not",
                                               "it is running.", "1 of 3 devices upgraded.")):
         require(expected in line, f"{line!r} has no {expected!r}")
