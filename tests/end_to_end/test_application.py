@@ -63,6 +63,7 @@ def a_row_that_is_not_there(rig: Rig) -> None:
     require_equal("no board", rig.run("--upgrade", "1", "--boards", "0").exit_status, 3)
     run = rig.run("--upgrade", "3", "--boards", "3")
     require_equal("exit status from the last row on", run.exit_status, 0)
+    require(not any("NOT UPGRADED" in line for line in run.lines), "boards before the row are told of")
     require_equal("upgraded", [board["flash_matches"] for board in run.report["boards"]], [False, False, True])
 
 
