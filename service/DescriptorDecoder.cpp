@@ -255,11 +255,7 @@ ExaminedList examineDescriptors(std::string_view list, std::size_t mostFaults) {
     result.fault = refusal->fault();
   }
   std::size_t faults = 0;
-  for (std::size_t index = 0; !result.fault && index < document.size(); ++index) {
-    if (faults >= mostFaults) {
-      result.isWhole = false;
-      break;
-    }
+  for (std::size_t index = 0; !result.fault && faults < mostFaults && index < document.size(); ++index) {
     auto& element = result.elements.emplace_back();
     for (const auto& refusal : decodeElement(document[index], index, element.descriptor)) {
       element.faults.push_back(refusal.fault());

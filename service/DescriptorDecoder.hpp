@@ -40,7 +40,6 @@ struct ExaminedDescriptor {
 struct ExaminedList {
   std::optional<DescriptorFault> fault;  ///< of the list as a whole: then there are no elements
   std::vector<ExaminedDescriptor> elements;
-  bool isWhole = true;  ///< false if the examination ended early, at the most faults that were wanted
 };
 
 /// Reads a list as decodeDescriptors() does, for anyone who wants to know all of its faults. It ends after

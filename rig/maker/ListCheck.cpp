@@ -61,7 +61,7 @@ CheckedList checkList(std::string_view text, const std::optional<std::filesystem
   const auto files = folder ? std::optional(FirmwareFolder(*folder)) : std::nullopt;
   addElementFaults(list, files ? &*files : nullptr, source, result);
   std::ranges::stable_sort(result.faults, {}, &ListFault::line);
-  result.hasMoreFaults = !list.isWhole || result.faults.size() >= mostFaults;
+  result.hasMoreFaults = result.faults.size() >= mostFaults;
   if (!result.faults.empty()) {
     result.devices.clear();
   }
