@@ -91,11 +91,19 @@ bool addsUp(const Bytes& bytes, std::size_t count) {
 
 class Reading {
  public:
-  explicit Reading(const BoardKind& kind) : kind_(kind), flash_(kind.flashSize, 0xFF) {}
+  explicit Reading(const BoardKind& kind) : kind_(kind) { result_.flash.assign(kind.flashSize, 0xFF); }
 
-  bool isAtEnd() const { return isAtEnd_; }
-  Bytes takeFlash() { return std::move(flash_); }
+  bool isAtEnd() const { return result_.hasEndRecord || result_.badLine != 0; }
+  HexReading take() { return std::move(result_); }
 
+  void readNext(std::string_view line) {
+    ++lines_;
+    if (!line.empty() && !read(line)) {
+      result_.badLine = lines_;
+    }
+  }
+
+ private:
   /// False if the line is malformed.
   bool read(std::string_view line) {
     constexpr std::size_t header = 4;
@@ -115,7 +123,7 @@ class Reading {
       case 0:
         return readData(bytes, start);
       case 1:
-        isAtEnd_ = true;
+        result_.hasEndRecord = true;
         return true;
       case 2:
       case 4:
@@ -128,15 +136,17 @@ class Reading {
     }
   }
 
- private:
   bool readData(const Bytes& bytes, std::uint64_t start) {
     const std::size_t count = bytes[0];
     if (!addsUp(bytes, count + 5)) {
       return false;
     }
+    result_.dataBytes += count;
     for (std::size_t i = 0; i < count; ++i) {
-      if (start + i < flash_.size()) {
-        flash_[start + i] = bytes[4 + i];
+      if (start + i < result_.flash.size()) {
+        result_.flash[start + i] = bytes[4 + i];
+      } else {
+        result_.firstBeyond = std::min(result_.firstBeyond.value_or(start + i), start + i);
       }
     }
     return true;
@@ -152,15 +162,14 @@ class Reading {
   }
 
   const BoardKind& kind_;
-  Bytes flash_;
+  HexReading result_;
+  std::size_t lines_ = 0;
   std::uint64_t base_ = 0;
-  bool isAtEnd_ = false;
 };
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
-                                                       const BoardKind& kind) {
+std::optional<HexReading> readHex(const std::filesystem::path& file, const BoardKind& kind) {
   std::ifstream stream(file, std::ios::binary);
   if (!stream) {
     return std::nullopt;
@@ -168,11 +177,16 @@ std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::pa
   Lines lines(stream);
   Reading reading(kind);
   for (auto line = lines.next(); line && !reading.isAtEnd(); line = lines.next()) {
-    if (!line->empty() && !reading.read(*line)) {
-      return std::nullopt;
-    }
+    reading.readNext(*line);
   }
-  return stream.bad() ? std::nullopt : std::optional(reading.takeFlash());
+  return stream.bad() ? std::nullopt : std::optional(reading.take());
+}
+
+std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
+                                                       const BoardKind& kind) {
+  auto reading = readHex(file, kind);
+  const bool isGood = reading && reading->badLine == 0;
+  return isGood ? std::optional(std::move(reading->flash)) : std::nullopt;
 }
 
 }  // namespace karvex::rig

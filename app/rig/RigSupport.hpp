@@ -18,7 +18,8 @@ namespace karvex::app {
 /// How the program ends.
 enum ExitStatus : int {
   exitLoaded = 0,
-  exitWrongUse = 2,  ///< 1 is the loader's own, for a microcontroller that it doesn't know
+  exitFaultyList = 1,
+  exitWrongUse = 2,  ///< 1 is also the loader's own, for a microcontroller that it doesn't know
   exitLoadFailed = 3,
 };
 

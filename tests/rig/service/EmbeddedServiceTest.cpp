@@ -126,6 +126,21 @@ TEST_F(EmbeddedServiceTest, IsKnownByItsNamesToWhoTrustsItsAuthorityOnly) {
   EXPECT_EQ(reply.error, "SSLServerVerification");
 }
 
+TEST_F(EmbeddedServiceTest, APortIsHeldByOneServiceAndFreeAgainAtOnce) {
+  client_.post(list);
+  const auto port = static_cast<std::uint16_t>(client_.port);
+  EXPECT_THROW(EmbeddedService(runtime_, firmware_, port), std::runtime_error);
+  service_.stop();
+  EmbeddedService next(runtime_, firmware_, port);
+  EXPECT_EQ(next.baseAddress(), service_.baseAddress());
+  std::string heard;
+  next.setRequestListener([&heard](const ServiceRequest& request) { heard += request.path; });
+  EXPECT_EQ(TestClient(next).post(list).status, 200);
+  next.stop();
+  EXPECT_EQ(heard, list);
+  EXPECT_THAT(next.requests(), testing::IsEmpty()) << "a service that runs for days keeps nothing";
+}
+
 /// Threads of this process, or files that it has open: what a directory of /proc/self lists.
 std::ptrdiff_t countIn(const char* directory) {
   return std::distance(fs::directory_iterator(directory), {});
