@@ -15,7 +15,13 @@ namespace {
 /// More than anybody mends at a time.
 constexpr std::size_t mostFaults = 200;
 
-/// Puts the faults of the elements behind those of the text, each with its line.
+/// Keeps the faults in the order of their lines, and those of a line in the order in which they were found.
+void insert(ListFault fault, std::vector<ListFault>& faults) {
+  const auto place = std::ranges::upper_bound(faults, fault.line, {}, &ListFault::line);
+  faults.insert(place, std::move(fault));
+}
+
+/// Adds the faults of the elements to those of the text, each with its line.
 void addElementFaults(const service::ExaminedList& list, const FirmwareFolder* folder,
                       const ListSource& source, CheckedList& result) {
   ListRules rules(folder);
@@ -24,8 +30,8 @@ void addElementFaults(const service::ExaminedList& list, const FirmwareFolder* f
     const auto add = [&](const std::string& key, const std::string& text) {
       const auto place = key.empty() ? element : element + "." + key;
       const auto line = source.lineOf(place);
-      result.faults.push_back(
-          {.line = line != 0 ? line : source.lineOf(element), .place = place, .text = text});
+      insert({.line = line != 0 ? line : source.lineOf(element), .place = place, .text = text},
+             result.faults);
     };
     const auto& examined = list.elements[index];
     for (const auto& [key, reason] : examined.faults) {
@@ -60,7 +66,6 @@ CheckedList checkList(std::string_view text, const std::optional<std::filesystem
   }
   const auto files = folder ? std::optional(FirmwareFolder(*folder)) : std::nullopt;
   addElementFaults(list, files ? &*files : nullptr, source, result);
-  std::ranges::stable_sort(result.faults, {}, &ListFault::line);
   result.hasMoreFaults = result.faults.size() >= mostFaults;
   if (!result.faults.empty()) {
     result.devices.clear();

@@ -140,5 +140,9 @@ TEST(DescriptorDecoderTest, WhatIsNoJsonIsSaidTwice) {
   }
 }
 
+TEST(DescriptorDecoderTest, AnExaminationEndsAtTheMostFaults) {
+  EXPECT_EQ(examineDescriptors("[1,2,3]", 2).elements.size(), 2U);
+}
+
 }  // namespace
 }  // namespace karvex::service
