@@ -177,8 +177,9 @@ class ListSource::Reader : public nlohmann::json::json_sax_t {
 ListSource::ListSource(std::string_view text, std::size_t mostFaults) {
   std::size_t line = 1;
   Reader reader(*this, line, mostFaults);
-  isJson_ = nlohmann::json::sax_parse(CountingIterator(text.data(), &line),
-                                      CountingIterator(text.data() + text.size(), &line), &reader);
+  const char* const begin = text.data();
+  const char* const end = begin + text.size();
+  isJson_ = nlohmann::json::sax_parse(CountingIterator(begin, &line), CountingIterator(end, &line), &reader);
 }
 
 std::size_t ListSource::lineOf(const std::string& place) const {
