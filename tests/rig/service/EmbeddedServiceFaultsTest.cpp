@@ -25,7 +25,6 @@ using testing::StartsWith;
 
 constexpr const char* list = "/services/loaderInfo.php";
 constexpr const char* complete = "/services/uploadComplete.php";
-constexpr const char* report = "/services/deviceExplorer.php";
 constexpr const char* image = "/firmware/image.hex";
 
 /// A service with two devices and one file, on the machine's own clock, with faults as a user gives them.
