@@ -24,7 +24,7 @@ class CountingIterator {
   using pointer = const char*;
   using reference = const char&;
 
-  CountingIterator(const char* at, std::size_t* line) : at_(at), line_(line) {}
+  CountingIterator(std::string_view::const_iterator at, std::size_t* line) : at_(at), line_(line) {}
   reference operator*() const { return *at_; }
   CountingIterator& operator++() {
     *line_ += *at_ == '\n' ? 1U : 0U;
@@ -34,7 +34,7 @@ class CountingIterator {
   bool operator==(const CountingIterator& other) const { return at_ == other.at_; }
 
  private:
-  const char* at_;
+  std::string_view::const_iterator at_;
   std::size_t* line_;
 };
 
@@ -184,8 +184,8 @@ class ListSource::Reader : public nlohmann::json::json_sax_t {
 ListSource::ListSource(std::string_view text, std::size_t mostFaults) {
   std::size_t line = 1;
   Reader reader(*this, line, mostFaults);
-  isJson_ = nlohmann::json::sax_parse(CountingIterator(text.data(), &line),
-                                      CountingIterator(text.data() + text.size(), &line), &reader);
+  isJson_ = nlohmann::json::sax_parse(CountingIterator(text.begin(), &line),
+                                      CountingIterator(text.end(), &line), &reader);
 }
 
 std::size_t ListSource::lineOf(const std::string& place) const {
