@@ -168,7 +168,7 @@ CLI::App& addCheckCommand(CLI::App& app, Choices& choices) {
   auto& check = *app.add_subcommand("check", "Prints every fault of a maker's list, with its place.");
   addMakerOptions(check, choices.serve.maker, /*needsFiles=*/false);
   check.get_option("--list")->required();
-  check.footer("Exit status: 0 no fault, 1 faults, 2 wrong use.");
+  check.footer("Exit status: 0 no fault, 1 faults, 2 wrong use, 3 the list can't be read.");
   return check;
 }
 
@@ -180,9 +180,9 @@ CLI::App& addServeCommand(CLI::App& app, Choices& choices) {
   serve.add_option("--port", choices.serve.port, "the port of 127.0.0.1 that it answers at (default 8443)")
       ->check(CLI::Range(1, 65535));
   addFaultOption(serve, "--service", "NAME[@PLACE][=VALUE]", choices.serve.faults, rig::addServiceFault);
-  serve.footer(
-      "Faults of the service:\n" + rig::describeServiceFaults() +
-      "\nExit status: 0 ended by its user, 1 the list has faults, 2 wrong use, 3 the port is taken.");
+  serve.footer("Faults of the service:\n" + rig::describeServiceFaults() +
+               "\nExit status: 0 ended by its user, 1 the list has faults, 2 wrong use, 3 the port is taken, "
+               "or the list can't be read.");
   return serve;
 }
 

@@ -3,14 +3,16 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <fstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "foundation/SystemRuntime.hpp"
+#include "foundation/TransferPolicy.hpp"
 #include "loader/mcu_table.hpp"
 #include "rig/maker/ListText.hpp"
 #include "rig/service/EmbeddedService.hpp"
-#include "rig/service/FilesBelow.hpp"
 #include "ui/EndSignals.hpp"
 
 namespace karvex::app {
@@ -47,16 +49,16 @@ bool sayFaults(const rig::CheckedList& checked, const std::filesystem::path& lis
   return checked.faults.empty();
 }
 
-/// The list, checked. Nothing if its file can't be read, which standard error says.
-std::optional<rig::CheckedList> checkedListOf(const MakerOptions& options) {
-  std::error_code error;
-  const bool isFile = std::filesystem::is_regular_file(options.list, error);
-  const auto text = isFile ? rig::contentsOf(options.list) : std::nullopt;
-  if (!text) {
-    fmt::print(stderr, "karvex-rig: {} can't be read.\n", options.list.string());
-    return std::nullopt;
+/// Of a file that is too large, enough comes to see that.
+rig::CheckedList checkedListOf(const MakerOptions& options) {
+  std::ifstream file(options.list, std::ios::binary);
+  std::string text(foundation::TransferPolicy{}.largestAnswer + 1, '\0');
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (!file && !file.eof()) {
+    throw std::runtime_error(options.list.string() + " can't be read.");
   }
-  return rig::checkList(*text, options.firmware);
+  text.resize(static_cast<std::size_t>(file.gcount()));
+  return rig::checkList(text, options.firmware);
 }
 
 /// In one line, whatever the client sends.
@@ -86,23 +88,20 @@ void sayHowToReach(const rig::EmbeddedService& service) {
 
 int runCheck(const MakerOptions& options) {
   const auto checked = checkedListOf(options);
-  if (!checked) {
-    return exitWrongUse;
-  }
-  if (!sayFaults(*checked, options.list)) {
+  if (!sayFaults(checked, options.list)) {
     return exitFaultyList;
   }
-  say(fmt::format("{}: {}, no fault{}.", options.list.string(), counted(checked->devices.size(), "device"),
+  say(fmt::format("{}: {}, no fault{}.", options.list.string(), counted(checked.devices.size(), "device"),
                   options.firmware ? "" : " (the firmware files were not looked at)"));
   return exitLoaded;
 }
 
 std::optional<MakerEquipment> makerEquipment(const MakerOptions& options) {
   auto checked = checkedListOf(options);
-  if (!checked || !sayFaults(*checked, options.list)) {
+  if (!sayFaults(checked, options.list)) {
     return std::nullopt;
   }
-  return MakerEquipment{.devices = std::move(checked->devices), .firmwareFolder = *options.firmware};
+  return MakerEquipment{.devices = std::move(checked.devices), .firmwareFolder = *options.firmware};
 }
 
 int runServe(const ServeOptions& options) {

@@ -6,13 +6,14 @@
 #include "app/LoaderHost.hpp"
 #include "app/rig/RigSupport.hpp"
 #include "rig/ExpectedFlash.hpp"
+#include "service/FormText.hpp"
 
 namespace karvex::app {
 namespace {
 
 bool isCompletionOf(const rig::ServiceRequest& request, const std::string& serialNumber) {
   return request.path == "/services/uploadComplete.php" &&
-         request.body.starts_with("DEVICE_SERIAL_NUMBER=" + serialNumber + "&");
+         request.body.starts_with(service::formText({{"DEVICE_SERIAL_NUMBER", serialNumber}}) + "&");
 }
 
 }  // namespace

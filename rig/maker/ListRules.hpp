@@ -25,6 +25,9 @@ class ListRules {
 
   /// What is wrong with the element at that place of the list. Keys that could not be decoded are passed
   /// over.
+  ///
+  /// Thread-safe: no.
+  /// Realtime-safe: no, it allocates and reads files.
   std::vector<Finding> check(std::size_t index, const service::ExaminedDescriptor& element);
 
   /// The firmware of the element that was checked last; empty if it wasn't found.

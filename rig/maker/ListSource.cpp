@@ -24,7 +24,7 @@ class CountingIterator {
   using pointer = const char*;
   using reference = const char&;
 
-  CountingIterator(const char* at, std::size_t* line) : at_(at), line_(line) {}
+  CountingIterator(std::string_view::const_iterator at, std::size_t* line) : at_(at), line_(line) {}
   reference operator*() const { return *at_; }
   CountingIterator& operator++() {
     *line_ += *at_ == '\n' ? 1U : 0U;
@@ -34,7 +34,7 @@ class CountingIterator {
   bool operator==(const CountingIterator& other) const { return at_ == other.at_; }
 
  private:
-  const char* at_;
+  std::string_view::const_iterator at_;
   std::size_t* line_;
 };
 
@@ -111,8 +111,8 @@ class ListSource::Reader : public nlohmann::json::json_sax_t {
       if (!keys_.insert(name).second) {
         fault(place, fmt::format("The key {} appears twice; only the last one counts.", inQuotes(name)));
       }
-      source_.lines_.insert_or_assign(place, line_);
-    } else if (const auto meant = meantBy(name)) {
+      noteLine(place);
+    } else if (const auto meant = hasRoom() ? meantBy(name) : std::nullopt) {
       fault(elementPlace(),
             fmt::format("Karvex ignores the key {}; did you mean {}?", inQuotes(name), inQuotes(*meant)));
     }
@@ -146,23 +146,30 @@ class ListSource::Reader : public nlohmann::json::json_sax_t {
   bool value() {
     if (depth_ == 1 && isInList_) {
       ++elements_;
-      // Beyond this many elements nobody is told a place.
-      if (source_.lines_.size() < mostLines) {
-        source_.lines_.emplace(elementPlace(), line_);
-      }
+      noteLine(elementPlace());
     }
     return true;
   }
 
+  bool hasRoom() const { return source_.faults_.size() < mostFaults_; }
+
   std::string elementPlace() const { return fmt::format("[{}]", elements_ - 1); }
 
+  void noteLine(std::string place) {
+    if (source_.lines_.size() < mostLines) {
+      source_.lines_.insert_or_assign(std::move(place), line_);
+    }
+  }
+
   void fault(std::string place, std::string text) {
-    if (source_.faults_.size() < mostFaults_) {
+    if (hasRoom()) {
       source_.faults_.push_back({.line = line_, .place = std::move(place), .text = std::move(text)});
     }
   }
 
-  static constexpr std::size_t mostLines = 1'000'000;
+  /// No list of the largest size has more good elements and keys, and the bad ones that are reported come
+  /// early.
+  static constexpr std::size_t mostLines = 400'000;
 
   ListSource& source_;
   const std::size_t& line_;

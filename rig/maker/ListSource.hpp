@@ -32,6 +32,9 @@ class ListSource {
   bool isJson() const { return isJson_; }
 
   /// The line of "[2].mcu" or of "[2]"; 0 if there is no such place.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: yes.
   std::size_t lineOf(const std::string& place) const;
 
  private:

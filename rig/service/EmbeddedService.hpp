@@ -76,6 +76,9 @@ class EmbeddedService {
 
   /// From now on each request is handed over, on a thread of the service and one at a time, instead of being
   /// kept. The listener must not call the service.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it locks.
   void setRequestListener(RequestListener listener);
 
   /// What was sent until now and kept, in the order of its arrival.
