@@ -27,8 +27,8 @@ constexpr std::size_t leastForStatus = 14;
 constexpr std::size_t mostForStatus = 26;
 constexpr std::size_t mostForVersion = 10;
 
-constexpr std::array<std::string_view, texts::columnTitles.size()> shortTitles{
-    "Device", "Serial", "Firmware", "Now", "New", "Status"};
+constexpr std::array<std::string_view, texts::columnTitles.size()> shortTitles{"Device", "Serial", "Firmware",
+                                                                               "Now",    "New",    "Status"};
 
 std::array<std::string, texts::columnTitles.size()> cellsOf(const DeviceRow& row) {
   return {printable(row.device),         printable(row.serialNumber),  printable(row.firmwareName),
