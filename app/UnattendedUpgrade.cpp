@@ -13,8 +13,8 @@ namespace karvex::app {
 namespace {
 
 std::string sentenceOf(const records::BootableDevice& device, std::uint32_t status) {
-  const auto name = ui::console::printable(fmt::format("#{} {} - {}", device.portSerialNumber,
-                                                       device.sequenceNumber, device.deviceName.value_or("")));
+  const auto name = ui::console::printable(fmt::format(
+      "#{} {} - {}", device.portSerialNumber, device.sequenceNumber, device.deviceName.value_or("")));
   if (status == loader::LOAD_STATUS_SUCCESS) {
     return fmt::format("{}: upgraded.", name);
   }

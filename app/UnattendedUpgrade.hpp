@@ -14,8 +14,8 @@
 
 namespace karvex::app {
 
-/// An upgrade for workshops: begins by itself, writes a line for each change, and ends with a summary and an exit
-/// status. A signal that asks for the program's end is followed after the device in work. Main thread.
+/// An upgrade for workshops: begins by itself, writes a line for each change, and ends with a summary and an
+/// exit status. A signal that asks for the program's end is followed after the device in work. Main thread.
 class UnattendedUpgrade {
  public:
   using Write = std::function<void(std::string_view line)>;

@@ -8,11 +8,19 @@
 #include <string>
 
 #include "app/ExitStatus.hpp"
+#include "app/FailureLog.hpp"
 #include "app/KarvexCore.hpp"
 #include "app/StandardStreams.hpp"
 #include "app/TerminalPage.hpp"
 #include "app/UnattendedUpgrade.hpp"
+#include "app/diagnosis/Diagnosis.hpp"
+#include "app/diagnosis/ServiceSurvey.hpp"
+#include "app/diagnosis/SystemSurvey.hpp"
+#include "device/platform/linux/UdevBoardSurvey.hpp"
 #include "foundation/Log.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "foundation/Task.hpp"
+#include "foundation/UrlSession.hpp"
 #include "ui/console/TerminalMode.hpp"
 
 namespace {
@@ -25,6 +33,7 @@ constexpr std::size_t mostRows = 1000;
 struct Choices {
   std::string upgradeFrom;  ///< a row's number from 1, or "all"; empty without an upgrade
   bool answersAlerts = false;
+  bool isDiagnosis = false;
 };
 
 /// The row's place from 0; nothing if the text is no row.
@@ -52,8 +61,15 @@ void addOptions(CLI::App& command, Choices& choices) {
                        ->type_name("ROW|all")
                        ->check(isRow);
   command.add_flag("--yes", choices.answersAlerts, "answer every alert with OK")->needs(&upgrade);
+  command
+      .add_flag(
+          "--diagnose", choices.isDiagnosis,
+          "print what support asks first, in a form to paste; touches no equipment, and asks the service "
+          "for its list")
+      ->excludes(&upgrade);
   command.footer(
-      "Exit status: 0 ended by its user, or all devices of the upgrade were upgraded; 1 unknown MCU, or a "
+      "Exit status: 0 ended by its user, all devices of the upgrade were upgraded, or the diagnosis is "
+      "printed, whatever it says; 1 unknown MCU, or a "
       "failure of the program; 2 wrong use, or not on a terminal; 3 not all devices were upgraded, an alert "
       "comes "
       "back whatever is answered, or the lines could not be written.");
@@ -67,6 +83,29 @@ int runUpgrade(const Choices& choices) {
   const auto status = upgrade.run();
   core.runtime().finish();
   return app::isOutputWritten() ? status : app::exitLoadFailed;
+}
+
+foundation::Task<> diagnose(foundation::Runtime& runtime, foundation::UrlSession& session) {
+  auto service = co_await app::surveyService(runtime, session, service::ServiceAddress::builtIn());
+  co_await foundation::resumeOn(runtime.mainQueue());
+  const app::Diagnosis diagnosis{.time = app::timeNow(),
+                                 .program = "karvex-console " KARVEX_VERSION,
+                                 .system = app::surveySystem(),
+                                 .service = std::move(service),
+                                 .boards = device::UdevBoardSurvey().boards(),
+                                 .failures = app::FailureLog(app::failureLogFile()).lines()};
+  std::cout << app::textOf(diagnosis);
+  runtime.stopMain();
+}
+
+int runDiagnosis() {
+  foundation::SystemRuntime runtime;
+  foundation::UrlSession session(runtime);
+  foundation::spawn(runtime.mainQueue(), diagnose(runtime, session));
+  runtime.runMain();
+  runtime.finish();
+  std::cout.flush();
+  return std::cout && app::isOutputWritten() ? app::exitLoaded : app::exitLoadFailed;
 }
 
 int runPage() {
@@ -91,6 +130,9 @@ int run(int argc, char** argv) {
     command.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return command.exit(error) == 0 ? 0 : app::exitWrongUse;
+  }
+  if (choices.isDiagnosis) {
+    return runDiagnosis();
   }
   return choices.upgradeFrom.empty() ? runPage() : runUpgrade(choices);
 }
