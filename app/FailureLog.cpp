@@ -28,7 +28,8 @@ constexpr std::uintmax_t longestFile = 1 << 16;
 class Turn {
  public:
   explicit Turn(const fs::path& file)
-      : descriptor_(::open((file.native() + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600)) {
+      : descriptor_(
+            ::open((file.native() + ".lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600)) {
     if (descriptor_ >= 0) {
       ::flock(descriptor_, LOCK_EX);
     }

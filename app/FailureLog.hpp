@@ -36,10 +36,8 @@ class FailureLog {
   std::mutex mutex_;
 };
 
-/// Where the log of this user is, from the values of XDG_STATE_HOME and HOME, of which either may be null. A path
-/// that isn't absolute counts as none.
-/// Thread-safe: yes.
-/// Realtime-safe: no, it allocates.
+/// Where the log of this user is, from the values of XDG_STATE_HOME and HOME, of which either may be null. A
+/// path that isn't absolute counts as none. Thread-safe: yes. Realtime-safe: no, it allocates.
 std::optional<std::filesystem::path> standardFailureLogFile(const char* stateHome, const char* home);
 
 /// The same from this process's environment.

@@ -68,25 +68,28 @@ std::string_view modeOf(const device::UsbDevice& device) {
   return device::DeviceExplorer::isHalfkay(device) ? "in its bootloader (HalfKay)" : "runs its firmware";
 }
 
-std::string stateOf(const device::SurveyedNode& node) {
+std::string stateOf(const device::SurveyedNode& node, bool hasRules) {
   std::string state = node.obstacle.empty() ? "may be opened" : "MAY NOT BE OPENED: " + node.obstacle;
   if (!node.holders.empty()) {
     state += "; held by " + node.holders;
   }
-  if (node.isTagged) {
-    state += *node.isTagged ? "; our rules are in force" : "; OUR RULES ARE NOT IN FORCE: plug the board in again";
+  if (node.isTagged && *node.isTagged) {
+    state += "; our rules are in force";
+  } else if (node.isTagged) {
+    state +=
+        hasRules ? "; OUR RULES ARE NOT IN FORCE: plug the board in again" : "; OUR RULES ARE NOT IN FORCE";
   }
   return state;
 }
 
-void addBoard(Report& report, const device::SurveyedBoard& board) {
+void addBoard(Report& report, const device::SurveyedBoard& board, bool hasRules) {
   const auto& device = board.device;
   report.line(fmt::format("  {}: {:04X}:{:04X} revision {:04X} #{} \"{}\": {}", board.place,
                           device.idVendor.value_or(0), device.idProduct.value_or(0),
                           device.bcdDevice.value_or(0), device.serialNumber.value_or(""),
                           device.product.value_or(""), modeOf(device)));
   for (const auto& node : board.nodes) {
-    report.line(fmt::format("    {}: {}", node.path, stateOf(node)));
+    report.line(fmt::format("    {}: {}", node.path, stateOf(node, hasRules)));
   }
   if (board.nodes.empty()) {
     report.line("    NO DEVICE NODE");
@@ -117,7 +120,7 @@ std::string textOf(const Diagnosis& diagnosis) {
   addService(report, diagnosis.service);
   report.head("Boards on the USB bus");
   for (const auto& board : diagnosis.boards) {
-    addBoard(report, board);
+    addBoard(report, board, !system.rulesFile.empty() && !system.rulesAreOff);
   }
   if (diagnosis.boards.empty()) {
     report.line("  none");

@@ -44,10 +44,8 @@ struct Diagnosis {
   std::vector<std::string> failures;  ///< the last ones, oldest first
 };
 
-/// The report, in a form to paste: plain lines, each with its end. Texts of others that don't belong in a line
-/// are replaced.
-/// Thread-safe: yes.
-/// Realtime-safe: no, it allocates.
+/// The report, in a form to paste: plain lines, each with its end. Texts of others that don't belong in a
+/// line are replaced. Thread-safe: yes. Realtime-safe: no, it allocates.
 std::string textOf(const Diagnosis& diagnosis);
 
 }  // namespace karvex::app

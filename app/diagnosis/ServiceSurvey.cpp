@@ -29,7 +29,8 @@ constexpr int connectTimeOut = 10'000;  ///< in milliseconds
 
 bool isProxySet() {
   for (const char* name : {"https_proxy", "HTTPS_PROXY", "http_proxy", "all_proxy", "ALL_PROXY"}) {
-    const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nobody sets the environment
+    const char* const value =
+        std::getenv(name);  // NOLINT(concurrency-mt-unsafe): nobody sets the environment
     if (value != nullptr && *value != '\0') {
       return true;
     }
@@ -123,7 +124,8 @@ bool reachesHost(const std::string& url, CheckStep& name, CheckStep& connection)
 
 }  // namespace
 
-foundation::Task<ServiceDiagnosis> surveyService(foundation::Runtime& runtime, foundation::UrlSession& session,
+foundation::Task<ServiceDiagnosis> surveyService(foundation::Runtime& runtime,
+                                                 foundation::UrlSession& session,
                                                  service::ServiceAddress address) {
   ServiceDiagnosis result{
       .address = foundation::withoutCredentials(address.loaderInfo), .usesProxy = isProxySet(), .steps = {}};

@@ -22,10 +22,10 @@ namespace fs = std::filesystem;
 constexpr std::array ruleFolders{"etc/udev/rules.d", "run/udev/rules.d", "usr/local/lib/udev/rules.d",
                                  "usr/lib/udev/rules.d", "lib/udev/rules.d"};
 
-/// Programs that open the port of a board that comes, or probe it, by the name that the kernel has of them: 15
-/// characters at most.
-constexpr std::array<std::string_view, 5> meddlers{"ModemManager", "mtp-probe", "gvfs-mtp-volume", "gvfsd-mtp",
-                                                   "brltty"};
+/// Programs that open the port of a board that comes, or probe it, by the name that the kernel has of them:
+/// 15 characters at most.
+constexpr std::array<std::string_view, 5> meddlers{"ModemManager", "mtp-probe", "gvfs-mtp-volume",
+                                                   "gvfsd-mtp", "brltty"};
 
 /// Calls `visit` for each entry; what can't be read has none.
 template <typename Visit>
@@ -78,7 +78,8 @@ std::vector<std::string> meddlingPrograms(const fs::path& root) {
   forEachEntry(root / "proc", [&found](const fs::path& process) {
     const auto number = process.filename().native();
     const auto name = firstLineOf(process / "comm");
-    if (number.find_first_not_of("0123456789") == std::string::npos && std::ranges::count(meddlers, name) != 0) {
+    if (number.find_first_not_of("0123456789") == std::string::npos &&
+        std::ranges::count(meddlers, name) != 0) {
       found.push_back(fmt::format("{} (process {})", name, number));
     }
   });

@@ -10,10 +10,11 @@ namespace karvex::device {
 
 /// A device node of a board, and whether this user could use it.
 struct SurveyedNode {
-  std::string path;              ///< "/dev/ttyACM0"
-  std::string obstacle;          ///< why it can't be opened, and whose it is; empty if it can
-  std::string holders;           ///< the programs that have it open, as far as this user may look; empty if none
-  std::optional<bool> isTagged;  ///< the rules have handed it to the user at the machine; absent without udevd
+  std::string path;      ///< "/dev/ttyACM0"
+  std::string obstacle;  ///< why it can't be opened, and whose it is; empty if it can
+  std::string holders;   ///< the programs that have it open, as far as this user may look; empty if none
+  std::optional<bool>
+      isTagged;  ///< the rules have handed it to the user at the machine; absent without udevd, and for sound
 };
 
 /// A board as it is on the bus at this moment.

@@ -1,6 +1,5 @@
 #include "device/platform/linux/UdevBoardSurvey.hpp"
 
-#include <fcntl.h>
 #include <fmt/format.h>
 #include <grp.h>
 #include <libudev.h>
@@ -41,8 +40,10 @@ SurveyedBoard boardOf(udev_device& device) {
           .isKeptFromMtpProbes = hasProperty(device, "MTP_NO_PROBE")};
 }
 
+/// Our rules leave sound to those of the system.
 std::optional<bool> isTagged(udev_device& node) {
-  return udev_device_get_is_initialized(&node) == 0
+  const bool isSound = udev_device_get_subsystem(&node) == std::string_view("sound");
+  return isSound || udev_device_get_is_initialized(&node) == 0
              ? std::nullopt
              : std::optional(udev_device_has_tag(&node, "uaccess") == 1);
 }
@@ -76,7 +77,7 @@ std::string ownerOf(const struct stat& node) {
 }  // namespace
 
 std::string obstacleOf(const std::string& node) {
-  if (faccessat(AT_FDCWD, node.c_str(), R_OK | W_OK, AT_EACCESS) == 0) {
+  if (::access(node.c_str(), R_OK | W_OK) == 0) {
     return {};
   }
   const auto reason = std::generic_category().message(errno);

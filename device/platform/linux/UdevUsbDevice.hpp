@@ -22,10 +22,9 @@ BusPosition positionOf(udev_device& device);
 /// Realtime-safe: yes.
 bool isUsbDevice(udev_device& device);
 
-/// Its descriptors, as sysfs has them. A number that isn't wholly hexadecimal or has more than 16 bits is absent;
-/// the strings come as UsbText.hpp says.
-/// Thread-safe: yes.
-/// Realtime-safe: no, it reads files of the system.
+/// Its descriptors, as sysfs has them. A number that isn't wholly hexadecimal or has more than 16 bits is
+/// absent; the strings come as UsbText.hpp says. Thread-safe: yes. Realtime-safe: no, it reads files of the
+/// system.
 UsbDevice usbDeviceOf(udev_device& device);
 
 }  // namespace karvex::device
