@@ -46,13 +46,13 @@ class Turn {
   int descriptor_;
 };
 
-/// Cut in front of the character that would be too much.
+/// Cut ahead of the character that would be too much.
 std::string cleanLine(std::string_view text) {
-  std::string line(text.substr(0, FailureLog::longestLine));
+  std::string line(text);
   std::ranges::replace(line, '\n', ' ');
   line = ui::console::printable(line);
   auto end = std::min(line.size(), FailureLog::longestLine);
-  while (end < line.size() && end > 0 && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) {
+  while (end < line.size() && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) {
     --end;
   }
   line.resize(end);
@@ -87,9 +87,8 @@ void FailureLog::add(std::string_view time, std::string_view failure) {
   auto lines = linesOf(*file_);
   lines.push_back(cleanLine(fmt::format("{} {}", time, failure)));
   std::string text;
-  for (auto line = lines.end() - std::min<std::ptrdiff_t>(std::ssize(lines), mostLines); line != lines.end();
-       ++line) {
-    text += *line + '\n';
+  for (const auto& line : lines) {  // One more than the most, which the next reader passes over.
+    text += line + '\n';
   }
   ignored = foundation::replaceFile(*file_, text);
 }

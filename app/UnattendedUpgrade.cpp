@@ -12,15 +12,26 @@
 namespace karvex::app {
 namespace {
 
+/// Why a device was not upgraded. `status` is the last one in its row. A load that may not open the board
+/// ends the run without a word in the row: then the loader has it.
+std::string_view reasonFor(std::uint32_t status) {
+  if (status == loader::LOAD_STATUS_IDLE) {
+    return "not begun";
+  }
+  const auto last = loader::get_load_status();
+  const bool isDenied = last == loader::LOAD_STATUS_ERROR_PERMISSION;
+  const auto shown = isDenied ? last : status;
+  return shown > loader::LOAD_STATUS_SUCCESS ? upgrade::statusText(shown) : "";
+}
+
 std::string sentenceOf(const records::BootableDevice& device, std::uint32_t status) {
   const auto name = ui::console::printable(fmt::format(
       "#{} {} - {}", device.portSerialNumber, device.sequenceNumber, device.deviceName.value_or("")));
   if (status == loader::LOAD_STATUS_SUCCESS) {
     return fmt::format("{}: upgraded.", name);
   }
-  const bool isError = status > loader::LOAD_STATUS_SUCCESS;
-  return isError ? fmt::format("{}: NOT UPGRADED: {}.", name, upgrade::statusText(status))
-                 : fmt::format("{}: NOT UPGRADED.", name);
+  const auto reason = reasonFor(status);
+  return fmt::format("{}: NOT UPGRADED{}{}.", name, reason.empty() ? "" : ": ", reason);
 }
 
 }  // namespace
@@ -36,9 +47,8 @@ UnattendedUpgrade::UnattendedUpgrade(ApplicationCore& core, ScriptedUser::Plan p
 /// A refresh sets every row's status back to the first one; what had become of the device stays.
 void UnattendedUpgrade::note(const std::vector<records::BootableDevice>& devices) {
   for (const auto& device : devices) {
-    auto& status = statuses_[device.portSerialNumber];
-    if (device.status != loader::LOAD_STATUS_IDLE && status != loader::LOAD_STATUS_SUCCESS) {
-      status = device.status;
+    if (device.status != loader::LOAD_STATUS_IDLE) {
+      statuses_[device.portSerialNumber] = device.status;
     }
   }
 }

@@ -40,8 +40,7 @@ Diagnosis allIsWell() {
                                 {"list", Result::well, "3 devices"}}},
           .boards = {{.place = "1-1.2",
                       .device = {0x16C0, 0x0483, 0x0280, "1000010", "Rhythm Box"},
-                      .nodes = {{.path = "/dev/ttyACM0", .isTagged = true},
-                                {.path = "/dev/snd/midiC1D0"}},
+                      .nodes = {{.path = "/dev/ttyACM0", .isTagged = true}, {.path = "/dev/snd/midiC1D0"}},
                       .isKeptFromModemManagers = true,
                       .isKeptFromMtpProbes = true}}};
 }
@@ -54,7 +53,8 @@ Diagnosis nothingIsWell() {
   diagnosis.system.interferingPrograms = {"ModemManager (process 812)"};
   diagnosis.system.midiObstacle = "No such file or directory";
   diagnosis.service.usesProxy = true;
-  diagnosis.service.steps = {{"name", Result::notTried, ""}, {"TLS", Result::failed, "certificate\x1b[2J expired"}};
+  diagnosis.service.steps = {{"name", Result::notTried, ""},
+                             {"TLS", Result::failed, "certificate\x1b[2J expired"}};
   diagnosis.boards[0].nodes[0] = {.path = "/dev/ttyACM0",
                                   .obstacle = "Permission denied: it belongs to root:dialout, mode 660",
                                   .holders = "minicom (process 4711)",
@@ -70,15 +70,17 @@ Diagnosis nothingIsWell() {
   return diagnosis;
 }
 
-/// The reports lie beside the test. KARVEX_WRITE_PAGES=1 writes them anew: look at what `git diff` shows then.
+/// The reports lie beside the test. KARVEX_WRITE_PAGES=1 writes them anew: look at what `git diff` shows
+/// then.
 TEST(DiagnosisTest, TheReportInAFormToPaste) {
   auto off = allIsWell();
   off.system.rulesAreOff = true;
   off.boards.clear();
   auto late = allIsWell();
   late.boards[0].nodes[0].isTagged = false;
-  const auto text = "=== all is well\n" + textOf(allIsWell()) + "=== nothing is well\n" + textOf(nothingIsWell()) +
-                    "=== rules turned off, and no board\n" + textOf(off) + "=== rules that came after the board\n" + textOf(late);
+  const auto text = "=== all is well\n" + textOf(allIsWell()) + "=== nothing is well\n" +
+                    textOf(nothingIsWell()) + "=== rules turned off, and no board\n" + textOf(off) +
+                    "=== rules that came after the board\n" + textOf(late);
   const fs::path file = KARVEX_REPORTS "/diagnosis.txt";
   if (std::getenv("KARVEX_WRITE_PAGES") != nullptr) {  // NOLINT(concurrency-mt-unsafe)
     write(file, text);
@@ -138,10 +140,16 @@ TEST_F(ServiceSurveyTest, NamesTheFirstStepThatFails) {
     std::vector<Result> results;
     const char* detail;  ///< of the last step that was tried
   } cases[] = {
-      {"no such name", nullptr, service::ServiceAddress::at("https://no-such-host.invalid"),
-       {failed, notTried, notTried, notTried}, ""},
-      {"nobody listens", nullptr, service::ServiceAddress::at("https://127.0.0.1:1"),
-       {well, failed, notTried, notTried}, "Connection refused"},
+      {"no such name",
+       nullptr,
+       service::ServiceAddress::at("https://no-such-host.invalid"),
+       {failed, notTried, notTried, notTried},
+       ""},
+      {"nobody listens",
+       nullptr,
+       service::ServiceAddress::at("https://127.0.0.1:1"),
+       {well, failed, notTried, notTried},
+       "Connection refused"},
       {"well", nullptr, real, {well, well, well, well}, "2 devices"},
       {"bad list", "missing-key=mcu", real, {well, well, well, failed}, ""},
       {"bad certificate", "wrong-certificate", real, {well, well, failed, notTried}, ""},

@@ -28,12 +28,11 @@ TEST_F(FailureLogTest, KeepsTheLastLinesAndNothingThatIsNoLine) {
   EXPECT_THAT(log.lines(), testing::IsEmpty());
   log.add("now", "one\ntwo\x1b[2J");
   EXPECT_THAT(FailureLog(file).lines(), ElementsAre("now one two\xEF\xBF\xBD[2J"));
-  for (std::size_t i = 0; i <= FailureLog::mostLines; ++i) {
-    log.add(std::to_string(i), std::string(FailureLog::longestLine, 'x') + "é");
+  for (char time = 'a'; log.lines().front().front() != 'b'; ++time) {
+    log.add(std::string(1, time), std::string(FailureLog::longestLine - 3, 'x') + "é");
   }
   EXPECT_THAT(log.lines(), SizeIs(FailureLog::mostLines));
-  EXPECT_THAT(log.lines(), Each(SizeIs(FailureLog::longestLine)));
-  EXPECT_EQ(log.lines().front().substr(0, 2), "1 ");
+  EXPECT_THAT(log.lines(), Each(SizeIs(FailureLog::longestLine - 1))) << "no half of a character";
   std::filesystem::resize_file(file, 1 << 20);
   EXPECT_THAT(log.lines(), testing::IsEmpty()) << "a file of somebody else";
   FailureLog(std::nullopt).add("now", "nowhere");

@@ -24,7 +24,8 @@ using testing::StartsWith;
 TEST(UdevBoardSurvey, EachBoardWithItsNodesAndNoOtherDevice) {
   SysfsTree tree;
   const auto addBoard = [&tree](const std::string& place, const std::string& vendor, const std::string& tty) {
-    const auto board = tree.addUsbDevice(place, {{"idVendor", vendor}, {"idProduct", "0483"}, {"serial", place}});
+    const auto board =
+        tree.addUsbDevice(place, {{"idVendor", vendor}, {"idProduct", "0483"}, {"serial", place}});
     tree.addTty(tty, tree.addInterface(board, place + ":1.0"));
   };
   addBoard("1-10", "16c0", "ttyACM0");
@@ -39,8 +40,9 @@ TEST(UdevBoardSurvey, EachBoardWithItsNodesAndNoOtherDevice) {
   EXPECT_EQ(boards[0].device.serialNumber, "1-2");
   EXPECT_THAT(boards[0].nodes, ElementsAre(AllOf(Field(&SurveyedNode::path, "/dev/ttyACM1"),
                                                  Field(&SurveyedNode::obstacle, IsEmpty()))));
-  EXPECT_THAT(boards[1].nodes, ElementsAre(AllOf(Field(&SurveyedNode::path, "/dev/ttyACM0"),
-                                                 Field(&SurveyedNode::obstacle, "No such file or directory"))));
+  EXPECT_THAT(boards[1].nodes,
+              ElementsAre(AllOf(Field(&SurveyedNode::path, "/dev/ttyACM0"),
+                                Field(&SurveyedNode::obstacle, "No such file or directory"))));
 }
 
 TEST(ObstacleTest, NamesTheReasonAndTheOwner) {
@@ -51,7 +53,8 @@ TEST(ObstacleTest, NamesTheReasonAndTheOwner) {
   if (wasRoot) {
     ASSERT_EQ(setresuid(65534, 65534, 0), 0);  // Root may open everything.
   }
-  EXPECT_THAT(obstacleOf(terminal.path()), AllOf(StartsWith("Permission denied: it belongs to "), EndsWith(", mode 0")));
+  EXPECT_THAT(obstacleOf(terminal.path()),
+              AllOf(StartsWith("Permission denied: it belongs to "), EndsWith(", mode 0")));
   if (wasRoot) {
     ASSERT_EQ(setresuid(0, 0, 0), 0);
   }
