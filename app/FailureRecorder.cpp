@@ -13,6 +13,10 @@ void FailureRecorder::look() {
   if (alert && before != up_ && alert->alert != upgrade::Alert::procedureComplete) {
     note_(alert->title + ": " + alert->message);
   }
+  const auto& stopNotice = view_.deviceListView.stopNotice.get();
+  if (std::exchange(stopNotice_, stopNotice) != stopNotice && !stopNotice.empty()) {
+    note_(stopNotice);
+  }
 }
 
 }  // namespace karvex::app

@@ -26,6 +26,7 @@ class FailureRecorder {
   ui::ContentView& view_;
   std::function<void(std::string_view)> note_;
   std::optional<upgrade::Alert> up_;  ///< the alert that was up when it looked last
+  std::string stopNotice_;            ///< likewise
   std::vector<foundation::Subscription> subscriptions_;
 };
 

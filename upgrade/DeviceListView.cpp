@@ -67,6 +67,7 @@ void DeviceListView::appear() {
 
 void DeviceListView::refreshAsked() {
   notificationManager.notificationReceived.set(false);
+  stopNotice.set("");
   loadingViewModel.resetUploadControls();
   startRefresh();
 }
@@ -141,6 +142,7 @@ void DeviceListView::loadingChanged(bool inProgress) {
     loadingViewModel.resetUploadControls();
     return;
   }
+  stopNotice.set("");
   loadingViewModel.isUploadButtonDisabled.set(true);
   loadingViewModel.actionButtonsDisabled.set(true);
   start(uploadFirstDevice(*device));

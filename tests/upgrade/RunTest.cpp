@@ -68,10 +68,12 @@ TEST(RunTest, ANextDeviceThatIsNotThereEndsTheRunWithALine) {
                                        bench.serialAt(missing) + " is not attached"));
     EXPECT_TRUE(bench.controlsAreFree());
     EXPECT_EQ(bench.view->selectedDeviceId.get(), std::nullopt);
+    EXPECT_EQ(bench.view->stopNotice.get(), noticeOf(SilentStop::deviceMissing, bench.serialAt(missing)));
     EXPECT_EQ(bench.rows()[missing].status, 0U);
     EXPECT_EQ(bench.rows()[missing - 1].status, 7U);
     bench.rig.bus.repair(bench.serialAt(missing));
     bench.refresh();
+    EXPECT_EQ(bench.view->stopNotice.get(), "");
     bench.upgradeFrom(missing);
     EXPECT_EQ(bench.alert(), Alert::procedureComplete);
     EXPECT_TRUE(bench.flashMatches(4));

@@ -148,6 +148,11 @@ Page tailLines(const Snapshot& snapshot, std::size_t columns) {
   } else {
     addItems(lines, keysOf(snapshot), "", columns);
   }
+  if (!snapshot.stopNotice.empty()) {
+    for (const auto& line : wrapped(printable("! " + snapshot.stopNotice), columns)) {
+      lines.push_back({{{line, Tone::red, true}}});
+    }
+  }
   return lines;
 }
 

@@ -15,6 +15,7 @@
 #include "ui/console/Changes.hpp"
 #include "ui/console/Screen.hpp"
 #include "upgrade/LoadProgress.hpp"
+#include "upgrade/StopNotice.hpp"
 
 namespace karvex::ui::console {
 namespace {
@@ -69,6 +70,7 @@ std::string pagesAt(std::size_t columns) {
   crowded.isRunning = true;
   auto refused = samples::running();
   refused.isRunning = false;
+  refused.stopNotice = upgrade::noticeOf(upgrade::SilentStop::permissionDenied, "1000030");
   const std::vector<std::string> notices{"the first of four", "POST /services/uploadComplete.php: 500",
                                          "> KARVEX : The run stops: the device can't be programmed.",
                                          "> KARVEX : Acknowledged Status value = 10"};
@@ -196,8 +198,9 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
   EXPECT_THAT(linesOf([](auto& now) {
                 now.rows[0].currentVersion = "2.0\x1b[2J";
                 now.selected = foundation::Uuid::random();
+                now.stopNotice = "stopped";
               }),
-              ElementsAre("#10 1 - Pedal: carries pedal 2.0\xEF\xBF\xBD[2J now"));
+              ElementsAre("#10 1 - Pedal: carries pedal 2.0\xEF\xBF\xBD[2J now", "! stopped"));
   EXPECT_THAT(linesOf([](auto& now) { now.rows.clear(); }), IsEmpty())
       << "a list is emptied before it is filled";
   const auto list = linesOf([](auto& now) { now.rows.erase(now.rows.begin()); });
