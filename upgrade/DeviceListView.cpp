@@ -67,8 +67,8 @@ void DeviceListView::appear() {
 
 void DeviceListView::refreshAsked() {
   notificationManager.notificationReceived.set(false);
-  stopNotice.set("");
   loadingViewModel.resetUploadControls();
+  stopNotice.set("");
   startRefresh();
 }
 

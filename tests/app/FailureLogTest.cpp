@@ -55,8 +55,13 @@ TEST_F(FailureLogTest, EachFailureThatIsShownIsNotedOnce) {
     view.deviceListView.uploadErrorShowModal.set(isUp);
     view.deviceListView.selectedDeviceId.set(std::nullopt);
   }
-  EXPECT_THAT(noted, SizeIs(2));
+  ASSERT_THAT(noted, SizeIs(2));
   EXPECT_THAT(noted, Each(testing::StartsWith("An error occurred during upload: Error : Upload error")));
+  for (const char* const stopNotice : {"it stopped", "it stopped", ""}) {
+    view.deviceListView.stopNotice.set(stopNotice);
+  }
+  ASSERT_THAT(noted, SizeIs(3));
+  EXPECT_EQ(noted.back(), "it stopped");
 }
 
 }  // namespace

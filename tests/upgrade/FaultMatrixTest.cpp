@@ -39,6 +39,8 @@ struct Failure {
   std::optional<std::optional<Alert>> laterAlert = std::nullopt;
   /// Debug output.
   std::string debug = "";
+  /// What the notice says where no alert tells of the failure.
+  std::optional<SilentStop> stop = std::nullopt;
 };
 
 void PrintTo(const Failure& failure, std::ostream* out) {
@@ -71,7 +73,8 @@ std::vector<Failure> failures() {
                      std::size_t place) { bench.list(place, [](auto& d) { d.serverFile = "a file.hex"; }); },
        .log = {},
        .status = 2,
-       .debug = "Invalid URL : .https://"},
+       .debug = "Invalid URL : .https://",
+       .stop = SilentStop::badUrl},
       {.name = "DownloadFails",
        .arrange =
            [](RunBench& bench, std::size_t place) {
@@ -126,15 +129,18 @@ std::vector<Failure> failures() {
                "> KARVEX : Upload failed => reason Error - Permission denied"},
        .status = 5,
        // Behind a later device the list is asked for anew, and the board shows in its bootloader.
-       .laterAlert = Alert::halfkayModeDetected},
+       .laterAlert = Alert::halfkayModeDetected,
+       .stop = SilentStop::permissionDenied},
       {.name = "BoardLeavesInTheMiddle",
        .arrange = fault("vanishes=2"),
        .log = {"> KARVEX : Upgrade stopped => reason status 11, "},
-       .status = 11},
+       .status = 11,
+       .stop = SilentStop::programError},
       {.name = "BoardTakesNoBlock",
        .arrange = fault("refuses-for-good"),
        .log = {"> KARVEX : Upgrade stopped => reason status 11, "},
-       .status = 11},
+       .status = 11,
+       .stop = SilentStop::programError},
   };
 }
 
@@ -179,6 +185,7 @@ TEST_P(FaultMatrixTest, EndsTheRunAndLosesNothing) {
     EXPECT_THAT(bench.view->messageOf(*bench.alert()), StartsWith(failure.detail));
     EXPECT_THAT(bench.logged, testing::Each(testing::Not(StartsWith("> KARVEX : Upgrade stopped"))));
   }
+  EXPECT_EQ(bench.view->stopNotice.get(), failure.stop ? noticeOf(*failure.stop, bench.serialAt(place)) : "");
   expectInOrder(bench.logged, failure.log);
   if (!failure.debug.empty()) {
     EXPECT_THAT(bench.debugged, Contains(StartsWith(failure.debug)));
