@@ -211,6 +211,7 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
 
 TEST(ChangesTest, AnAlertIsToldOnceAndSoIsItsOk) {
   auto up = twoRows();
+  up.stopNotice = "told before";
   const auto down = up;
   up.alert = AlertText{upgrade::Alert::uploadError, "Title", "one\ntwo"};
   auto other = up;
