@@ -148,7 +148,7 @@ def a_new_size_is_drawn_at_once(rig: Rig) -> None:
         terminal.wait_for("the page", lambda: "q: quit" in terminal.screen)
         lines = re.sub(r"\x1b\[[?\d;]*[A-Za-z]", "", terminal.screen).split("\r\r\n")
         require(all(len(line) <= 60 for line in lines), f"lines: {lines}")
-        require(any(line.endswith("…") for line in lines), f"nothing is cut: {lines}")
+        require(any(line.endswith("then click on 'Upload") for line in lines), f"nothing is wrapped: {lines}")
         terminal.press("q")
         require_ended(terminal, 0)
 

@@ -59,9 +59,10 @@ TEST(RunTest, EachFailureIsToldAndTheNextRunCompletes) {
     std::optional<Alert> alert;
     const char* detail;
     const char* line;  ///< of the log or the debug output
+    std::optional<SilentStop> stop = std::nullopt;
   } failures[] = {
       {"no URL", [](auto& of, auto place) { of.list(place, [](auto& d) { d.serverFile = "a file.hex"; }); },
-       std::nullopt, "", "Invalid URL : .https://"},
+       std::nullopt, "", "Invalid URL : .https://", SilentStop::badUrl},
       {"a page", [](auto& of, auto place) { of.list(place, [](auto& d) { d.serverFile = "absent.hex"; }); },
        Alert::uploadError, "Error: Could not read file\nRefresh list then restart upgrade procedure.\n",
        "> KARVEX : Upload failed => reason Error: Could not read file"},
@@ -80,7 +81,7 @@ TEST(RunTest, EachFailureIsToldAndTheNextRunCompletes) {
        Alert::uploadError, "Error : Upload error\nRefresh list then",
        "> KARVEX : Upload failed => reason Error : Upload error"},
       {"leaves in the middle", [](auto& of, auto place) { of.spoil(place, "vanishes=2"); }, std::nullopt, "",
-       "> KARVEX : Upgrade stopped => reason status 11, "},
+       "> KARVEX : Upgrade stopped => reason status 11, ", SilentStop::programError},
   };
   for (const auto& failure : failures) {
     for (const std::size_t place : {0U, 2U}) {
@@ -96,6 +97,8 @@ TEST(RunTest, EachFailureIsToldAndTheNextRunCompletes) {
       }
       fixture.logged.insert(fixture.logged.end(), fixture.debugged.begin(), fixture.debugged.end());
       EXPECT_THAT(fixture.logged, Contains(StartsWith(failure.line)));
+      EXPECT_EQ(fixture.view->stopNotice.get(),
+                failure.stop ? noticeOf(*failure.stop, fixture.serialAt(place)) : "");
       EXPECT_TRUE(fixture.controlsAreFree());
       EXPECT_THAT(fixture.statusesOf(place), Not(Contains(7U)));
       EXPECT_EQ(fixture.completionsOf(place), 0U);
@@ -119,13 +122,14 @@ TEST(RunTest, EachFailureIsToldAndTheNextRunCompletes) {
   }
 }
 
-TEST(RunTest, ABootloaderThatMayNotBeOpenedIsToldOfInTheLogAlone) {
+TEST(RunTest, ABootloaderThatMayNotBeOpenedIsToldOfInTheLogAndANotice) {
   UpgradeFixture fixture(1);
   fixture.spoil(0, "access-denied");
   fixture.appear();
   fixture.upgradeFrom(0);
   EXPECT_EQ(fixture.alert(), std::nullopt);
   EXPECT_THAT(fixture.logged, Contains("> KARVEX : Upload failed => reason Error - Permission denied"));
+  EXPECT_EQ(fixture.view->stopNotice.get(), noticeOf(SilentStop::permissionDenied, fixture.serialAt(0)));
   EXPECT_TRUE(fixture.controlsAreFree());
 }
 
@@ -153,10 +157,12 @@ TEST(RunTest, ANextDeviceThatIsNotThereEndsTheRunWithALine) {
                                          fixture.serialAt(missing) + " is not attached"));
     EXPECT_TRUE(fixture.controlsAreFree());
     EXPECT_EQ(fixture.view->selectedDeviceId.get(), std::nullopt);
+    EXPECT_EQ(fixture.view->stopNotice.get(), noticeOf(SilentStop::deviceMissing, fixture.serialAt(missing)));
     EXPECT_EQ(fixture.rows()[missing].status, 0U);
     EXPECT_EQ(fixture.rows()[missing - 1].status, 7U);
     fixture.rig.bus.repair(fixture.serialAt(missing));
     fixture.refresh();
+    EXPECT_EQ(fixture.view->stopNotice.get(), "");
     fixture.upgradeFrom(missing);
     EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
     EXPECT_TRUE(fixture.flashMatches(4));

@@ -29,6 +29,11 @@ class ScriptedUser {
   /// True if an alert came back whatever was answered; that ends the run.
   bool hasGivenUp() const { return hasGivenUp_; }
 
+  /// The devices to upgrade, as they were when the list had come. None if there is no row to begin with.
+  /// Thread-safe: on the main thread alone.
+  /// Realtime-safe: yes.
+  const std::vector<records::BootableDevice>& wanted() const { return wanted_; }
+
  private:
   enum class Step { waitingForList, running, done };
 
@@ -43,6 +48,7 @@ class ScriptedUser {
   std::function<void()> done_;
   Step step_ = Step::waitingForList;
   bool hasGivenUp_ = false;
+  std::vector<records::BootableDevice> wanted_;
   std::map<std::string, int> answers_;  ///< by the alert and the rows that it came to
   foundation::Timer timer_;
 };

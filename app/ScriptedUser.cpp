@@ -1,7 +1,8 @@
-#include "app/rig/ScriptedUser.hpp"
+#include "app/ScriptedUser.hpp"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -73,9 +74,11 @@ void ScriptedUser::look() {
 }
 
 void ScriptedUser::begin() {
-  const auto rows = view_.deviceListView.deviceManager.managedDevices.get();
-  if (plan_.firstRow < rows.size() && !ui::alertOf(view_.deviceListView)) {
-    view_.deviceListView.select(rows[plan_.firstRow].id);
+  wanted_ = view_.deviceListView.deviceManager.managedDevices.get();
+  const auto firstRow = std::min(plan_.firstRow, wanted_.size());
+  wanted_.erase(wanted_.begin(), wanted_.begin() + static_cast<std::ptrdiff_t>(firstRow));
+  if (!wanted_.empty() && !ui::alertOf(view_.deviceListView)) {
+    view_.deviceListView.select(wanted_.front().id);
     view_.uploadClicked();
   }
   step_ = Step::running;
