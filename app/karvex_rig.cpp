@@ -222,7 +222,7 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
   addMakerOptions(command, choices.serve.maker, /*needsFiles=*/true);
   command.get_option("--list")->excludes("--boards");
   command
-      .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end and without a hand")
+      .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end, unattended")
       ->type_name("FROM")
       ->check(CLI::Range(1, 1000));
   command
@@ -246,9 +246,9 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
       "  port-snatched          another program takes its serial port as soon as it has been found free\n"
       "\nFaults of the service:\n" +
       rig::describeServiceFaults() +
-      "\nExit status: 0 all devices of the run were upgraded, 1 unknown MCU or a list with faults, 2 wrong "
-      "use, 3 not all were, an "
-      "alert comes back whatever is answered, or results could not be written.");
+      "\nExit status: 0 all devices of the run were upgraded, 1 unknown MCU or a list with faults,\n"
+      "2 wrong use, 3 not all were, an alert comes back whatever is answered, or results could not be\n"
+      "written.");
 }
 
 int run(int argc, char** argv) {

@@ -19,7 +19,7 @@ struct ApplicationOptions {
   std::optional<std::filesystem::path> reportFile;
 };
 
-/// The whole application on simulated equipment. With `upgradeFrom`, runs to the end without a hand: exit
+/// The whole application on simulated equipment. With `upgradeFrom`, runs to the end unattended: exit
 /// status 0 only if every device of the run was upgraded, matches its file and was reported to the service.
 int runApplication(const CommonOptions& common, const ApplicationOptions& options);
 

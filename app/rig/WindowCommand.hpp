@@ -9,7 +9,7 @@ namespace karvex::app {
 bool hasDisplay();
 
 /// The whole application on simulated equipment in a window, until it is closed. With
-/// `upgradeFrom`, it runs to the end without a hand and closes by itself. Gives what happened. On the
+/// `upgradeFrom`, it runs to the end unattended and closes by itself. Gives what happened. On the
 /// process's main thread.
 RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& options,
                       const RunRecorder::EndListener& endListener);

@@ -1,7 +1,7 @@
 """Kills runs of the application at random moments, and has later runs upgrade the boards that they leave. By hand.
 
 Each job has boards of its own, which keep their flash and state in files. A run in real time is killed with SIGKILL, one
-time in four its successor too, and then a run without a hand must upgrade every board.
+time in four its successor too, and then an unattended run must upgrade every board.
 
 Run: python3 kill_runs.py --program PATH [--kills 1000] [--seed N] [--jobs 24]
 """

@@ -1,4 +1,4 @@
-"""Checks the whole application on the rig: a run without a hand and its report, a terminal, and its memory.
+"""Checks the whole application on the rig: an unattended run and its report, a terminal, and its memory.
 
 Run: python3 test_application.py --program PATH
 """
