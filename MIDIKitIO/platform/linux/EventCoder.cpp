@@ -1,6 +1,5 @@
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
 
-#include <algorithm>
 #include <array>
 #include <new>
 #include <utility>
@@ -64,21 +63,13 @@ snd_seq_event_t channelVoiceEvent(std::span<const std::uint8_t> message) {
   return event;
 }
 
-/// The bytes are one channel voice message, whole and with its status.
-bool isChannelVoiceMessage(std::span<const std::uint8_t> bytes) {
-  const auto status = bytes.front();
-  return status >= core::firstStatus && status < core::firstSystemStatus &&
-         bytes.size() == core::midi1MessageSize(status) &&
-         std::ranges::none_of(bytes.subspan(1), [](auto byte) { return byte >= core::firstStatus; });
-}
-
 }  // namespace
 
 EventEncoder::EventEncoder() : coder_(makeCoder()) {}
 
 /// The library's coder takes ten times as long for most of what there is to send, so it gets the rest alone.
 std::optional<snd_seq_event_t> EventEncoder::next(std::span<const std::uint8_t>& bytes) {
-  if (!bytes.empty() && isChannelVoiceMessage(bytes)) {
+  if (core::isChannelVoiceMessage(bytes)) {
     runningStatus_ = bytes.front();
     return channelVoiceEvent(std::exchange(bytes, {}));
   }
