@@ -117,8 +117,8 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
 
   Queue& target;
   const std::string label;
-  /// How many wait, and one more while somebody has the turn. It grows from 0 without the lock, for a turn that
-  /// nobody waited for, and falls without it.
+  /// How many wait, and one more while somebody has the turn. It grows from 0 without the lock, for a turn
+  /// that nobody waited for, and falls without it.
   std::atomic<std::size_t> pending = 0;
   std::mutex mutex;  ///< of what follows
   WaitingLine<Waiting> waiting;

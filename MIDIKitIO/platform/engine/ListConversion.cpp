@@ -47,6 +47,15 @@ void appendChannelVoice(MIDIPacketList& list, std::uint64_t timeStamp, std::uint
   }
 }
 
+/// Each of the messages in a packet of its own; nearly always there is one.
+void appendMessages(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint8_t> bytes) {
+  if (core::isChannelVoiceMessage(bytes)) {
+    appendPacket(list, timeStamp, bytes);
+  } else {
+    ByteSplitter().split(bytes, [&](auto message) { appendPacket(list, timeStamp, message); });
+  }
+}
+
 bool endsInsideSysEx(std::span<const std::uint8_t> bytes) {
   const auto last = std::find_if(bytes.rbegin(), bytes.rend(), [](auto byte) {
     return byte >= core::firstStatus && byte < core::firstRealTimeStatus;
@@ -123,8 +132,7 @@ void ListConverter::appendBytes(MIDIPacketList& list, std::uint64_t timeStamp,
       break;
     case MIDIUMPMessageType::systemRealTimeAndCommon:
     case MIDIUMPMessageType::midi2ChannelVoice:
-      ByteSplitter().split(translator_.toBytes(words),
-                           [&](auto message) { appendPacket(list, timeStamp, message); });
+      appendMessages(list, timeStamp, translator_.toBytes(words));
       break;
     default:  // Bytes have no form for it.
       break;

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "MIDIKitIO/platform/SendMoment.hpp"
 #include "foundation/Log.hpp"
 
 namespace midikit::io::alsa {
@@ -27,6 +28,10 @@ constexpr Duration farthest = 87600h;
 
 constexpr unsigned char sysExStart = 0xF0;
 
+karvex::foundation::TimePoint momentOf(std::uint64_t timeStamp) {
+  return karvex::foundation::TimePoint(Duration(static_cast<Duration::rep>(timeStamp)));
+}
+
 bool hasNoRoom(int result) {
   return result == -EAGAIN || result == -ENOMEM;
 }
@@ -45,16 +50,16 @@ bool continuesMessage(const snd_seq_event_t& event) {
 
 void Outlet::send(const MIDIPacketList& list) {
   context_.gate->pass([&] {
-    const auto now = context_.runtime.clock().now();
+    const auto moment = SendMoment::current();
+    const auto now = moment ? momentOf(*moment) : context_.runtime.clock().now();
     if (!attach(now)) {
       return;
     }
     for (std::size_t index = 0; index < list.packetCount(); ++index) {
       const auto packet = list.packet(index);
       auto bytes = packet.bytes;
-      const TimePoint stamp{Duration(static_cast<Duration::rep>(packet.timeStamp))};
       while (auto event = encoder_.next(bytes)) {
-        accept(*event, std::clamp(stamp, now, now + farthest), now);
+        accept(*event, std::clamp(momentOf(packet.timeStamp), now, now + farthest), now);
       }
     }
     drain();
