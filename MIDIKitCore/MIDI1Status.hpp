@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace midikit::core {
 
@@ -31,6 +32,15 @@ constexpr std::size_t midi1MessageSize(unsigned status) {
 /// Whether a reader of bytes knows a message of a fixed size with that status byte.
 constexpr bool isMIDI1Message(std::uint8_t status) {
   return status >= firstStatus && status != busSelectStatus && midi1MessageSize(status) != 0;
+}
+
+/// Whether the bytes are one channel voice message, whole and with its status.
+constexpr bool isChannelVoiceMessage(std::span<const std::uint8_t> bytes) {
+  if (bytes.empty() || bytes.front() < firstStatus || bytes.front() >= firstSystemStatus ||
+      bytes.size() != midi1MessageSize(bytes.front())) {
+    return false;
+  }
+  return bytes[1] < firstStatus && bytes.back() < firstStatus;  // There are no others.
 }
 
 /// How many data bytes follow that status byte in a message that isMIDI1Message(); 0 for all others.

@@ -1,5 +1,7 @@
 #include "foundation/SerialQueue.hpp"
 
+#include <atomic>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
@@ -29,12 +31,8 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   State(Queue& queue, std::string name) : target(queue), label(std::move(name)) {}
 
   void add(Job job) {
-    {
-      const std::lock_guard lock(mutex);
-      waiting.push({std::move(job), nullptr});
-      if (std::exchange(isBusy, true)) {
-        return;
-      }
+    if (!enlist({std::move(job), nullptr})) {
+      return;
     }
     if (afterwards == nullptr || !afterwards->take(shared_from_this())) {
       target.post(NextTurn(shared_from_this()));
@@ -42,64 +40,62 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   }
 
   void awaitTurn(Runtime& runtime) {
-    std::shared_ptr<Gate> gate;
-    {
-      const std::lock_guard lock(mutex);
-      if (!std::exchange(isBusy, true)) {
-        return;
-      }
-      gate = runtime.makeGate();
-      waiting.push({nullptr, gate});
+    if (takeIdleTurn()) {
+      return;
+    }
+    const auto gate = runtime.makeGate();
+    if (enlist({nullptr, gate})) {
+      runNext();  // The queue has become idle meanwhile, so it is this gate that opens.
     }
     gate->wait();
   }
 
+  /// True if the queue was idle: then the caller has the turn.
+  bool takeIdleTurn() {
+    std::size_t none = 0;
+    return pending.compare_exchange_strong(none, 1);
+  }
+
+  /// True if the queue was idle: then the caller has the turn, which is for what it has put there.
+  bool enlist(Waiting one) {
+    const std::lock_guard lock(mutex);
+    waiting.push(std::move(one));
+    return pending++ == 0;
+  }
+
+  Waiting next() {
+    const std::lock_guard lock(mutex);
+    return waiting.pop();
+  }
+
   /// One job for each turn on the target, so that a busy queue leaves room for the others there.
   void runNext() {
-    Waiting next;
-    {
-      const std::lock_guard lock(mutex);
-      next = waiting.pop();
-    }
-    if (next.gate) {
-      return next.gate->open();
+    Waiting first = next();
+    if (first.gate) {
+      return first.gate->open();
     }
     const detail::InsideQueue frame{this, inside};
     inside = &frame;
-    next.job();
-    next.job = nullptr;
+    first.job();
+    first.job = nullptr;
     inside = frame.outer;
     endTurn();
   }
 
   void endTurn() {
-    {
-      const std::lock_guard lock(mutex);
-      isBusy = !waiting.empty();
-      if (!isBusy) {
-        return;
-      }
+    if (--pending != 0) {
+      target.post(NextTurn(shared_from_this()));
     }
-    target.post(NextTurn(shared_from_this()));
   }
 
   /// The target runs nothing any more. Jobs are dropped as it drops its own; a thread that waits gets its
   /// turn.
   void dropNext() {
-    while (true) {
-      Waiting next;
-      {
-        const std::lock_guard lock(mutex);
-        isBusy = !waiting.empty();
-        if (!isBusy) {
-          return;
-        }
-        next = waiting.pop();
+    do {
+      if (const Waiting first = next(); first.gate) {
+        return first.gate->open();
       }
-      if (next.gate) {
-        return next.gate->open();
-      }
-    }
+    } while (--pending != 0);
   }
 
   /// The job that a queue has on its target.
@@ -121,9 +117,11 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
 
   Queue& target;
   const std::string label;
-  std::mutex mutex;
+  /// How many wait, and one more while somebody has the turn. It grows from 0 without the lock, for a turn
+  /// that nobody waited for, and falls without it.
+  std::atomic<std::size_t> pending = 0;
+  std::mutex mutex;  ///< of what follows
   WaitingLine<Waiting> waiting;
-  bool isBusy = false;
 };
 
 SerialQueue::SerialQueue(Queue& target, std::string label)
@@ -139,8 +137,7 @@ void SerialQueue::postAt(TimePoint due, Job job) {
 }
 
 bool SerialQueue::takeIdleTurn() {
-  const std::lock_guard lock(state_->mutex);
-  return !std::exchange(state_->isBusy, true);
+  return state_->takeIdleTurn();
 }
 
 bool SerialQueue::isCurrent() const {

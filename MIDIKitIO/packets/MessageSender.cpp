@@ -8,6 +8,7 @@
 #include "MIDIKitIO/packets/ListsOfMessages.hpp"
 #include "MIDIKitIO/packets/PlatformProtocol.hpp"
 #include "MIDIKitIO/packets/UniversalMessages.hpp"
+#include "MIDIKitIO/platform/SendMoment.hpp"
 
 namespace midikit::io::internal {
 
@@ -33,13 +34,15 @@ void MessageSender::sendEvents(std::span<const MIDIEvent> events) {
 
 void MessageSender::sendRawMessage(std::span<const std::uint8_t> message) {
   requireLegacy();
-  sendPacketList(packetListOf(message, service_.machAbsoluteTime()));
+  const SendMoment now(service_);
+  sendPacketList(packetListOf(message, now.timeStamp()));
 }
 
 void MessageSender::sendRawMessages(std::span<const std::vector<std::uint8_t>> messages) {
   requireLegacy();
   const std::vector<Bytes> spans(messages.begin(), messages.end());
-  sendPacketList(packetListOf(spans, service_.machAbsoluteTime()));
+  const SendMoment now(service_);
+  sendPacketList(packetListOf(spans, now.timeStamp()));
 }
 
 void MessageSender::sendUniversalWords(std::span<const std::uint32_t> words) {
@@ -48,7 +51,8 @@ void MessageSender::sendUniversalWords(std::span<const std::uint32_t> words) {
     throw MIDIIOError::internalInconsistency(
         "Universal MIDI Packet words cannot be sent using old Core MIDI API.");
   }
-  sendEventList(eventListOf(words, *protocol, service_.machAbsoluteTime()));
+  const SendMoment now(service_);
+  sendEventList(eventListOf(words, *protocol, now.timeStamp()));
 }
 
 void MessageSender::requireLegacy() const {
@@ -77,7 +81,8 @@ void MessageSender::sendAsBytes(std::span<const MIDIEvent> events) {
     messages.emplace_back(room.first(size));
     room = room.subspan(size);
   }
-  sendPacketList(packetListOf(messages, service_.machAbsoluteTime()));
+  const SendMoment now(service_);
+  sendPacketList(packetListOf(messages, now.timeStamp()));
 }
 
 void MessageSender::sendAsWords(const MIDIEvent& event) {

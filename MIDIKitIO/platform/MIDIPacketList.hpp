@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "MIDIKitInternals/InlineVector.hpp"
@@ -24,15 +25,18 @@ class MIDIPacketList {
   static constexpr std::size_t packetHeaderSize = 10;
   static constexpr std::size_t shortPacketBytes = 16;
 
-  /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`).
-  explicit MIDIPacketList(std::size_t size);
+  /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`); it grows as needed unless told a size.
+  explicit MIDIPacketList(std::size_t size = std::numeric_limits<std::size_t>::max()) : size_(size) {}
 
   /// Adds one packet after the others (`MIDIPacketListAdd`). False, and nothing changes, when the buffer has
   /// no room for it.
   [[nodiscard]] bool add(std::uint64_t timeStamp, std::span<const std::uint8_t> bytes);
 
   [[nodiscard]] std::size_t packetCount() const { return packets_.size(); }
-  [[nodiscard]] MIDIPacketView packet(std::size_t index) const;
+  [[nodiscard]] MIDIPacketView packet(std::size_t index) const {
+    const Place& place = packets_.at(index);
+    return {place.timeStamp, {bytes_.data() + place.offset, place.length}};
+  }
 
  private:
   struct Place {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <vector>
 
 #include "MIDIKitCore/MIDI1Status.hpp"
@@ -36,6 +35,25 @@ void appendSysEx7Words(MIDIEventList& list, std::uint64_t timeStamp, std::span<c
 /// A packet of its own. The list grows with it.
 void appendPacket(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint8_t> bytes) {
   static_cast<void>(list.add(timeStamp, bytes));
+}
+
+/// The bytes of a MIDI 1.0 channel voice message are those of its word; what is no message has none.
+void appendChannelVoice(MIDIPacketList& list, std::uint64_t timeStamp, std::uint32_t word) {
+  std::array<std::uint8_t, sizeof(word)> wordBytes{};
+  const auto bytes = core::writeUMPBytes(std::span(&word, 1), wordBytes).subspan(1);
+  const auto message = bytes.first(core::midi1MessageSize(bytes.front()));
+  if (core::isChannelVoiceMessage(message)) {
+    appendPacket(list, timeStamp, message);
+  }
+}
+
+/// Each of the messages in a packet of its own; nearly always there is one.
+void appendMessages(MIDIPacketList& list, std::uint64_t timeStamp, std::span<const std::uint8_t> bytes) {
+  if (core::isChannelVoiceMessage(bytes)) {
+    appendPacket(list, timeStamp, bytes);
+  } else {
+    ByteSplitter().split(bytes, [&](auto message) { appendPacket(list, timeStamp, message); });
+  }
 }
 
 bool endsInsideSysEx(std::span<const std::uint8_t> bytes) {
@@ -90,7 +108,6 @@ const MIDIPacketList& ListConverter::toBytes(MIDIListView list, MIDIPacketList& 
   if (bytes != nullptr && splitter_.isIdle() && !splitsSysEx(**bytes)) {
     return **bytes;
   }
-  room = MIDIPacketList(std::numeric_limits<std::size_t>::max());
   if (bytes == nullptr) {
     for (const auto& packet : std::get<const MIDIEventList*>(list)->packets) {
       forEachMessage(packet, [&](auto message) { appendBytes(room, packet.timeStamp, message); });
@@ -110,11 +127,12 @@ void ListConverter::appendBytes(MIDIPacketList& list, std::uint64_t timeStamp,
     case MIDIUMPMessageType::data64bit:
       appendSysEx7(list, timeStamp, words);
       break;
-    case MIDIUMPMessageType::systemRealTimeAndCommon:
     case MIDIUMPMessageType::midi1ChannelVoice:
+      appendChannelVoice(list, timeStamp, words.front());
+      break;
+    case MIDIUMPMessageType::systemRealTimeAndCommon:
     case MIDIUMPMessageType::midi2ChannelVoice:
-      ByteSplitter().split(translator_.toBytes(words),
-                           [&](auto message) { appendPacket(list, timeStamp, message); });
+      appendMessages(list, timeStamp, translator_.toBytes(words));
       break;
     default:  // Bytes have no form for it.
       break;

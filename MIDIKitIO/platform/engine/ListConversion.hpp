@@ -18,7 +18,8 @@ namespace midikit::io::engine {
 /// stays as it is, whatever is in it. Byte readers always get system exclusive messages whole, in a packet of
 /// their own, with the time stamp of their end; so do word readers from bytes. Not locked.
 ///
-/// Each result is the list itself or `room`, in which a short message takes no memory of its own.
+/// Each result is the list itself or `room`, which is an empty list that grows; a short message takes no
+/// memory of its own there.
 class ListConverter {
  public:
   /// In bytes. Longer system exclusive messages are dropped, so that one without an end can't fill the

@@ -84,7 +84,7 @@ void ListReceiver::handOver(MIDIListView list, ListConverter& converter, Connect
       words->block(converted, token);
     }
   } else {
-    MIDIPacketList room(0);
+    MIDIPacketList room;
     const MIDIPacketList& converted = converter.toBytes(list, room);
     const auto& block = std::get<MIDIReadBlock>(reader_);
     if (converted.packetCount() > 0 && block) {

@@ -1,6 +1,5 @@
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
 
-#include <algorithm>
 #include <array>
 #include <new>
 #include <utility>
@@ -23,9 +22,8 @@ std::unique_ptr<snd_midi_event_t, void (*)(snd_midi_event_t*)> makeCoder() {
 /// The longest message but for system exclusive ones: four controllers that make a parameter number.
 constexpr std::size_t longestMessage = 12;
 
-/// The event of a channel voice message, from its bytes.
-snd_seq_event_t channelVoiceEvent(std::span<const std::uint8_t> message) {
-  snd_seq_event_t event{};
+/// Makes a new event that of a channel voice message, given its bytes.
+void setChannelVoice(snd_seq_event_t& event, std::span<const std::uint8_t> message) {
   const auto set = [&event, channel = message[0] & 0x0F](snd_seq_event_type type, int parameter, int value) {
     event.type = static_cast<snd_seq_event_type_t>(type);
     event.data.control.channel = static_cast<unsigned char>(channel);
@@ -61,15 +59,6 @@ snd_seq_event_t channelVoiceEvent(std::span<const std::uint8_t> message) {
       set(SND_SEQ_EVENT_PITCHBEND, 0, (message[2] << 7 | message[1]) - 8192);
       break;
   }
-  return event;
-}
-
-/// The bytes are one channel voice message, whole and with its status.
-bool isChannelVoiceMessage(std::span<const std::uint8_t> bytes) {
-  const auto status = bytes.front();
-  return status >= core::firstStatus && status < core::firstSystemStatus &&
-         bytes.size() == core::midi1MessageSize(status) &&
-         std::ranges::none_of(bytes.subspan(1), [](auto byte) { return byte >= core::firstStatus; });
 }
 
 }  // namespace
@@ -78,24 +67,27 @@ EventEncoder::EventEncoder() : coder_(makeCoder()) {}
 
 /// The library's coder takes ten times as long for most of what there is to send, so it gets the rest alone.
 std::optional<snd_seq_event_t> EventEncoder::next(std::span<const std::uint8_t>& bytes) {
-  if (!bytes.empty() && isChannelVoiceMessage(bytes)) {
+  std::optional<snd_seq_event_t> made(std::in_place);
+  if (core::isChannelVoiceMessage(bytes)) {
     runningStatus_ = bytes.front();
-    return channelVoiceEvent(std::exchange(bytes, {}));
+    setChannelVoice(*made, std::exchange(bytes, {}));
+    return made;
   }
   if (runningStatus_ != 0 && !bytes.empty()) {
     snd_seq_event_t event{};
     snd_midi_event_encode_byte(coder_.get(), std::exchange(runningStatus_, 0), &event);
   }
   while (!bytes.empty()) {
-    snd_seq_event_t event{};
+    made.emplace();
     const long taken =
-        snd_midi_event_encode(coder_.get(), bytes.data(), static_cast<long>(bytes.size()), &event);
+        snd_midi_event_encode(coder_.get(), bytes.data(), static_cast<long>(bytes.size()), &*made);
     bytes = bytes.subspan(taken > 0 ? static_cast<std::size_t>(taken) : bytes.size());
-    if (event.type != SND_SEQ_EVENT_NONE) {
-      return event;
+    if (made->type != SND_SEQ_EVENT_NONE) {
+      return made;
     }
   }
-  return std::nullopt;
+  made.reset();
+  return made;
 }
 
 void EventEncoder::reset() {

@@ -27,10 +27,10 @@ struct Schedule {
   karvex::foundation::Duration delay;
 };
 
-/// When an event is sent, and when it is to arrive: at once if there is no schedule.
+/// When an event is sent, and when it is to arrive: at once if there is no schedule, which is null then.
 struct Moment {
   karvex::foundation::TimePoint now;
-  std::optional<Schedule> schedule;
+  const Schedule* schedule = nullptr;
 };
 
 /// Where an Outlet sends its events. All operations may be called on any thread; none waits.

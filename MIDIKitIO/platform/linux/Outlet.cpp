@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "MIDIKitIO/platform/SendMoment.hpp"
 #include "foundation/Log.hpp"
 
 namespace midikit::io::alsa {
@@ -27,6 +28,10 @@ constexpr Duration farthest = 87600h;
 
 constexpr unsigned char sysExStart = 0xF0;
 
+karvex::foundation::TimePoint momentOf(std::uint64_t timeStamp) {
+  return karvex::foundation::TimePoint(Duration(static_cast<Duration::rep>(timeStamp)));
+}
+
 bool hasNoRoom(int result) {
   return result == -EAGAIN || result == -ENOMEM;
 }
@@ -45,16 +50,16 @@ bool continuesMessage(const snd_seq_event_t& event) {
 
 void Outlet::send(const MIDIPacketList& list) {
   context_.gate->pass([&] {
-    const auto now = context_.runtime.clock().now();
+    const auto moment = SendMoment::current();
+    const auto now = moment ? momentOf(*moment) : context_.runtime.clock().now();
     if (!attach(now)) {
       return;
     }
     for (std::size_t index = 0; index < list.packetCount(); ++index) {
       const auto packet = list.packet(index);
       auto bytes = packet.bytes;
-      const TimePoint stamp{Duration(static_cast<Duration::rep>(packet.timeStamp))};
       while (auto event = encoder_.next(bytes)) {
-        accept(*event, std::clamp(stamp, now, now + farthest), now);
+        accept(*event, std::clamp(momentOf(packet.timeStamp), now, now + farthest), now);
       }
     }
     drain();
@@ -123,7 +128,7 @@ void Outlet::accept(snd_seq_event_t& event, TimePoint wanted, TimePoint now) {
 /// with.
 bool Outlet::goesAtOnce(snd_seq_event_t& event, TimePoint wanted, TimePoint now) {
   return backlog_.empty() && wanted == now && !snd_seq_ev_is_variable(&event) &&
-         transmit(event, std::nullopt, now);
+         transmit(event, {.now = now});
 }
 
 /// Whole messages are taken or left out.
@@ -170,23 +175,23 @@ bool Outlet::go(TimePoint wanted, Waiting& waiting, TimePoint now) {
     const auto rate = waiting.bytes.empty() ? std::nullopt : route_.sysExRate();
     waiting.due = rate ? pacer_.next(wanted, static_cast<std::int64_t>(waiting.bytes.size()), *rate) : wanted;
   }
-  auto schedule = scheduleFor(waiting, now);
+  const auto schedule = scheduleFor(waiting, now);
   if (!schedule && *waiting.due > now) {
     wake_ = *waiting.due;
     return false;
   }
-  return transmit(waiting.event, std::move(schedule), now);
+  return transmit(waiting.event, {.now = now, .schedule = schedule ? &*schedule : nullptr});
 }
 
 /// True if the event is done with; false if there is no room for it.
-bool Outlet::transmit(snd_seq_event_t& event, std::optional<Schedule> schedule, TimePoint now) {
-  if (now != attachedAt_ && route_.place() != wire_.to) {
+bool Outlet::transmit(snd_seq_event_t& event, const Moment& moment) {
+  if (moment.now != attachedAt_ && route_.place() != wire_.to) {
     dropAll();
     return true;
   }
-  const int result = context_.sink->send(event, wire_, {.now = now, .schedule = std::move(schedule)});
+  const int result = context_.sink->send(event, wire_, moment);
   if (hasNoRoom(result)) {
-    return waitForRoom(now);
+    return waitForRoom(moment.now);
   }
   blockedSince_.reset();
   if (result == -ENOTCONN || result == -ENOENT) {

@@ -110,7 +110,7 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
   bool hasPlaceFor(const snd_seq_event_t& event);
   void drain();
   bool go(TimePoint wanted, Waiting& waiting, TimePoint now);
-  bool transmit(snd_seq_event_t& event, std::optional<Schedule> schedule, TimePoint now);
+  bool transmit(snd_seq_event_t& event, const Moment& moment);
   std::optional<Schedule> scheduleFor(const Waiting& waiting, TimePoint now);
   bool waitForRoom(TimePoint now);
   void leaveOut(std::string_view reason);

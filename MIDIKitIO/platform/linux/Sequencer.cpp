@@ -268,7 +268,7 @@ int Sequencer::send(snd_seq_event_t& event, const Wire& wire, const Moment& mome
   } else {
     snd_seq_ev_set_subs(&event);
   }
-  if (const auto& schedule = moment.schedule) {
+  if (const auto* schedule = moment.schedule) {
     const auto whole = duration_cast<seconds>(schedule->delay);
     const snd_seq_real_time_t when = {.tv_sec = static_cast<unsigned>(whole.count()),
                                       .tv_nsec = static_cast<unsigned>((schedule->delay - whole).count())};

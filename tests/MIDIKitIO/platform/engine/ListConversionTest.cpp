@@ -24,7 +24,7 @@ struct Converter : ListConverter {
     return ListConverter::toWords(viewOf(list), protocol, room);
   }
   MIDIPacketList toBytes(const MIDIList& list) {
-    MIDIPacketList room(0);
+    MIDIPacketList room;
     return ListConverter::toBytes(viewOf(list), room);
   }
 };
@@ -85,6 +85,10 @@ TEST(ListConversionTest, WordsBecomeBytesMessageByMessage) {
     const char* bytes;
   } cases[] = {
       {"MIDI 1.0", midi1, {0x20933C7F, 0x10F80000}, "0: 93 3C 7F; 0: F8"},
+      {"words that are no message beside one that is",
+       midi1,
+       {0x20933C80, 0x20938040, 0x207F3C40, 0x20F80000, 0x20C50980},
+       "0: C5 09"},
       {"a note of MIDI 2.0", midi2, {0x40933C00, 0x80000000}, "0: 93 3C 40"},
       {"one so soft that MIDI 1.0 would hear its end", midi2, {0x40933C00, 0x00010000}, "0: 93 3C 01"},
       {"a program with its bank", midi2, {0x40C00001, 0x09000102}, "0: B0 00 01; 0: B0 20 02; 0: C0 09"},

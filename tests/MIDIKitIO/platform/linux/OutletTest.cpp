@@ -46,9 +46,9 @@ class FakeSink final : public EventSink {
     EventDecoder decoder;
     Bytes bytes;
     decoder.decode(event, bytes);
-    const auto& schedule = moment.schedule;
-    const auto when = clock_.now() + (schedule ? schedule->delay : Duration::zero());
-    lines.push_back(fmt::format("{}{} {:02X}", when.time_since_epoch() / 1ms, schedule ? "k" : "",
+    const auto* schedule = moment.schedule;
+    const auto when = clock_.now() + (schedule != nullptr ? schedule->delay : Duration::zero());
+    lines.push_back(fmt::format("{}{} {:02X}", when.time_since_epoch() / 1ms, schedule != nullptr ? "k" : "",
                                 fmt::join(bytes.size() > 3 ? Bytes{bytes.front()} : bytes, " ")));
     total += bytes.size();
     return 0;
