@@ -1,10 +1,15 @@
 #pragma once
 
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <umockdev.h>
+
+#include <filesystem>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
-
-typedef struct _UMockdevTestbed UMockdevTestbed;
 
 namespace karvex::device {
 
@@ -14,34 +19,45 @@ class SysfsTree {
  public:
   using Entries = std::vector<std::pair<std::string, std::string>>;
 
-  SysfsTree();
-  ~SysfsTree();
+  SysfsTree() { std::filesystem::create_directory(root / "dev"); }
+  ~SysfsTree() { g_object_unref(testbed); }
   SysfsTree(const SysfsTree&) = delete;
   SysfsTree& operator=(const SysfsTree&) = delete;
 
-  /// Each of these gives the new device's path in sysfs. `attributes` are written as the kernel writes them,
-  /// with a line end.
-  std::string addUsbDevice(const std::string& name, const Entries& attributes);
-  std::string addInterface(const std::string& usbDevice, const std::string& name);
-  /// `parent` may be empty: a terminal of the machine's own, like ttyS0.
-  std::string addTty(const std::string& name, const std::string& parent);
+  /// Each of these returns the new device's path below /sys. `attributes` end with a line end, as the kernel
+  /// writes them.
+  std::string addUsbDevice(const std::string& name, const Entries& attributes) {
+    return add("/devices/" + name, "usb", "DEVTYPE=usb_device", attributes);
+  }
+  std::string addInterface(const std::string& usbDevice, const std::string& name) {
+    return add(usbDevice + "/" + name, "usb", "DEVTYPE=usb_interface", {{"bInterfaceNumber", "00"}});
+  }
+  /// Without a node in /dev.
+  std::string addTty(const std::string& name, const std::string& interface) {
+    return add(interface + "/" + name, "tty", "DEVNAME=" + name, {});
+  }
+  std::string add(const std::string& path, std::string_view subsystem, std::string_view properties,
+                  const Entries& attributes) {
+    auto text = fmt::format("P: {}\nE: SUBSYSTEM={}\nE: {}\n", path, subsystem, properties);
+    for (const auto& [name, value] : attributes) {
+      text += fmt::format(
+          "H: {}={:02X}0A\n", name,
+          fmt::join(std::basic_string_view(reinterpret_cast<const std::uint8_t*>(value.data()), value.size()),
+                    ""));
+    }
+    g_autoptr(GError) error = nullptr;
+    if (umockdev_testbed_add_from_string(testbed, text.c_str(), &error) == FALSE) {
+      throw std::runtime_error(text + error->message);
+    }
+    return path;
+  }
 
-  void remove(const std::string& path);
-  /// The directory on disk that is seen as /sys.
-  std::string sysDirectory() const;
+  void remove(const std::string& path) { umockdev_testbed_remove_device(testbed, ("/sys" + path).c_str()); }
 
- private:
-  struct Device {
-    std::string subsystem;
-    std::string name;
-    std::string parent;
-    Entries attributes;
-    Entries properties;
-  };
-
-  std::string add(Device device);
-
-  UMockdevTestbed* testbed_;
+  UMockdevTestbed* const testbed = umockdev_testbed_new();
+  /// The directory on disk with what is seen as /sys and /dev.
+  const std::filesystem::path root =
+      std::filesystem::path(umockdev_testbed_get_sys_dir(testbed)).parent_path();
 };
 
 }  // namespace karvex::device
