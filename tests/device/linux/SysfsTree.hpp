@@ -56,8 +56,10 @@ class SysfsTree {
 
   UMockdevTestbed* const testbed = umockdev_testbed_new();
   /// The directory on disk with what is seen as /sys and /dev.
-  const std::filesystem::path root =
-      std::filesystem::path(umockdev_testbed_get_sys_dir(testbed)).parent_path();
+  const std::filesystem::path root = [this] {
+    g_autofree gchar* directory = umockdev_testbed_get_root_dir(testbed);
+    return std::filesystem::path(directory);
+  }();
 };
 
 }  // namespace karvex::device

@@ -1,190 +1,197 @@
 #include "loader/platform/linux/hidapi_hid.hpp"
 
 #include <gmock/gmock.h>
+#include <linux/hidraw.h>
+#include <unistd.h>
 
 #include <cerrno>
+#include <fstream>
 #include <functional>
+#include <list>
 #include <numeric>
-#include <optional>
 
 #include "loader/halfkay.hpp"
 #include "loader/halfkay_report.hpp"
 #include "loader/platform/host.hpp"
-#include "tests/loader/linux/hidraw_tree.hpp"
+#include "tests/device/linux/SysfsTree.hpp"
 
 namespace karvex::loader {
 namespace {
 
-using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+namespace fs = std::filesystem;
 
-/// Time stands still but for sleeps.
-struct virtual_host {
-  std::chrono::nanoseconds now{};
-  std::function<void()> after_sleep = [] {};
-  std::vector<std::string> log;
-
-  void install() {
-    host_calls calls;
-    calls.context = this;
-    calls.now = [](void* self) { return static_cast<virtual_host*>(self)->now; };
-    calls.sleep_for = [](void* self, milliseconds span) {
-      static_cast<virtual_host*>(self)->now += span;
-      static_cast<virtual_host*>(self)->after_sleep();
-    };
-    calls.log = [](void* self, const char* text) {
-      static_cast<virtual_host*>(self)->log.emplace_back(text);
-    };
-    install_host(calls);
-  }
+/// What was written to the nodes, with the error number that the next writes are answered with.
+struct far_side {
+  std::vector<std::vector<std::uint8_t>> messages;
+  int error = 0;
 };
 
-class HidapiHid : public ::testing::Test {
- protected:
-  HidapiHid() { host.install(); }
-  ~HidapiHid() override { install_host({}); }
+gboolean on_ioctl(UMockdevIoctlBase*, UMockdevIoctlClient* client) {
+  int descriptor_size = 28;
+  g_autoptr(UMockdevIoctlData) argument =
+      umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, sizeof descriptor_size, nullptr);
+  umockdev_ioctl_data_update(argument, 0, reinterpret_cast<guint8*>(&descriptor_size),
+                             sizeof descriptor_size);
+  umockdev_ioctl_client_complete(client, 0, 0);
+  return TRUE;
+}
 
+gboolean on_write(UMockdevIoctlBase* node, UMockdevIoctlClient* client) {
+  auto* side = static_cast<far_side*>(g_object_get_data(G_OBJECT(node), "far side"));
+  const UMockdevIoctlData* bytes = umockdev_ioctl_client_get_arg(client);
+  if (side->error == 0) {
+    side->messages.emplace_back(bytes->data, bytes->data + bytes->data_len);
+  }
+  umockdev_ioctl_client_complete(client, side->error == 0 ? bytes->data_len : -1, side->error);
+  return TRUE;
+}
+
+GType node_type() {
+  static const GType type = g_type_register_static_simple(
+      UMOCKDEV_TYPE_IOCTL_BASE, "KarvexHidraw", sizeof(UMockdevIoctlBaseClass),
+      [](gpointer node_class, gpointer) {
+        static_cast<UMockdevIoctlBaseClass*>(node_class)->handle_ioctl = on_ioctl;
+        static_cast<UMockdevIoctlBaseClass*>(node_class)->handle_write = on_write;
+      },
+      sizeof(UMockdevIoctlBase), nullptr, static_cast<GTypeFlags>(0));
+  return type;
+}
+
+/// Boards on a made-up bus, and a host whose time stands still but for sleeps.
+class HidapiHid : public testing::Test {
+ protected:
+  HidapiHid() {
+    install_host(
+        {.context = this,
+         .now = [](void* self) { return static_cast<HidapiHid*>(self)->now; },
+         .sleep_for = [](void* self,
+                         std::chrono::milliseconds span) { static_cast<HidapiHid*>(self)->sleep(span); },
+         .log = [](void* self, const char* text) { static_cast<HidapiHid*>(self)->log.emplace_back(text); }});
+  }
+  ~HidapiHid() override { be(0); }
+
+  fs::path node(int number) const { return tree.root / fmt::format("dev/hidraw{}", number); }
+  far_side& add(int number, int vendor, int product) {
+    const auto device = tree.addUsbDevice(
+        fmt::format("1-{}", number),
+        {{"idVendor", fmt::format("{:04x}", vendor)}, {"idProduct", fmt::format("{:04x}", product)}});
+    const auto parent = tree.add(
+        tree.addInterface(device, fmt::format("1-{}:1.0", number)) + fmt::format("/{}", number), "hid",
+        fmt::format("HID_ID=0003:{:08X}:{:08X}\nE: HID_NAME=board\nE: HID_UNIQ=", vendor, product), {});
+    tree.add(fmt::format("{}/hidraw{}", parent, number), "hidraw", fmt::format("DEVNAME=hidraw{}", number),
+             {});
+    std::ofstream(node(number)).flush();
+    auto& side = sides.emplace_back();
+    auto* handler = g_object_new(node_type(), nullptr);
+    g_object_set_data(G_OBJECT(handler), "far side", &side);
+    umockdev_testbed_attach_ioctl(tree.testbed, fmt::format("/dev/hidraw{}", number).c_str(),
+                                  UMOCKDEV_IOCTL_BASE(handler), nullptr);
+    g_object_unref(handler);
+    return side;
+  }
   hid_device* find(hid_search expected = hid_search::found) {
-    hid_device* device = nullptr;
+    auto* device = reinterpret_cast<hid_device*>(this);
     EXPECT_EQ(hid.find_first(hid.context, PJRC_VENDOR_ID, halfkay_product_id, &device), expected);
     return device;
   }
-
   hid_device* find_and_open() {
     hid_device* device = find();
     EXPECT_EQ(hid.open(hid.context, device), hid_access::opened);
     return device;
   }
-
   hid_delivery send(hid_device* device, const std::vector<std::uint8_t>& report) {
     return hid.set_output_report(hid.context, device, report.data(), report.size());
   }
+  /// Permission bits don't bind root.
+  static bool be(uid_t user) { return ::getuid() != 0 || ::seteuid(user) == 0; }
+  void sleep(std::chrono::milliseconds span) {
+    now += span;
+    if (now == 250ms) {
+      be(0);
+      after_250_ms();
+      be(65534);
+    }
+  }
 
-  virtual_host host;
-  hidraw_tree tree;
+  device::SysfsTree tree;
+  std::list<far_side> sides;
+  std::chrono::nanoseconds now{};
+  std::function<void()> after_250_ms = [] {};
+  std::vector<std::string> log;
   const hid_calls hid = hidapi_hid_calls();
 };
 
-TEST_F(HidapiHid, FindsNothingAmongOtherDevices) {
-  hid_device* const stale = reinterpret_cast<hid_device*>(this);
-  hid_device* device = stale;
-  EXPECT_EQ(hid.find_first(hid.context, PJRC_VENDOR_ID, halfkay_product_id, &device), hid_search::none);
-  EXPECT_EQ(device, nullptr);
-
-  tree.add(0, PJRC_VENDOR_ID, 0x0486);
-  tree.add(1, 0x046D, halfkay_product_id);
-  device = stale;
-  EXPECT_EQ(hid.find_first(hid.context, PJRC_VENDOR_ID, halfkay_product_id, &device), hid_search::none);
-  EXPECT_EQ(device, nullptr);
-}
-
 TEST_F(HidapiHid, TheFirstBoardListedGetsTheReportWithItsIdInFront) {
-  const auto& other = tree.add(0, 0x046D, 0xC077);
-  const auto& board = tree.add(1, PJRC_VENDOR_ID, halfkay_product_id);
-  const auto& second_board = tree.add(2, PJRC_VENDOR_ID, halfkay_product_id);
+  EXPECT_EQ(find(hid_search::none), nullptr);
+  const auto& another_product = add(0, PJRC_VENDOR_ID, 0x0486);
+  const auto& another_vendor = add(1, 0x046D, halfkay_product_id);
+  EXPECT_EQ(find(hid_search::none), nullptr);
+  auto& board = add(2, PJRC_VENDOR_ID, halfkay_product_id);
+  const auto& second_board = add(3, PJRC_VENDOR_ID, halfkay_product_id);
   hid_device* device = find_and_open();
-
   std::vector<std::vector<std::uint8_t>> expected;
-  for (const std::size_t length : {std::size_t{130}, longest_report, std::size_t{130}}) {
+  for (const std::size_t length : {std::size_t{130}, longest_report}) {
     std::vector<std::uint8_t> report(length);
     std::iota(report.begin(), report.end(), std::uint8_t{0xFB});
     EXPECT_EQ(send(device, report), hid_delivery::sent);
     report.insert(report.begin(), 0);
     expected.push_back(report);
   }
-  EXPECT_EQ(board.messages(), expected);
-  EXPECT_THAT(other.messages(), IsEmpty());
-  EXPECT_THAT(second_board.messages(), IsEmpty());
-
-  EXPECT_EQ(tree.open_descriptors(1), 1);
-  hid.close(hid.context, device);
-  EXPECT_EQ(tree.open_descriptors(1), 0);
-}
-
-TEST_F(HidapiHid, TellsARefusedReportFromABoardThatLeft) {
-  auto& board = tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
-  hid_device* device = find_and_open();
-  const std::vector<std::uint8_t> report(longest_report);
-
-  for (const int error : {EPIPE, EPROTO, ETIMEDOUT, EIO, EINTR}) {
-    board.fail_with(error);
-    EXPECT_EQ(send(device, report), hid_delivery::refused) << error;
-  }
-  board.fail_with(0);
-  EXPECT_EQ(send(device, report), hid_delivery::sent);
-
-  board.fail_with(ENODEV);
-  EXPECT_EQ(send(device, report), hid_delivery::gone);
-  board.fail_with(EPROTO);
-  tree.remove_node(0);
-  EXPECT_EQ(send(device, report), hid_delivery::gone);
-  hid.close(hid.context, device);
-}
-
-TEST_F(HidapiHid, AReportLongerThanTheLongestDoesNotGoOut) {
-  const auto& board = tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
-  hid_device* device = find_and_open();
   EXPECT_EQ(send(device, std::vector<std::uint8_t>(longest_report + 1)), hid_delivery::refused);
-  EXPECT_THAT(board.messages(), IsEmpty());
+  EXPECT_EQ(board.messages, expected);
+  EXPECT_EQ(another_product.messages.size() + another_vendor.messages.size() + second_board.messages.size(),
+            0U);
+
+  const std::vector<std::uint8_t> report(130);
+  for (const int error : {EPIPE, EPROTO, ETIMEDOUT, EIO, EINTR, ENODEV}) {
+    board.error = error;
+    EXPECT_EQ(send(device, report), error == ENODEV ? hid_delivery::gone : hid_delivery::refused) << error;
+  }
+  board.error = EPROTO;
+  fs::remove(node(2));
+  EXPECT_EQ(send(device, report), hid_delivery::gone);
+  const auto descriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
+  const auto before = descriptors();
   hid.close(hid.context, device);
+  EXPECT_LT(descriptors(), before);
 }
 
-TEST_F(HidapiHid, ABoardThatLeftBeforeTheOpenFailsAtOnceAndTheLogTellsWhy) {
-  tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
+TEST_F(HidapiHid, ARefusalIsBelievedWhenItLastsASecond) {
+  add(0, PJRC_VENDOR_ID, halfkay_product_id);
   hid_device* device = find();
-  tree.remove_node(0);
+  fs::remove(node(0));
   EXPECT_EQ(hid.open(hid.context, device), hid_access::failed);
-  EXPECT_EQ(host.now, milliseconds(0));
-  EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : No such file or directory"));
-}
+  EXPECT_EQ(now, 0ms) << "a board that has left is no refusal";
+  EXPECT_THAT(log, ElementsAre(">>> KARVEX : /dev/hidraw0 : No such file or directory"));
 
-/// The node is there, but the system keeps it from this user.
-class HidapiHidWithoutPermission : public HidapiHid {
- protected:
-  void SetUp() override {
-    tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
-    tree.set_node_mode(0, 0000);
-    user.emplace();
-    if (!user->effective()) {
+  std::ofstream(node(0)).flush();
+  fs::permissions(node(0), fs::perms::none);
+  fs::permissions(tree.root, fs::perms(0755));
+  fs::permissions(tree.root / "ioctl/dev/hidraw0", fs::perms(0777));
+  const std::tuple<std::function<void()>, hid_access, std::chrono::milliseconds> cases[] = {
+      {[] {}, hid_access::not_permitted, 1000ms},
+      {[this] { fs::permissions(node(0), fs::perms(0666)); }, hid_access::opened, 250ms},
+      {[this] { fs::remove(node(0)); }, hid_access::failed, 250ms},
+  };
+  for (const auto& [happening, access, time] : cases) {
+    fs::permissions(node(0), fs::perms::none);
+    now = 0ms;
+    after_250_ms = happening;
+    device = find();
+    if (!be(65534)) {
       GTEST_SKIP() << "permissions don't bind root, and the system doesn't let it become another user";
     }
+    EXPECT_EQ(hid.open(hid.context, device), access);
+    be(0);
+    EXPECT_EQ(now, time);
+    if (access == hid_access::opened) {
+      hid.close(hid.context, device);
+    }
   }
-
-  /// What happens from outside while the loader sleeps, once the given time is over.
-  void at(milliseconds moment, const std::function<void()>& event) {
-    host.after_sleep = [this, moment, event, happened = false]() mutable {
-      if (host.now >= moment && !happened) {
-        happened = true;
-        user.reset();
-        event();
-        user.emplace();
-      }
-    };
-  }
-
-  std::optional<ordinary_user> user;
-};
-
-TEST_F(HidapiHidWithoutPermission, ARefusalIsBelievedWhenItLastsASecond) {
-  EXPECT_EQ(hid.open(hid.context, find()), hid_access::not_permitted);
-  EXPECT_GE(host.now, milliseconds(1000));
-  EXPECT_LE(host.now, milliseconds(1050));
-  EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : Permission denied"));
-}
-
-TEST_F(HidapiHidWithoutPermission, ANodeHandedOverInTimeIsOpened) {
-  at(milliseconds(240), [this] { tree.set_node_mode(0, 0666); });
-  hid_device* device = find_and_open();
-  EXPECT_LE(host.now, milliseconds(300));
-  EXPECT_THAT(host.log, IsEmpty());
-  hid.close(hid.context, device);
-}
-
-TEST_F(HidapiHidWithoutPermission, ABoardThatLeavesMeanwhileIsNoRefusal) {
-  at(milliseconds(240), [this] { tree.remove_node(0); });
-  EXPECT_EQ(hid.open(hid.context, find()), hid_access::failed);
-  EXPECT_LE(host.now, milliseconds(300));
+  EXPECT_THAT(log, ElementsAre(log.front(), ">>> KARVEX : /dev/hidraw0 : Permission denied", log.front()));
 }
 
 }  // namespace
