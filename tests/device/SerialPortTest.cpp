@@ -37,7 +37,7 @@ struct Script {
   bool refusesSettings = false;
   bool isConnected = true;
   std::ptrdiff_t writeResult = -1;
-  std::deque<std::string> input;  ///< what each read gives; nothing when there is no more
+  std::deque<std::string> input;   ///< what each read gives; nothing when there is no more
   ReadSource::Handler onReadable;  ///< while it is watched
   Texts events;
 };
@@ -164,7 +164,11 @@ TEST_F(SerialPortTest, WhatAPortMustBeForEachOperation) {
     EXPECT_THAT(takeEvents(), IsEmpty());
     port.open(PortMode::transmit);
     script.isConnected = false;
-    EXPECT_EQ(errorOf(call), kind == stream ? "2 Serial port /dev/p is open for transmitting only" : kind == blockingRead ? "5 The device at serial port /dev/p is no longer connected" : "") << name;
+    EXPECT_EQ(errorOf(call), kind == stream ? "2 Serial port /dev/p is open for transmitting only"
+                             : kind == blockingRead
+                                 ? "5 The device at serial port /dev/p is no longer connected"
+                                 : "")
+        << name;
     script.isConnected = true;
     port.close();
     EXPECT_EQ(takeEvents().size(), kind == other ? 3U : 2U) << name;
@@ -197,7 +201,8 @@ TEST_F(SerialPortTest, APortIsOpenedOnceAndAfterAFailureItIsAsBefore) {
   port.close();
   port.close();
   EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 0", "watch", "close"));
-  EXPECT_EQ(errorOf([this] { port.create("")->open(PortMode::receive); }), "0 A serial port without a path can't be opened");
+  EXPECT_EQ(errorOf([this] { port.create("")->open(PortMode::receive); }),
+            "0 A serial port without a path can't be opened");
   {
     const auto dropped = port.create("/dev/q");
     dropped->open(PortMode::receiveAndTransmit);
@@ -233,7 +238,9 @@ TEST_F(SerialPortTest, BlockingReadsReturnWhatTheNodeGivesWithoutHaste) {
 
 TEST_F(SerialPortTest, WritesAreUtf8AndTheirResultIsHandedBack) {
   const auto writeBadText = [this] {
-    for (const auto& write : std::vector<std::function<void()>>{[this] { port.writeString("a\xFF"); }, [this] { port.writeCharacter(0xD800); }, [this] { port.writeCharacter(0x110000); }}) {
+    for (const auto& write : std::vector<std::function<void()>>{[this] { port.writeString("a\xFF"); },
+                                                                [this] { port.writeCharacter(0xD800); },
+                                                                [this] { port.writeCharacter(0x110000); }}) {
       EXPECT_EQ(errorOf(write), "3 Text for serial port /dev/p is not valid UTF-8");
     }
   };
@@ -256,7 +263,8 @@ TEST_F(SerialPortTest, LinesAreWholeHoweverTheBytesComeAndEndWithTheDeviceOrTheC
     port.readBytesStream();  // The same stream again: it takes nothing from the lines.
     script.input = {"abc\n\xC3", "", "\xA9t\n\n\xFF\n", "unterminated"};
     const auto onReadable = script.onReadable;
-    for (const auto outcome : {ReadOutcome::data, ReadOutcome::nothing, ReadOutcome::data, ReadOutcome::data}) {
+    for (const auto outcome :
+         {ReadOutcome::data, ReadOutcome::nothing, ReadOutcome::data, ReadOutcome::data}) {
       EXPECT_EQ(onReadable(), outcome);
     }
     runUntilIdle();
@@ -279,7 +287,8 @@ TEST_F(SerialPortTest, LinesAreWholeHoweverTheBytesComeAndEndWithTheDeviceOrTheC
 TEST(SerialPortErrorTest, AFailedOpenNamesPortNodeAndCause) {
   using Cause = TerminalRefusal::Cause;
   const std::pair<TerminalRefusal, std::string> cases[] = {
-      {{.cause = Cause::inUse, .node = "/dev/ttyACM0", .detail = "minicom (process 4711)"}, " (/dev/ttyACM0) can't be opened: it is in use by minicom (process 4711)"},
+      {{.cause = Cause::inUse, .node = "/dev/ttyACM0", .detail = "minicom (process 4711)"},
+       " (/dev/ttyACM0) can't be opened: it is in use by minicom (process 4711)"},
       {{.cause = Cause::absent}, " can't be opened: it is not there, the device may have been unplugged"},
       {{.cause = Cause::notPermitted}, " can't be opened: this user has no permission to use it"},
       {{.cause = Cause::other}, " can't be opened: the system gives no reason"},
@@ -298,7 +307,8 @@ class SerialPortManagementTest : public SerialPortTest {
   /// The three flags as they are now, and what was logged.
   Texts outcome() {
     auto all = std::exchange(logged, {});
-    all.insert(all.begin(), fmt::format("{:d}{:d}{:d}", management.halfkayModeDetected.get(), management.portBusyError.get(), management.showErrorModal.get()));
+    all.insert(all.begin(), fmt::format("{:d}{:d}{:d}", management.halfkayModeDetected.get(),
+                                        management.portBusyError.get(), management.showErrorModal.get()));
     return all;
   }
 
@@ -316,7 +326,8 @@ TEST_F(SerialPortManagementTest, TheCheckIsAnOpenAndACloseAndTouchesNoBoardInIts
   for (int attempt = 0; attempt < 2; ++attempt) {
     EXPECT_FALSE(management.checkPortAvailability({}, "/dev/p"));
     EXPECT_EQ(management.errorText.get(), text);
-    EXPECT_THAT(outcome(), ElementsAre("011", checking, "> KARVEX : Error opening or closing serial port " + text));
+    EXPECT_THAT(outcome(),
+                ElementsAre("011", checking, "> KARVEX : Error opening or closing serial port " + text));
   }
   records::BootableDevice device;
   device.USBProductId = 0x0478;
@@ -332,16 +343,19 @@ TEST_F(SerialPortManagementTest, TheRequestIsOneChangeOfSpeedAndAFailureInvertsI
   const std::string success = "> KARVEX : Serial port /dev/p open success!";
   EXPECT_TRUE(management.requestHalfkayMode("/dev/p"));
   EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 0", "watch", "134 baud, 8N1, raw", "close"));
-  EXPECT_THAT(outcome(), ElementsAre("000", available, attempt, success, "> KARVEX : Halfkay mode request Sent on port /dev/p"));
+  EXPECT_THAT(outcome(), ElementsAre("000", available, attempt, success,
+                                     "> KARVEX : Halfkay mode request Sent on port /dev/p"));
   script.refusesSettings = true;
   EXPECT_FALSE(management.requestHalfkayMode("/dev/p"));
   EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 0", "watch", "close"));
-  EXPECT_THAT(outcome(), ElementsAre("001", available, attempt, success, "> KARVEX : Halfkay mode request failed : Reason : not open"));
+  EXPECT_THAT(outcome(), ElementsAre("001", available, attempt, success,
+                                     "> KARVEX : Halfkay mode request failed : Reason : not open"));
   EXPECT_EQ(management.errorText.get(), "not open");
   script.refusal = TerminalRefusal{.detail = "why"};
   EXPECT_FALSE(management.requestHalfkayMode("/dev/p"));
   const std::string text = "Serial port /dev/p can't be opened: why";
-  EXPECT_THAT(outcome(), ElementsAre("000", available, attempt, "> KARVEX : Could not open serial port /dev/p : Reason => " + text));
+  EXPECT_THAT(outcome(), ElementsAre("000", available, attempt,
+                                     "> KARVEX : Could not open serial port /dev/p : Reason => " + text));
   EXPECT_EQ(management.errorText.get(), text);
 }
 

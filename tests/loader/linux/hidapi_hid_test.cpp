@@ -79,10 +79,10 @@ class HidapiHid : public testing::Test {
         fmt::format("1-{}", number),
         {{"idVendor", fmt::format("{:04x}", vendor)}, {"idProduct", fmt::format("{:04x}", product)}});
     const auto parent = tree.add(
-        tree.addInterface(device, fmt::format("1-{}:1.0", number)) + fmt::format("/{}", number), "hid",
+        fmt::format("{}/{}", tree.addInterface(device, fmt::format("1-{}:1.0", number)), number), "hid",
         fmt::format("HID_ID=0003:{:08X}:{:08X}\nE: HID_NAME=board\nE: HID_UNIQ=", vendor, product), {});
-    tree.add(fmt::format("{}/hidraw{}", parent, number), "hidraw", fmt::format("DEVNAME=hidraw{}", number),
-             {});
+    tree.add(fmt::format("{}/hidraw{}", parent, number), "hidraw",
+             fmt::format("DEVNAME=hidraw{}\nL: device=..", number), {});
     std::ofstream(node(number)).flush();
     auto& side = sides.emplace_back();
     auto* handler = g_object_new(node_type(), nullptr);
