@@ -1,0 +1,316 @@
+// Ports on pseudo-terminals: real device nodes of a real kernel.
+
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <memory>
+#include <semaphore>
+#include <thread>
+#include <vector>
+
+#include "device/SerialPort.hpp"
+#include "device/platform/linux/TerminalTermios.hpp"
+#include "device/platform/linux/TermiosTerminalNodes.hpp"
+#include "foundation/SystemRuntime.hpp"
+#include "tests/device/linux/PseudoTerminal.hpp"
+
+namespace karvex::device {
+namespace {
+
+using foundation::AsyncStream;
+using foundation::Task;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+std::string textOf(const std::function<void()>& operation) {
+  try {
+    operation();
+  } catch (const PortException& exception) {
+    return exception.what();
+  }
+  return "";
+}
+
+class TerminalTest : public testing::Test {
+ protected:
+  ~TerminalTest() override { port.close(); }
+
+  std::string textOfOpen() {
+    return textOf([this] { port.open(PortMode::receiveAndTransmit); });
+  }
+  void openRaw() {
+    port.open(PortMode::receiveAndTransmit);
+    port.configure({.baudRateSetting = BaudRateSetting::bothWays(BaudRate::baud115200)});
+  }
+  int openPlainly() const { return ::open(terminal.path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK); }
+  std::string refusalNaming(const std::string& program, pid_t process) const {
+    return "Serial port " + terminal.path + " can't be opened: it is in use by " + program + " (process " +
+           std::to_string(process) + ")";
+  }
+  static std::string thisProgram() {
+    std::string name;
+    std::getline(std::ifstream("/proc/self/comm"), name);
+    return name;
+  }
+
+  /// Takes the lines that come in on the global queue.
+  Task<> collect(AsyncStream<std::string> stream) {
+    while (auto line = co_await stream.next()) {
+      lines.push_back(std::move(*line));
+      lineCame.release();
+    }
+    hasEnded = true;
+    lineCame.release();
+  }
+  void collectLines() {
+    hasEnded = false;
+    spawn(runtime.globalQueue(), collect(port.readLinesStream()));
+  }
+  void waitForEnd() {
+    while (!hasEnded) {
+      lineCame.acquire();
+    }
+  }
+
+  PseudoTerminal terminal;
+  std::vector<std::string> lines;
+  std::counting_semaphore<> lineCame{0};
+  std::atomic<bool> hasEnded = false;
+  foundation::SystemRuntime runtime;
+  TermiosTerminalNodes nodes{runtime.globalQueue()};
+  SerialPort port{nodes, runtime, terminal.path};
+};
+
+TEST_F(TerminalTest, WithinThisProgramAPortIsTakenUntilItIsClosed) {
+  const auto other = port.create(terminal.path);
+  other->open(PortMode::receive);
+  EXPECT_EQ(textOfOpen(), refusalNaming(thisProgram(), ::getpid()));
+  {
+    const OtherProgram child([] {}, OtherProgram::Kinship::child);  // That is just being started.
+    other->close();
+    EXPECT_EQ(textOfOpen(), "");
+    port.close();
+  }
+  port.create(terminal.path)->open(PortMode::receive);
+  EXPECT_EQ(textOfOpen(), refusalNaming(thisProgram(), ::getpid()))
+      << "by the one that was dropped without a close";
+  terminal.unplug();
+  EXPECT_THAT(textOfOpen(), HasSubstr("it is not there"));
+}
+
+TEST_F(TerminalTest, WhatAnotherProgramHasOpenIsRefusedWithItsNameMadeHarmless) {
+  using Take = std::function<void(int)>;
+  const std::pair<const char*, Take> ways[] = {
+      {"exclusive mode", [](int descriptor) { ::ioctl(descriptor, TIOCEXCL); }},
+      {"lock", [](int descriptor) { ::flock(descriptor, LOCK_EX); }},
+      {"neither, as serial monitors do", [](int) {}},
+  };
+  for (const auto& [way, take] : ways) {
+    const OtherProgram other([this, take = &take] {
+      ::prctl(PR_SET_NAME, "a\x1B[2J\xFF z");
+      (*take)(openPlainly());
+    });
+    EXPECT_EQ(textOfOpen(), refusalNaming("a?[2J? z", other.process)) << way;
+    inOtherProcess([this] { return ::ioctl(openPlainly(), TIOCNXCL); });
+  }
+  EXPECT_EQ(textOfOpen(), "");
+}
+
+TEST_F(TerminalTest, OtherProgramsAreKeptOutUntilTheClose) {
+  const auto lock = [this] { return ::flock(openPlainly(), LOCK_EX | LOCK_NB) == 0 ? 0 : errno; };
+  const auto openAsUser = [this] {  // Exclusive mode doesn't stop root.
+    return (::geteuid() == 0 && ::setuid(65534) != 0) || openPlainly() < 0 ? errno : 0;
+  };
+  ASSERT_EQ(::chmod(terminal.path.c_str(), 0666), 0);
+  port.open(PortMode::receive);
+  EXPECT_EQ(inOtherProcess(openAsUser), EBUSY);
+  if (::geteuid() == 0) {
+    EXPECT_EQ(inOtherProcess(lock), EWOULDBLOCK);
+  }
+  port.close();
+  EXPECT_EQ(inOtherProcess(openAsUser), 0);
+  EXPECT_EQ(inOtherProcess(lock), 0);
+}
+
+TEST_F(TerminalTest, TheOpenDescriptorWaitsForInputAndIsNobodyElses) {
+  port.open(PortMode::receiveAndTransmit);
+  const int highest = ::dup(0);
+  ::close(highest);
+  for (int descriptor = 0; descriptor <= highest; ++descriptor) {
+    std::error_code error;
+    if (std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error) ==
+        terminal.path) {
+      EXPECT_EQ(::fcntl(descriptor, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDWR);
+      EXPECT_EQ(::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
+    }
+  }
+  port.close();
+  EXPECT_EQ(inOtherProcess([this] {
+              ::setsid();
+              const auto opened = nodes.open(terminal.path, PortMode::receive);
+              return opened.index() == 0 && ::open("/dev/tty", O_RDONLY | O_CLOEXEC) < 0 ? 0 : 1;
+            }),
+            0)
+      << "it became the controlling terminal";
+}
+
+TEST_F(TerminalTest, BlockingReadsGetWhatCameInBeforeTheSettingsAndLetWritesPass) {
+  terminal.send("early\n");
+  openRaw();
+  terminal.received();  // The echo from before.
+  const termios line = terminal.settings();
+  EXPECT_EQ(cfgetospeed(&line), static_cast<speed_t>(B115200));
+  EXPECT_EQ(port.readLine(), "early");
+  auto late = std::async(std::launch::async, [this] { return port.readLine(); });
+  EXPECT_EQ(port.writeString("h\n\xC3\xA9"), 4);
+  EXPECT_EQ(terminal.received(), "h\n\xC3\xA9");
+  terminal.send("in two ");
+  terminal.send("pieces\n");
+  EXPECT_EQ(late.get(), "in two pieces");
+  port.configure({.minimumBytesToRead = 0, .timeout = 1});
+  EXPECT_TRUE(port.readData(4).empty()) << "a tenth of a second passed";
+  EXPECT_EQ(terminal.received(), "") << "no echo";
+}
+
+TEST_F(TerminalTest, ABlockingReadThatWaitsOverACloseReturnsTheNode) {
+  openRaw();
+  auto text = std::async(std::launch::async, [this] { return textOf([this] { port.readLine(); }); });
+  port.close();
+  terminal.send("x");  // Or else it would wait for ever.
+  EXPECT_EQ(text.get(), "Serial port " + terminal.path + " is not open");
+  EXPECT_EQ(textOfOpen(), "");
+}
+
+TEST_F(TerminalTest, ADeviceThatLeavesEndsStreamsAndBlockingReads) {
+  openRaw();
+  auto text = std::async(std::launch::async, [this] { return textOf([this] { port.readByte(); }); });
+  collectLines();
+  terminal.unplug();
+  EXPECT_EQ(text.get(), "The device at serial port " + terminal.path + " is no longer connected");
+  waitForEnd();
+  EXPECT_EQ(port.writeString("x"), -1);
+  port.configure({});
+}
+
+// Meant for the thread sanitizer: the port is closed while its handler reads, waits or is about to be called.
+TEST_F(TerminalTest, OpeningAndClosingUnderLoadIsAlwaysPossible) {
+  std::atomic<bool> isOver = false;
+  std::thread device([&] {
+    while (!isOver) {
+      terminal.send("line\n");
+    }
+  });
+  for (int round = 0; round < 500; ++round) {
+    openRaw();
+    collectLines();
+    if (round % 2 == 0) {
+      lineCame.acquire();
+    }
+    port.close();
+    waitForEnd();
+  }
+  isOver = true;
+  device.join();
+  EXPECT_THAT(lines, testing::Contains("line\n"));
+}
+
+/// A path that is no terminal: a lock is all that protects it.
+TEST_F(TerminalTest, APathThatIsNoTerminalIsOpenedWithoutWaitingAndTaken) {
+  const std::string path =
+      std::filesystem::temp_directory_path() / ("karvex-fifo-" + std::to_string(::getpid()));
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  const auto fifo = port.create(path);
+  fifo->open(PortMode::receive);  // Would wait for a writer.
+  fifo->configure({});
+  EXPECT_THAT(textOf([&] { port.create(path)->open(PortMode::receive); }),
+              HasSubstr("in use by " + thisProgram()));
+  ::unlink(path.c_str());
+  EXPECT_THAT(textOf([&] { fifo->readByte(); }), HasSubstr("is no longer connected"));
+  fifo->close();
+}
+
+/// What a setting makes of any flags that were there before: it clears a fixed set of them and sets these.
+TEST(TerminalTermiosTest, EachSettingChangesItsFlagsAndLeavesAllOthersAsTheyWere) {
+  struct {
+    const char* description;
+    SerialPortSettings settings;
+    tcflag_t input = 0;
+    tcflag_t control = CS8;
+    tcflag_t output = 0;
+  } const cases[] = {
+      {"raw, 8N1", {}},
+      {"software flow control", {.useSoftwareFlowControl = true}, IXON | IXOFF | IXANY},
+      {"hardware flow control", {.useHardwareFlowControl = true}, 0, CS8 | CRTSCTS},
+      {"two stop bits", {.sendTwoStopBits = true}, 0, CS8 | CSTOPB},
+      {"even parity", {.parityType = ParityType::even}, 0, CS8 | PARENB},
+      {"odd parity", {.parityType = ParityType::odd}, 0, CS8 | PARENB | PARODD},
+      {"processed output", {.processOutput = true}, 0, CS8, OPOST},
+      {"5 bits", {.dataBitsSize = DataBitsSize::bits5}, 0, CS5},
+      {"6 bits", {.dataBitsSize = DataBitsSize::bits6}, 0, CS6},
+      {"7 bits", {.dataBitsSize = DataBitsSize::bits7}, 0, CS7},
+  };
+  /// Also without the C library's mark in c_iflag for an input speed of 0.
+  constexpr tcflag_t all = ~(tcflag_t{0x80000000} | CBAUD);
+  const auto changed = [](tcflag_t before, tcflag_t cleared, tcflag_t set) {
+    return (before & ~cleared) | set;
+  };
+  for (const auto& [description, settings, input, control, output] : cases) {
+    for (const tcflag_t before : {tcflag_t{0}, all}) {
+      const auto wanted = termiosWith({before, before, before, before}, settings);
+      EXPECT_EQ(wanted.c_iflag, changed(before, INLCR | IGNCR | ICRNL | IXON | IXOFF | IXANY, input))
+          << description;
+      EXPECT_EQ(wanted.c_cflag,
+                changed(before, CBAUD | CSIZE | CSTOPB | CRTSCTS, B9600 | CREAD | CLOCAL | control))
+          << description;
+      EXPECT_EQ(wanted.c_oflag, changed(before, OPOST, output)) << description;
+      EXPECT_EQ(wanted.c_lflag, changed(before, ICANON | ISIG | ECHO | ECHOE, 0)) << description;
+    }
+  }
+}
+
+TEST(TerminalTermiosTest, OfTheControlCharactersOnlyMinimumAndTimeoutStay) {
+  termios expected{};
+  expected.c_cc[VMIN] = 255;
+  expected.c_cc[VTIME] = 3;
+  termios present{};
+  std::fill(std::begin(present.c_cc), std::end(present.c_cc), cc_t{7});
+  const auto wanted = termiosWith(present, {.minimumBytesToRead = 255, .timeout = 3});
+  EXPECT_THAT(wanted.c_cc, testing::ElementsAreArray(expected.c_cc));
+}
+
+TEST(TerminalTermiosTest, TheRatesAndTheDetourOfANodeThatIsAt134Already) {
+  const auto at = [](int rate) {
+    return SerialPortSettings{.baudRateSetting = BaudRateSetting::bothWays(static_cast<BaudRate>(rate)),
+                              .sendTwoStopBits = true};
+  };
+  // Nineteen constants that grow from B0 to B230400, without a gap that another one would fit into.
+  std::vector<speed_t> speeds;
+  for (int rate = 0; rate < static_cast<int>(baudRateCount); ++rate) {
+    const auto present = termiosWith({}, at(rate));
+    speeds.push_back(cfgetospeed(&present));
+    EXPECT_EQ(cfgetispeed(&present), speeds.back());
+    EXPECT_EQ(termiosSteps(present, at(rate)).size(), speeds.back() == B134 ? 2U : 1U);
+    EXPECT_EQ(termiosSteps(present, at(rate + 1 < static_cast<int>(baudRateCount) ? rate + 1 : 0)).size(),
+              1U);
+    EXPECT_TRUE(rate == 0 ||
+                (speeds[static_cast<std::size_t>(rate) - 1] < speeds.back() &&
+                 speedValue(static_cast<BaudRate>(rate - 1)) < speedValue(static_cast<BaudRate>(rate))));
+  }
+  EXPECT_EQ(speeds.front(), static_cast<speed_t>(B0));
+  EXPECT_EQ(speeds.back(), static_cast<speed_t>(B230400));
+  const auto present = termiosWith({}, at(static_cast<int>(BaudRate::baud134)));
+  auto steps = termiosSteps(present, at(static_cast<int>(BaudRate::baud134)));
+  EXPECT_EQ(cfgetospeed(&steps[0]), static_cast<speed_t>(B9600));
+  cfsetospeed(&steps[0], B134);
+  EXPECT_EQ(steps[0].c_cflag, present.c_cflag) << "the detour differs in its speed alone";
+  EXPECT_EQ(steps[1].c_cflag, present.c_cflag);
+}
+
+}  // namespace
+}  // namespace karvex::device
