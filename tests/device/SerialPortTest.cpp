@@ -5,15 +5,8 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
-#include <array>
-#include <deque>
 #include <functional>
-#include <memory>
-#include <optional>
-#include <string>
 #include <system_error>
-#include <utility>
-#include <vector>
 
 #include "device/SerialPortManagement.hpp"
 #include "foundation/Log.hpp"
@@ -30,82 +23,61 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Texts = std::vector<std::string>;
 
-/// What the test decides of a node, and what was done to it.
-struct Script {
+/// The one node, as the test decides, and what was done to it.
+struct Script final : public TerminalNodes {
+  struct Source final : public ReadSource {
+    Source(Script& of, Handler calls) : script(of), handler(std::move(calls)) {
+      script.events.emplace_back("watch");
+    }
+    ~Source() override { script.onReadable = nullptr; }
+    void resume() override { script.onReadable = handler; }
+    Script& script;
+    Handler handler;
+  };
+  struct Node final : public TerminalNode {
+    explicit Node(Script& of) : script(of) {}
+    ~Node() override { script.events.emplace_back("close"); }
+    void configure(const SerialPortSettings& settings) override {
+      if (script.refusesSettings) {
+        throw PortException(PortError::mustBeOpen, "not open");
+      }
+      const SerialPortSettings request{.baudRateSetting = {BaudRate::baud134, BaudRate::baud134}};
+      script.events.emplace_back(settings == request ? "134 baud, 8N1, raw" : "other settings");
+    }
+    std::ptrdiff_t read(std::span<std::uint8_t> into) override {
+      const auto step = script.input.empty() ? "" : script.input.front();
+      script.input.erase(script.input.begin(), script.input.begin() + (script.input.empty() ? 0 : 1));
+      return std::copy_n(step.begin(), std::min(step.size(), into.size()), into.begin()) - into.begin();
+    }
+    std::ptrdiff_t write(std::span<const std::uint8_t> bytes) override {
+      script.events.emplace_back(bytes.begin(), bytes.end());
+      return script.writeResult;
+    }
+    bool isConnected() override { return script.isConnected; }
+    std::unique_ptr<ReadSource> watch(ReadSource::Handler onReadable) override {
+      if (script.refusesWatch) {
+        throw std::system_error(EMFILE, std::generic_category());
+      }
+      return std::make_unique<Source>(script, std::move(onReadable));
+    }
+    void leaveOpen() override { script.events.emplace_back("leave open"); }
+    Script& script;
+  };
+
+  OpenedTerminal open(const std::string& path, PortMode mode) override {
+    if (refusal) {
+      return *refusal;
+    }
+    events.push_back(fmt::format("open {} {}", path, static_cast<int>(mode)));
+    return std::make_unique<Node>(*this);
+  }
+
   std::optional<TerminalRefusal> refusal;
-  bool refusesWatch = false;
-  bool refusesSettings = false;
-  bool isConnected = true;
+  bool refusesWatch = false, refusesSettings = false, isConnected = true;
   std::ptrdiff_t writeResult = -1;
-  std::deque<std::string> input;   ///< what each read gives; nothing when there is no more
+  Texts input;                     ///< what each read gives; nothing when there is no more
   ReadSource::Handler onReadable;  ///< while it is watched
   Texts events;
-};
-
-class ScriptedSource final : public ReadSource {
- public:
-  ScriptedSource(Script& script, Handler onReadable) : script_(script), onReadable_(std::move(onReadable)) {
-    script_.events.emplace_back("watch");
-  }
-  ~ScriptedSource() override { script_.onReadable = nullptr; }
-  void resume() override { script_.onReadable = onReadable_; }
-
- private:
-  Script& script_;
-  Handler onReadable_;
-};
-
-class ScriptedNode final : public TerminalNode {
- public:
-  explicit ScriptedNode(Script& script) : script_(script) {}
-  ~ScriptedNode() override { script_.events.emplace_back("close"); }
-  void configure(const SerialPortSettings& settings) override {
-    if (script_.refusesSettings) {
-      throw PortException(PortError::mustBeOpen, "not open");
-    }
-    const SerialPortSettings request{.baudRateSetting = {BaudRate::baud134, BaudRate::baud134}};
-    script_.events.emplace_back(settings == request ? "134 baud, 8N1, raw" : "other settings");
-  }
-  std::ptrdiff_t read(std::span<std::uint8_t> into) override {
-    if (script_.input.empty()) {
-      return 0;
-    }
-    const auto step = std::exchange(script_.input.front(), "");
-    script_.input.pop_front();
-    EXPECT_LE(step.size(), into.size());
-    std::copy(step.begin(), step.end(), into.begin());
-    return static_cast<std::ptrdiff_t>(step.size());
-  }
-  std::ptrdiff_t write(std::span<const std::uint8_t> bytes) override {
-    script_.events.emplace_back(bytes.begin(), bytes.end());
-    return script_.writeResult;
-  }
-  bool isConnected() override { return script_.isConnected; }
-  std::unique_ptr<ReadSource> watch(ReadSource::Handler onReadable) override {
-    if (script_.refusesWatch) {
-      throw std::system_error(EMFILE, std::generic_category());
-    }
-    return std::make_unique<ScriptedSource>(script_, std::move(onReadable));
-  }
-  void leaveOpen() override { script_.events.emplace_back("leave open"); }
-
- private:
-  Script& script_;
-};
-
-class ScriptedNodes final : public TerminalNodes {
- public:
-  explicit ScriptedNodes(Script& script) : script_(script) {}
-  OpenedTerminal open(const std::string& path, PortMode mode) override {
-    if (script_.refusal) {
-      return *script_.refusal;
-    }
-    script_.events.push_back(fmt::format("open {} {}", path, static_cast<int>(mode)));
-    return std::make_unique<ScriptedNode>(script_);
-  }
-
- private:
-  Script& script_;
 };
 
 /// The text of the error that an operation ends in, after its code; nothing if it ends well.
@@ -134,50 +106,41 @@ class SerialPortTest : public testing::Test {
 
   Script script;
   foundation::VirtualRuntime runtime;
-  ScriptedNodes nodes{script};
-  SerialPort port{nodes, runtime, "/dev/p"};
+  SerialPort port{script, runtime, "/dev/p"};
   Texts lines;
 };
 
 TEST_F(SerialPortTest, WhatAPortMustBeForEachOperation) {
-  std::array<std::uint8_t, 4> memory{};
-  enum Kind { stream, blockingRead, other };
-  const std::tuple<Kind, const char*, std::function<void()>> operations[] = {
-      {stream, "readDataStream", [this] { port.readDataStream(); }},
-      {stream, "readBytesStream", [this] { port.readBytesStream(); }},
-      {stream, "readLinesStream", [this] { port.readLinesStream(); }},
-      {blockingRead, "readBytes", [&] { port.readBytes(memory.data(), memory.size()); }},
-      {blockingRead, "readData", [this] { port.readData(4); }},
-      {blockingRead, "readString", [this] { port.readString(4); }},
-      {blockingRead, "readString of nothing", [this] { port.readString(0); }},
-      {blockingRead, "readUntil", [this] { port.readUntil('x'); }},
-      {blockingRead, "readLine", [this] { port.readLine(); }},
-      {blockingRead, "readByte", [this] { port.readByte(); }},
-      {other, "configure", [this] { port.configure({}); }},
-      {other, "writeBytes", [this] { port.writeBytes("ab", 2); }},
-      {other, "writeData", [this] { port.writeData(std::vector<std::uint8_t>{1, 2}); }},
-      {other, "writeString", [this] { port.writeString("ab"); }},
-      {other, "writeCharacter", [this] { port.writeCharacter(U'a'); }},
+  std::uint8_t memory[4];
+  const auto onlyTransmits = "2 Serial port /dev/p is open for transmitting only";
+  const auto hasLeft = "5 The device at serial port /dev/p is no longer connected";
+  // With what each of them ends in on a port that only transmits, of a device that has left.
+  const std::pair<std::string, std::function<void()>> operations[] = {
+      {onlyTransmits, [this] { port.readDataStream(); }},
+      {onlyTransmits, [this] { port.readBytesStream(); }},
+      {onlyTransmits, [this] { port.readLinesStream(); }},
+      {hasLeft, [&] { port.readBytes(memory, sizeof memory); }},
+      {hasLeft, [this] { port.readData(4); }},
+      {hasLeft, [this] { port.readString(0); }},
+      {hasLeft, [this] { port.readLine(); }},
+      {"", [this] { port.configure({}); }},
+      {"", [this] { port.writeBytes("ab", 2); }},
+      {"", [this] { port.writeCharacter(U'a'); }},
   };
-  for (const auto& [kind, name, call] : operations) {
-    EXPECT_EQ(errorOf(call), "2 Serial port /dev/p is not open") << name;
+  for (const auto& [error, call] : operations) {
+    EXPECT_EQ(errorOf(call), "2 Serial port /dev/p is not open");
     EXPECT_THAT(takeEvents(), IsEmpty());
-    port.open(PortMode::transmit);
     script.isConnected = false;
-    EXPECT_EQ(errorOf(call), kind == stream ? "2 Serial port /dev/p is open for transmitting only"
-                             : kind == blockingRead
-                                 ? "5 The device at serial port /dev/p is no longer connected"
-                                 : "")
-        << name;
-    script.isConnected = true;
+    port.open(PortMode::transmit);
+    EXPECT_EQ(errorOf(call), error);
     port.close();
-    EXPECT_EQ(takeEvents().size(), kind == other ? 3U : 2U) << name;
-
+    EXPECT_EQ(takeEvents().size(), error.empty() ? 3U : 2U);
+    script.isConnected = true;
     port.open(PortMode::receive);
     EXPECT_FALSE(script.onReadable) << "nothing is read for a stream before one is asked for";
-    if (kind == stream) {
+    if (error == onlyTransmits) {
       call();
-      EXPECT_TRUE(script.onReadable) << name;
+      EXPECT_TRUE(script.onReadable);
     }
     port.close();
     EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 0", "watch", "close"));
@@ -215,10 +178,10 @@ TEST_F(SerialPortTest, APortIsOpenedOnceAndAfterAFailureItIsAsBefore) {
 
 TEST_F(SerialPortTest, BlockingReadsReturnWhatTheNodeGivesWithoutHaste) {
   port.open(PortMode::receive);
-  std::array<std::uint8_t, 4> memory{};
+  std::uint8_t memory[4];
   script.input = {"ab", "", "ab", "c"};
-  EXPECT_EQ(port.readBytes(memory.data(), memory.size()), 2);
-  EXPECT_EQ(port.readBytes(memory.data(), memory.size()), 0);
+  EXPECT_EQ(port.readBytes(memory, sizeof memory), 2);
+  EXPECT_EQ(port.readBytes(memory, sizeof memory), 0);
   EXPECT_THAT(port.readData(4), ElementsAre('a', 'b'));
   EXPECT_EQ(port.readByte(), 'c');
   const auto start = runtime.clock().now();
@@ -237,16 +200,11 @@ TEST_F(SerialPortTest, BlockingReadsReturnWhatTheNodeGivesWithoutHaste) {
 }
 
 TEST_F(SerialPortTest, WritesAreUtf8AndTheirResultIsHandedBack) {
-  const auto writeBadText = [this] {
-    for (const auto& write : std::vector<std::function<void()>>{[this] { port.writeString("a\xFF"); },
-                                                                [this] { port.writeCharacter(0xD800); },
-                                                                [this] { port.writeCharacter(0x110000); }}) {
-      EXPECT_EQ(errorOf(write), "3 Text for serial port /dev/p is not valid UTF-8");
-    }
-  };
-  writeBadText();
+  const std::string noUtf8 = "3 Text for serial port /dev/p is not valid UTF-8";
+  EXPECT_EQ(errorOf([this] { port.writeString("a\xFF"); }), noUtf8) << "also of a closed port";
   port.open(PortMode::transmit);
-  writeBadText();
+  EXPECT_EQ(errorOf([this] { port.writeString("a\xFF"); }), noUtf8);
+  EXPECT_EQ(errorOf([this] { port.writeCharacter(0xD800); }), noUtf8);
   script.writeResult = 1;
   EXPECT_EQ(port.writeBytes("abc", 2), 1);
   EXPECT_EQ(port.writeData(std::vector<std::uint8_t>{'x', 0xFF}), 1);
@@ -312,7 +270,7 @@ class SerialPortManagementTest : public SerialPortTest {
     return all;
   }
 
-  SerialPortManagement management{nodes, runtime};
+  SerialPortManagement management{script, runtime};
   Texts logged;
 };
 

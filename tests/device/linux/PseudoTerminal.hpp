@@ -7,14 +7,9 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <functional>
-#include <string>
-#include <string_view>
 #include <system_error>
-#include <utility>
 
 namespace karvex::device {
 

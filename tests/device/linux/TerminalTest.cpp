@@ -5,14 +5,11 @@
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <memory>
 #include <semaphore>
 #include <thread>
-#include <vector>
 
 #include "device/SerialPort.hpp"
 #include "device/platform/linux/TerminalTermios.hpp"
@@ -141,23 +138,22 @@ TEST_F(TerminalTest, OtherProgramsAreKeptOutUntilTheClose) {
 TEST_F(TerminalTest, TheOpenDescriptorWaitsForInputAndIsNobodyElses) {
   port.open(PortMode::receiveAndTransmit);
   const int highest = ::dup(0);
-  ::close(highest);
-  for (int descriptor = 0; descriptor <= highest; ++descriptor) {
-    std::error_code error;
-    if (std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error) ==
-        terminal.path) {
-      EXPECT_EQ(::fcntl(descriptor, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDWR);
-      EXPECT_EQ(::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
-    }
+  int descriptor = highest;
+  std::error_code error;
+  while (std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error) !=
+         terminal.path) {
+    ASSERT_GE(--descriptor, 0);
   }
+  ::close(highest);
+  EXPECT_EQ(::fcntl(descriptor, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDWR);
+  EXPECT_EQ(::fcntl(descriptor, F_GETFD), FD_CLOEXEC);
   port.close();
-  EXPECT_EQ(inOtherProcess([this] {
-              ::setsid();
-              const auto opened = nodes.open(terminal.path, PortMode::receive);
-              return opened.index() == 0 && ::open("/dev/tty", O_RDONLY | O_CLOEXEC) < 0 ? 0 : 1;
-            }),
-            0)
-      << "it became the controlling terminal";
+  const auto openAsLeader = [this] {
+    ::setsid();
+    const auto opened = nodes.open(terminal.path, PortMode::receive);
+    return opened.index() == 0 && ::open("/dev/tty", O_RDONLY | O_CLOEXEC) < 0 ? 0 : 1;
+  };
+  EXPECT_EQ(inOtherProcess(openAsLeader), 0) << "it became the controlling terminal";
 }
 
 TEST_F(TerminalTest, BlockingReadsGetWhatCameInBeforeTheSettingsAndLetWritesPass) {
@@ -237,79 +233,64 @@ TEST_F(TerminalTest, APathThatIsNoTerminalIsOpenedWithoutWaitingAndTaken) {
 
 /// What a setting makes of any flags that were there before: it clears a fixed set of them and sets these.
 TEST(TerminalTermiosTest, EachSettingChangesItsFlagsAndLeavesAllOthersAsTheyWere) {
-  struct {
-    const char* description;
-    SerialPortSettings settings;
-    tcflag_t input = 0;
-    tcflag_t control = CS8;
-    tcflag_t output = 0;
-  } const cases[] = {
-      {"raw, 8N1", {}},
-      {"software flow control", {.useSoftwareFlowControl = true}, IXON | IXOFF | IXANY},
-      {"hardware flow control", {.useHardwareFlowControl = true}, 0, CS8 | CRTSCTS},
-      {"two stop bits", {.sendTwoStopBits = true}, 0, CS8 | CSTOPB},
-      {"even parity", {.parityType = ParityType::even}, 0, CS8 | PARENB},
-      {"odd parity", {.parityType = ParityType::odd}, 0, CS8 | PARENB | PARODD},
-      {"processed output", {.processOutput = true}, 0, CS8, OPOST},
-      {"5 bits", {.dataBitsSize = DataBitsSize::bits5}, 0, CS5},
-      {"6 bits", {.dataBitsSize = DataBitsSize::bits6}, 0, CS6},
-      {"7 bits", {.dataBitsSize = DataBitsSize::bits7}, 0, CS7},
+  using Settings = SerialPortSettings;
+  // Each with what it sets in the flags of input, control and output.
+  const std::tuple<Settings, tcflag_t, tcflag_t, tcflag_t> cases[] = {
+      {Settings{}, 0, CS8, 0},
+      {Settings{.useSoftwareFlowControl = true}, IXON | IXOFF | IXANY, CS8, 0},
+      {Settings{.useHardwareFlowControl = true}, 0, CS8 | CRTSCTS, 0},
+      {Settings{.sendTwoStopBits = true}, 0, CS8 | CSTOPB, 0},
+      {Settings{.parityType = ParityType::even}, 0, CS8 | PARENB, 0},
+      {Settings{.parityType = ParityType::odd}, 0, CS8 | PARENB | PARODD, 0},
+      {Settings{.processOutput = true}, 0, CS8, OPOST},
+      {Settings{.dataBitsSize = DataBitsSize::bits5}, 0, CS5, 0},
+      {Settings{.dataBitsSize = DataBitsSize::bits6}, 0, CS6, 0},
+      {Settings{.dataBitsSize = DataBitsSize::bits7}, 0, CS7, 0},
   };
   /// Also without the C library's mark in c_iflag for an input speed of 0.
   constexpr tcflag_t all = ~(tcflag_t{0x80000000} | CBAUD);
   const auto changed = [](tcflag_t before, tcflag_t cleared, tcflag_t set) {
     return (before & ~cleared) | set;
   };
-  for (const auto& [description, settings, input, control, output] : cases) {
+  for (const auto& [settings, input, control, output] : cases) {
     for (const tcflag_t before : {tcflag_t{0}, all}) {
       const auto wanted = termiosWith({before, before, before, before}, settings);
-      EXPECT_EQ(wanted.c_iflag, changed(before, INLCR | IGNCR | ICRNL | IXON | IXOFF | IXANY, input))
-          << description;
+      EXPECT_EQ(wanted.c_iflag, changed(before, INLCR | IGNCR | ICRNL | IXON | IXOFF | IXANY, input));
       EXPECT_EQ(wanted.c_cflag,
-                changed(before, CBAUD | CSIZE | CSTOPB | CRTSCTS, B9600 | CREAD | CLOCAL | control))
-          << description;
-      EXPECT_EQ(wanted.c_oflag, changed(before, OPOST, output)) << description;
-      EXPECT_EQ(wanted.c_lflag, changed(before, ICANON | ISIG | ECHO | ECHOE, 0)) << description;
+                changed(before, CBAUD | CSIZE | CSTOPB | CRTSCTS, B9600 | CREAD | CLOCAL | control));
+      EXPECT_EQ(wanted.c_oflag, changed(before, OPOST, output));
+      EXPECT_EQ(wanted.c_lflag, changed(before, ICANON | ISIG | ECHO | ECHOE, 0));
     }
   }
 }
 
-TEST(TerminalTermiosTest, OfTheControlCharactersOnlyMinimumAndTimeoutStay) {
-  termios expected{};
-  expected.c_cc[VMIN] = 255;
-  expected.c_cc[VTIME] = 3;
+TEST(TerminalTermiosTest, TheControlCharactersTheRatesAndTheDetourOfANodeThatIsAt134Already) {
   termios present{};
   std::fill(std::begin(present.c_cc), std::end(present.c_cc), cc_t{7});
-  const auto wanted = termiosWith(present, {.minimumBytesToRead = 255, .timeout = 3});
-  EXPECT_THAT(wanted.c_cc, testing::ElementsAreArray(expected.c_cc));
-}
+  std::vector<cc_t> expected(std::size(present.c_cc));
+  expected[VMIN] = 255;
+  expected[VTIME] = 3;
+  EXPECT_THAT(termiosWith(present, {.minimumBytesToRead = 255, .timeout = 3}).c_cc,
+              testing::ElementsAreArray(expected));
 
-TEST(TerminalTermiosTest, TheRatesAndTheDetourOfANodeThatIsAt134Already) {
-  const auto at = [](int rate) {
-    return SerialPortSettings{.baudRateSetting = BaudRateSetting::bothWays(static_cast<BaudRate>(rate)),
-                              .sendTwoStopBits = true};
-  };
-  // Nineteen constants that grow from B0 to B230400, without a gap that another one would fit into.
   std::vector<speed_t> speeds;
   for (int rate = 0; rate < static_cast<int>(baudRateCount); ++rate) {
-    const auto present = termiosWith({}, at(rate));
+    const SerialPortSettings settings{.baudRateSetting = BaudRateSetting::bothWays(BaudRate{rate})};
+    present = termiosWith({}, settings);
     speeds.push_back(cfgetospeed(&present));
     EXPECT_EQ(cfgetispeed(&present), speeds.back());
-    EXPECT_EQ(termiosSteps(present, at(rate)).size(), speeds.back() == B134 ? 2U : 1U);
-    EXPECT_EQ(termiosSteps(present, at(rate + 1 < static_cast<int>(baudRateCount) ? rate + 1 : 0)).size(),
-              1U);
-    EXPECT_TRUE(rate == 0 ||
-                (speeds[static_cast<std::size_t>(rate) - 1] < speeds.back() &&
-                 speedValue(static_cast<BaudRate>(rate - 1)) < speedValue(static_cast<BaudRate>(rate))));
+    EXPECT_EQ(termiosSteps(present, {}).size(), 1U);
+    auto steps = termiosSteps(present, settings);
+    ASSERT_EQ(steps.size(), speeds.back() == B134 ? 2U : 1U);
+    EXPECT_EQ(steps.back().c_cflag, present.c_cflag);
+    EXPECT_TRUE(steps.size() == 1 || cfgetospeed(steps.data()) == B9600);
+    cfsetospeed(steps.data(), speeds.back());
+    EXPECT_EQ(steps.front().c_cflag, present.c_cflag) << "the detour differs in its speed alone";
   }
+  // Nineteen constants that grow from B0 to B230400: there is no other that fits between them.
+  EXPECT_TRUE(std::is_sorted(speeds.begin(), speeds.end(), std::less_equal<>()));
   EXPECT_EQ(speeds.front(), static_cast<speed_t>(B0));
   EXPECT_EQ(speeds.back(), static_cast<speed_t>(B230400));
-  const auto present = termiosWith({}, at(static_cast<int>(BaudRate::baud134)));
-  auto steps = termiosSteps(present, at(static_cast<int>(BaudRate::baud134)));
-  EXPECT_EQ(cfgetospeed(&steps[0]), static_cast<speed_t>(B9600));
-  cfsetospeed(&steps[0], B134);
-  EXPECT_EQ(steps[0].c_cflag, present.c_cflag) << "the detour differs in its speed alone";
-  EXPECT_EQ(steps[1].c_cflag, present.c_cflag);
 }
 
 }  // namespace
