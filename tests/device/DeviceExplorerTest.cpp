@@ -76,10 +76,8 @@ TEST_F(DeviceExplorerTest, TheEquipmentIsToldByProductAndForFourOfThemByRevision
 }
 
 TEST_F(DeviceExplorerTest, ARecordHoldsWhatTheDeviceSaysAndThePortByRule) {
-  auto nameless = board(0x0483, std::nullopt, "77");
-  nameless.product.reset();
-  auto blank = board(0x0489, 0x0279, "77");
-  blank.product = "";
+  const UsbDevice nameless{0x16C0, 0x0483, std::nullopt, "77", std::nullopt},
+      blank{0x16C0, 0x0489, 0x0279, "77", ""};
   const std::string raw = "Raw HID Device";
   const DeviceInfo first{"/dev/cu.usbmodem12341", "Pedal", "1234", 0x16C0, 0x0489, 0x0280, "Pedal"};
   const DeviceInfo second{"/dev/cu.usbmodem771", raw, "77", 0x16C0, 0x0483, 0, raw};
