@@ -18,7 +18,9 @@ KarvexCore::KarvexCore()
                 .serviceAddress = service::ServiceAddress::builtIn()},
       app_(platform_),
       view_(platform_, app_),
-      actions_(runtime_.mainQueue(), view_) {
+      actions_(runtime_.mainQueue(), view_),
+      failureLog_(failureLogFile()),
+      failureRecorder_(view_, [this](auto failure) { failureLog_.add(timeNow(), failure); }) {
   loader::install_host(loaderHostOn(runtime_));
   loader::install_hid(loader::hidapi_hid_calls());
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "app/ApplicationCore.hpp"
+#include "app/FailureLog.hpp"
+#include "app/FailureRecorder.hpp"
 #include "device/platform/linux/SysfsSerialInterfaces.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
 #include "device/platform/linux/UdevUsbBus.hpp"
@@ -35,6 +37,8 @@ class KarvexCore final : public ApplicationCore {
   ui::KarvexApp app_;
   ui::ContentView view_;
   ui::Actions actions_;
+  FailureLog failureLog_;
+  FailureRecorder failureRecorder_;
 };
 
 }  // namespace karvex::app

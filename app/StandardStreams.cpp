@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <initializer_list>
+#include <string>
 
 namespace karvex::app {
 
@@ -17,6 +18,12 @@ void secureStandardStreams() {
     }
   }
   std::signal(SIGPIPE, SIG_IGN);
+}
+
+void say(std::string_view line) {
+  const auto text = std::string(line) + '\n';
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  std::fflush(stdout);
 }
 
 bool isOutputWritten() {

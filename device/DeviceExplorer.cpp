@@ -32,15 +32,6 @@ bool isIn(const std::array<std::int32_t, N>& list, std::int32_t value) {
   return std::find(list.begin(), list.end(), value) != list.end();
 }
 
-bool isEquipment(const UsbDevice& device) {
-  if (device.idVendor != DeviceExplorer::PJRC_VENDOR_ID) {
-    return false;
-  }
-  const auto product = device.idProduct.value_or(0);
-  return isIn(acceptedProducts, product) ||
-         (isIn(productsByRevision, product) && isIn(acceptedRevisions, device.bcdDevice.value_or(0)));
-}
-
 std::optional<DeviceInfo> recordOf(const UsbDevice& device) {
   const auto serialNumber = device.serialNumber.value_or("");
   const auto product = device.idProduct.value_or(0);
@@ -64,6 +55,19 @@ std::optional<DeviceInfo> recordOf(const UsbDevice& device) {
 }
 
 }  // namespace
+
+bool DeviceExplorer::isEquipment(const UsbDevice& device) {
+  if (device.idVendor != PJRC_VENDOR_ID) {
+    return false;
+  }
+  const auto product = device.idProduct.value_or(0);
+  return isIn(acceptedProducts, product) ||
+         (isIn(productsByRevision, product) && isIn(acceptedRevisions, device.bcdDevice.value_or(0)));
+}
+
+bool DeviceExplorer::isHalfkay(const UsbDevice& device) {
+  return device.idVendor == PJRC_VENDOR_ID && device.idProduct == halfkayProductId;
+}
 
 void DeviceExplorer::scanUSBDevices() {
   devices.set({});

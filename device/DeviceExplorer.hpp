@@ -31,6 +31,15 @@ class DeviceExplorer {
  public:
   static constexpr std::int32_t PJRC_VENDOR_ID = 0x16C0;
 
+  /// True for what a scan finds, if it has a serial number: a board of the equipment, in either mode.
+  /// Thread-safe: yes.
+  /// Realtime-safe: yes.
+  static bool isEquipment(const UsbDevice& device);
+  /// True for a board in its HalfKay bootloader.
+  /// Thread-safe: yes.
+  /// Realtime-safe: yes.
+  static bool isHalfkay(const UsbDevice& device);
+
   explicit DeviceExplorer(ExplorerPlatform platform) : platform_(std::move(platform)) {}
 
   /// What the last scan found, in bus order.

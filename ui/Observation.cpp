@@ -64,6 +64,7 @@ Snapshot snapshotOf(const ContentView& view) {
       .isRunning = view.loadingViewModel.loadingInProgress.get(),
       .isReporting = view.deviceListView.reportsUnderWay.get() != 0,
       .alert = alertOf(view.deviceListView),
+      .stopNotice = view.deviceListView.stopNotice.get(),
       .showsDeviceExplorer = view.showDeviceExplorer.get(),
       .isSendingReport = view.isSendingReport.get(),
   };
@@ -81,6 +82,7 @@ std::vector<foundation::Subscription> observe(ContentView& view, const std::func
   subscriptions.push_back(table.selectedDeviceId.observe(onChange));
   subscriptions.push_back(table.uploadErrorText.observe(onChange));
   subscriptions.push_back(table.serialPortMgr.errorText.observe(onChange));
+  subscriptions.push_back(table.stopNotice.observe(onChange));
   subscriptions.push_back(table.reportsUnderWay.observe(onChange));
   for (const auto alert : upgrade::alertsInOrder) {
     subscriptions.push_back((table.*upgrade::DeviceListView::flagOf(alert)).observe(onChange));

@@ -50,6 +50,8 @@ struct Snapshot {
   bool isRunning = false;    ///< an upgrade run is going
   bool isReporting = false;  ///< the service is being told of an upgrade
   std::optional<AlertText> alert;
+  std::string
+      stopNotice;  ///< what no dialog says of a run that has stopped; empty if there is nothing to say
   bool showsDeviceExplorer = false;
   bool isSendingReport = false;  ///< of the sheet
 

@@ -68,6 +68,7 @@ void DeviceListView::appear() {
 void DeviceListView::refreshAsked() {
   notificationManager.notificationReceived.set(false);
   loadingViewModel.resetUploadControls();
+  stopNotice.set("");
   startRefresh();
 }
 
@@ -141,6 +142,7 @@ void DeviceListView::loadingChanged(bool inProgress) {
     loadingViewModel.resetUploadControls();
     return;
   }
+  stopNotice.set("");
   loadingViewModel.isUploadButtonDisabled.set(true);
   loadingViewModel.actionButtonsDisabled.set(true);
   start(uploadFirstDevice(*device));

@@ -17,6 +17,7 @@
 #include "upgrade/Platform.hpp"
 #include "upgrade/SharedDeviceListModel.hpp"
 #include "upgrade/StatusManager.hpp"
+#include "upgrade/StopNotice.hpp"
 
 namespace karvex::upgrade {
 
@@ -87,6 +88,10 @@ class DeviceListView {
   /// them untold.
   foundation::Published<int> reportsUnderWay{0};
 
+  /// What no dialog says of the last run: why it stopped, and what to do. Empty when there is nothing to say,
+  /// and again from the next run or refresh on.
+  foundation::Published<std::string> stopNotice;
+
   /// How many tasks of the view have not ended yet, transfers and reports among them.
   int tasksUnderWay() const { return tasksUnderWay_; }
 
@@ -116,12 +121,14 @@ class DeviceListView {
   foundation::Task<> reportCompletion(foundation::Uuid id);
   void goOnWith(const records::BootableDevice& next);
   void endRun();
-  void stopRun(const std::string& reason);
+  void stopRun(SilentStop stop, const std::string& reason);
+  void tell(SilentStop stop);
 
   std::optional<foundation::Uuid> lastSelected_;
   bool wasLoading_ = false;
   bool hasNotificationHandler_ = false;
   int tasksUnderWay_ = 0;
+  std::string serialNumberInWork_;  ///< of the device that the run is at, or stopped at
   foundation::Subscription selectionSubscription_;
   foundation::Subscription loadingSubscription_;
   foundation::Subscription notificationPublisher_;

@@ -91,9 +91,11 @@ Task<> DeviceListView::uploadNextDevice(records::BootableDevice device) {
 
 /// Gives the text of the file's URL, or `downloadFailed`.
 Task<std::string> DeviceListView::downloadFirmware(records::BootableDevice device) {
+  serialNumberInWork_ = device.portSerialNumber;
   const auto url = device.firmwareServerURL + device.firmwareDir + device.firmwareFile;
   if (!foundation::isUrl(url)) {
     foundation::log::debug("Invalid URL : ." + url);
+    tell(SilentStop::badUrl);
     loadingViewModel.resetUploadControls();
     co_return downloadFailed;
   }
@@ -163,6 +165,7 @@ void DeviceListView::timerTick() {
   }
   log("> KARVEX : Acknowledged Status value = {}", status);
   if (status == loader::LOAD_STATUS_ERROR_PERMISSION) {
+    tell(SilentStop::permissionDenied);
     return endRun();
   }
   const auto selected = selectedDeviceId.get();
@@ -173,10 +176,11 @@ void DeviceListView::timerTick() {
   if (status == loader::LOAD_STATUS_SUCCESS) {
     return loadEnded(*selected);
   }
-  const bool hasFailed =
-      status == loader::LOAD_STATUS_ERROR_FILE_FORMAT || status == loader::LOAD_STATUS_ERROR_PROGRAM;
+  const bool isBadFile = status == loader::LOAD_STATUS_ERROR_FILE_FORMAT;
+  const bool hasFailed = isBadFile || status == loader::LOAD_STATUS_ERROR_PROGRAM;
   if (hasFailed && loadingViewModel.loadingInProgress.get()) {
-    stopRun(fmt::format("status {}, {}", status, loader::load_status_text(status)));
+    stopRun(isBadFile ? SilentStop::badFile : SilentStop::programError,
+            fmt::format("status {}, {}", status, loader::load_status_text(status)));
   }
 }
 
@@ -211,7 +215,8 @@ void DeviceListView::goOnWith(const records::BootableDevice& next) {
     return;
   }
   selectedDeviceId.set(next.id);
-  stopRun(fmt::format("device #{} is not attached", next.portSerialNumber));
+  serialNumberInWork_ = next.portSerialNumber;
+  stopRun(SilentStop::deviceMissing, fmt::format("device #{} is not attached", next.portSerialNumber));
 }
 
 /// The controls are free again, and the tick writes no more into the row.
@@ -220,8 +225,13 @@ void DeviceListView::endRun() {
   selectedDeviceId.set(std::nullopt);
 }
 
-/// A failure that no dialog tells of: the log says why the run is over.
-void DeviceListView::stopRun(const std::string& reason) {
+void DeviceListView::tell(SilentStop stop) {
+  stopNotice.set(noticeOf(stop, serialNumberInWork_));
+}
+
+/// A failure that no dialog tells of: the log and a notice say why the run is over.
+void DeviceListView::stopRun(SilentStop stop, const std::string& reason) {
+  tell(stop);
   log("> KARVEX : Upgrade stopped => reason {}", reason);
   endRun();
 }

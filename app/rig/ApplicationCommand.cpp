@@ -8,11 +8,11 @@
 #include <optional>
 #include <utility>
 
+#include "app/ScriptedUser.hpp"
 #include "app/TerminalPage.hpp"
 #include "app/rig/RigPlatform.hpp"
 #include "app/rig/RunRecorder.hpp"
 #include "app/rig/RunReport.hpp"
-#include "app/rig/ScriptedUser.hpp"
 #include "app/rig/WindowCommand.hpp"
 #include "ui/Actions.hpp"
 #include "ui/EndSignals.hpp"

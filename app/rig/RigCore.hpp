@@ -4,10 +4,10 @@
 #include <optional>
 
 #include "app/ApplicationCore.hpp"
+#include "app/ScriptedUser.hpp"
 #include "app/rig/ApplicationCommand.hpp"
 #include "app/rig/RigPlatform.hpp"
 #include "app/rig/RunRecorder.hpp"
-#include "app/rig/ScriptedUser.hpp"
 #include "ui/KarvexApp.hpp"
 
 namespace karvex::app {

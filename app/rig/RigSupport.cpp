@@ -16,12 +16,6 @@ std::unique_ptr<foundation::Runtime> makeRuntime(const CommonOptions& common) {
   return std::make_unique<foundation::VirtualRuntime>();
 }
 
-void say(const std::string& line) {
-  const auto text = line + '\n';
-  std::fwrite(text.data(), 1, text.size(), stdout);
-  std::fflush(stdout);
-}
-
 std::string counted(std::uint64_t number, std::string_view thing) {
   return fmt::format("{} {}{}", number, thing, number == 1 ? "" : "s");
 }

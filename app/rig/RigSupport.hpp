@@ -9,18 +9,13 @@
 #include <string>
 #include <string_view>
 
+#include "app/ExitStatus.hpp"
+#include "app/StandardStreams.hpp"
 #include "device/DeviceExplorer.hpp"
 #include "foundation/Runtime.hpp"
 
 /// What the commands of karvex-rig have in common.
 namespace karvex::app {
-
-/// How the program ends.
-enum ExitStatus : int {
-  exitLoaded = 0,
-  exitWrongUse = 2,  ///< 1 is the loader's own, for a microcontroller that it doesn't know
-  exitLoadFailed = 3,
-};
 
 struct CommonOptions {
   bool realTime = true;
@@ -33,9 +28,6 @@ std::unique_ptr<foundation::Runtime> makeRuntime(const CommonOptions& common);
 /// A board that isn't back on the bus this long after its load has ended is not waited for.
 inline constexpr std::chrono::milliseconds mostTimeToReturn{10'000};
 inline constexpr std::string_view hasNotComeBack = " But it has not come back to the bus: plug it in again.";
-
-/// Prints a line on standard output at once.
-void say(const std::string& line);
 
 /// "1 block", "2 blocks"
 std::string counted(std::uint64_t number, std::string_view thing);

@@ -254,11 +254,17 @@ TEST_F(HalfkayTest, AResetRebootsTheFirstBoardAndKeepsItsPauses) {
 }
 
 TEST(FirmwareImageTest, RangesEndAtTheEndOfThePicture) {
-  clear_image();
-  for (const auto& [address, byte] : {std::pair(0x0FFU, 0xFF), {0x1FFU, 0x00}, {0xFFFFFEU, 0x12}}) {
-    image_bytes[address] = static_cast<std::uint8_t>(byte);
+  const auto write = [](std::uint32_t address, std::uint8_t byte) {
+    note_written(address, 1);
+    image_bytes[address] = byte;
     image_mask[address] = 1;
-  }
+  };
+  write(0x000, 0x00);
+  write(0xFFFFFD, 0x00);
+  clear_image();
+  write(0x0FF, 0xFF);
+  write(0x1FF, 0x00);
+  write(0xFFFFFE, 0x12);
   // Address, length, whether there are data and whether all is blank.
   const std::tuple<std::uint32_t, std::uint32_t, bool, bool> cases[] = {
       {0x000, 0x0FF, false, true},          {0x000, 0x100, true, true},

@@ -113,6 +113,10 @@ TEST(DescriptorDecoderTest, WhatIsNotAllowedIsSaidWithItsPlace) {
   }
 }
 
+TEST(DescriptorDecoderTest, AnExaminationEndsAtTheMostFaults) {
+  EXPECT_EQ(examineDescriptors("[1,2,3]", 2).elements.size(), 2U);
+}
+
 TEST(FormTextTest, WhatAReaderOfFormsWouldTakeForSomethingElseIsEscaped) {
   EXPECT_EQ(formText({}), "");
   EXPECT_EQ(formText({{"DEVICE_SERIAL_NUMBER", "1000010"}, {"A", ""}, {"", "&="}, {"+%", "#\"<>"}}),

@@ -81,6 +81,9 @@ std::vector<std::string> changesBetween(const Snapshot& before, const Snapshot& 
   addListChanges(lines, before, after);
   addSelectionChange(lines, before, after);
   addAlertChange(lines, before, after);
+  if (before.stopNotice != after.stopNotice && !after.stopNotice.empty()) {
+    lines.push_back("! " + printable(after.stopNotice));
+  }
   return lines;
 }
 

@@ -3,76 +3,67 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
+#include <initializer_list>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 #include "ui/Texts.hpp"
+#include "ui/console/TableLayout.hpp"
 
 namespace karvex::ui::console {
 namespace {
 
-using Widths = std::array<std::size_t, texts::columnTitles.size()>;
+using Page = std::vector<StyledLine>;
 
-constexpr std::size_t mostColumnsOfCell = 28;
+/// A bar has this many columns, and fewer where it and the count of blocks need more room than there is.
 constexpr std::size_t barColumns = 30;
-constexpr std::string_view gap = "  ";
-constexpr std::string_view onlineMark = "●";
+constexpr std::size_t besideBar = 24;
 
-std::array<std::string, texts::columnTitles.size()> cellsOf(const DeviceRow& row) {
-  return {printable(row.device),         printable(row.serialNumber),  printable(row.firmwareName),
-          printable(row.currentVersion), printable(row.targetVersion), printable(row.statusText)};
-}
+/// Older notices leave that many lines to the rows.
+constexpr std::size_t leastForRows = 6;
 
-Widths widthsOf(const Snapshot& snapshot) {
-  Widths widths{};
-  for (std::size_t i = 0; i < widths.size(); ++i) {
-    widths[i] = columnsOf(texts::columnTitles[i]);
-  }
-  for (const auto& row : snapshot.rows) {
-    const auto cells = cellsOf(row);
-    for (std::size_t i = 0; i < widths.size(); ++i) {
-      widths[i] = std::min(mostColumnsOfCell, std::max(widths[i], columnsOf(cells[i])));
-    }
-  }
-  return widths;
-}
-
-StyledLine titleLine(const Widths& widths) {
-  StyledLine line{{{"  ", std::nullopt}}};
-  for (std::size_t i = 0; i < widths.size(); ++i) {
-    // The last column has the mark ahead of its text.
-    line.spans.push_back({fitted(texts::columnTitles[i], widths[i] + (i == 5 ? 2 : 0)) + std::string(gap),
-                          std::nullopt, true});
-  }
-  return line;
-}
-
-StyledLine rowLine(const DeviceRow& row, const Widths& widths, bool isSelected) {
-  const auto cells = cellsOf(row);
-  const auto cell = [&](std::size_t i) { return fitted(cells[i], widths[i]) + std::string(gap); };
-  return {{{isSelected ? "> " : "  ", std::nullopt},
-           {cell(0) + cell(1) + cell(2), std::nullopt},
-           {cell(3), row.currentVersionTone},
-           {cell(4), std::nullopt},
-           {std::string(onlineMark) + " ", row.onlineMark},
-           {cell(5), row.statusTone}},
-          isSelected};
-}
+/// A plain list is for files and pipes. Texts are cut only where a table would be wider than this.
+constexpr std::size_t columnsOfList = 240;
 
 StyledLine plainLine(std::string text, bool isBold = false) {
   return {{{std::move(text), std::nullopt, isBold}}};
 }
 
+void addWrapped(Page& page, std::string_view text, std::string_view indent, std::size_t columns) {
+  const auto room = columns > indent.size() ? columns - indent.size() : 1;
+  for (const auto& line : wrapped(printable(text), room)) {
+    page.push_back(plainLine(std::string(indent) + line));
+  }
+}
+
+/// The items beside each other, in as many lines as they take; an item stays whole.
+void addItems(Page& page, const std::vector<std::string>& items, std::string_view indent, std::size_t columns,
+              bool isBold = false) {
+  std::string line;
+  for (const auto& item : items) {
+    if (!line.empty() && columnsOf(line) + 2 + columnsOf(item) > columns) {
+      page.push_back(plainLine(std::exchange(line, ""), isBold));
+    }
+    line += std::string(line.empty() ? indent : "  ") + item;
+  }
+  page.push_back(plainLine(line, isBold));
+}
+
+void addBar(Page& page, const upgrade::LoadProgress& progress, std::size_t columns) {
+  const auto room = columns > besideBar ? columns - besideBar : 1;
+  page.push_back(plainLine("    " + progressBar(progress, std::min(barColumns, room))));
+}
+
 /// The lines of the rows, each with the bar below it that it may have.
-std::vector<StyledLine> rowLines(const Snapshot& snapshot, const upgrade::LoadProgress& progress) {
-  const auto widths = widthsOf(snapshot);
-  std::vector<StyledLine> lines;
+Page rowLines(const Snapshot& snapshot, const TableLayout& layout, const upgrade::LoadProgress& progress,
+              std::size_t columns) {
+  Page lines;
   for (const auto& row : snapshot.rows) {
     const bool isSelected = snapshot.selected == row.id;
-    lines.push_back(rowLine(row, widths, isSelected));
-    if (isSelected && row.showsProgress && progress.isKnown()) {
-      lines.push_back(plainLine("    " + progressBar(progress, barColumns)));
+    lines.push_back(layout.rowLine(row, isSelected));
+    if (isSelected && snapshot.isRunning && row.showsProgress) {
+      addBar(lines, progress, columns);
     }
   }
   if (lines.empty()) {
@@ -82,7 +73,7 @@ std::vector<StyledLine> rowLines(const Snapshot& snapshot, const upgrade::LoadPr
 }
 
 /// Leaves so many of the lines, with the selected row about in their middle.
-void keepAroundSelected(std::vector<StyledLine>& lines, std::size_t most) {
+void keepAroundSelected(Page& lines, std::size_t most) {
   if (lines.size() <= most) {
     return;
   }
@@ -90,68 +81,91 @@ void keepAroundSelected(std::vector<StyledLine>& lines, std::size_t most) {
   const auto place = selected == lines.end() ? 0 : static_cast<std::size_t>(selected - lines.begin());
   const auto first = std::min(place - std::min(place, (most - 1) / 2), lines.size() - most);
   const auto begin = lines.begin() + static_cast<std::ptrdiff_t>(first);
-  lines = std::vector<StyledLine>(begin, begin + static_cast<std::ptrdiff_t>(most));
+  lines = Page(begin, begin + static_cast<std::ptrdiff_t>(most));
 }
 
-/// What went wrong, and with what, must not be cut off.
-void addWrapped(std::vector<StyledLine>& page, std::string_view text, std::string_view indent,
-                std::size_t columns) {
-  const auto room = columns > indent.size() ? columns - indent.size() : 1;
-  for (const auto& line : wrapped(printable(text), room)) {
-    page.push_back(plainLine(std::string(indent) + line));
+void addAlert(Page& page, const AlertText& alert, std::size_t columns) {
+  for (const auto& line : wrapped("! " + alert.title, columns)) {
+    page.push_back({{{line, Tone::red, true}}});
   }
-}
-
-void addMessage(std::vector<StyledLine>& page, std::string_view message, std::size_t columns) {
+  std::string_view message = alert.message;
   while (!message.empty()) {
     const auto end = std::min(message.find('\n'), message.size());
     addWrapped(page, message.substr(0, end), "  ", columns);
     message.remove_prefix(std::min(end + 1, message.size()));
   }
-}
-
-void addAlert(std::vector<StyledLine>& page, const AlertText& alert, std::size_t columns) {
-  page.push_back({{{"! " + alert.title, Tone::red, true}}});
-  addMessage(page, alert.message, columns);
   page.push_back(plainLine(fmt::format("  Enter: {}", texts::okButton), true));
 }
 
-void addSheet(std::vector<StyledLine>& page, const Snapshot& snapshot) {
+void addSheet(Page& page, const Snapshot& snapshot, std::size_t columns) {
   page.push_back(plainLine(std::string(texts::syncHelp), true));
-  for (const auto& line : texts::sheet) {
-    page.push_back(plainLine("  " + std::string(line)));
+  for (const auto line : texts::sheet) {
+    addWrapped(page, line, "  ", columns);
   }
-  page.push_back(plainLine(fmt::format("  Enter: {}    x: close{}", texts::sendButton,
-                                       snapshot.isSendingReport ? "    sending..." : ""),
-                           true));
+  std::vector<std::string> items{fmt::format("Enter: {}", texts::sendButton), "x: close"};
+  if (snapshot.isSendingReport) {
+    items.emplace_back("sending...");
+  }
+  addItems(page, items, "  ", columns, true);
 }
 
-std::string keysOf(const Snapshot& snapshot) {
-  std::string keys = snapshot.isRunning ? "" : "up/down: select  ";
-  keys += snapshot.canUpload ? fmt::format("u: {}  ", texts::uploadButton) : "";
-  keys += snapshot.canAct ? "r: refresh  s: sync  " : "";
-  return keys + "q: quit";
+std::vector<std::string> keysOf(const Snapshot& snapshot) {
+  std::vector<std::string> keys;
+  if (!snapshot.isRunning) {
+    keys.emplace_back("up/down: select");
+  }
+  if (snapshot.canUpload) {
+    keys.push_back(fmt::format("u: {}", texts::uploadButton));
+  }
+  if (snapshot.canAct) {
+    keys.insert(keys.end(), {"r: refresh", "s: sync"});
+  }
+  keys.emplace_back("q: quit");
+  return keys;
 }
 
-std::vector<StyledLine> headLines(const Snapshot& snapshot) {
-  return {plainLine(std::string(texts::instruction[0])),
-          {{{std::string(texts::emphasisedInstruction), std::nullopt, true},
-            {std::string(texts::instruction[1].substr(texts::emphasisedInstruction.size())), std::nullopt}}},
-          {},
-          titleLine(widthsOf(snapshot))};
+Page headLines(const TableLayout& layout, std::size_t columns) {
+  Page page;
+  addWrapped(page, texts::instruction[0], "", columns);
+  const auto second = page.size();
+  addWrapped(page, texts::instruction[1], "", columns);
+  auto& spans = page[second].spans;
+  if (auto text = spans.front().text; text.starts_with(texts::emphasisedInstruction)) {
+    spans = {{std::string(texts::emphasisedInstruction), std::nullopt, true},
+             {text.substr(texts::emphasisedInstruction.size()), std::nullopt}};
+  }
+  page.emplace_back();
+  std::ranges::move(layout.titleLines(), std::back_inserter(page));
+  return page;
 }
 
-std::vector<StyledLine> tailLines(const Snapshot& snapshot, const std::string& notice, std::size_t columns) {
-  std::vector<StyledLine> lines(1);
+Page tailLines(const Snapshot& snapshot, std::size_t columns) {
+  Page lines(1);
   if (snapshot.alert) {
     addAlert(lines, *snapshot.alert, columns);
   } else if (snapshot.showsDeviceExplorer) {
-    addSheet(lines, snapshot);
+    addSheet(lines, snapshot, columns);
   } else {
-    lines.push_back(plainLine(keysOf(snapshot)));
+    addItems(lines, keysOf(snapshot), "", columns);
   }
-  if (!notice.empty()) {
-    addWrapped(lines, notice, "", columns);
+  if (!snapshot.stopNotice.empty()) {
+    for (const auto& line : wrapped(printable("! " + snapshot.stopNotice), columns)) {
+      lines.push_back({{{line, Tone::red, true}}});
+    }
+  }
+  return lines;
+}
+
+/// The last of the notices, and those before it as far as `room` lines hold them whole.
+Page noticeLines(std::span<const std::string> notices, std::size_t columns, std::size_t room) {
+  Page lines;
+  for (auto notice = notices.rbegin(); notice != notices.rend(); ++notice) {
+    Page one;
+    addWrapped(one, *notice, "", columns);
+    if (!lines.empty() && lines.size() + one.size() > room) {
+      break;
+    }
+    lines.insert(lines.begin(), one.begin(), one.end());
   }
   return lines;
 }
@@ -168,7 +182,10 @@ void cut(StyledLine& line, std::size_t columns) {
 }  // namespace
 
 std::string progressBar(const upgrade::LoadProgress& progress, std::size_t columns) {
-  const auto total = std::max(progress.blocksToSend, 1U);
+  if (!progress.isKnown()) {
+    return fmt::format("[{}]", std::string(columns, '.'));
+  }
+  const auto total = progress.blocksToSend;
   const auto sent = std::min(progress.blocksSent, total);
   const auto filled = columns * sent / total;
   return fmt::format("[{}{}] {}/{} blocks", std::string(filled, '#'), std::string(columns - filled, '.'),
@@ -176,14 +193,20 @@ std::string progressBar(const upgrade::LoadProgress& progress, std::size_t colum
 }
 
 std::vector<StyledLine> pageOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress,
-                               const std::string& notice, PageSize size) {
-  std::vector<StyledLine> page = headLines(snapshot);
-  const auto tail = tailLines(snapshot, notice, size.columns);
-  auto rows = rowLines(snapshot, progress);
-  const auto others = page.size() + tail.size();
-  keepAroundSelected(rows, size.lines > others ? size.lines - others : 1);
+                               std::span<const std::string> notices, PageSize size) {
+  const TableLayout layout(snapshot.rows, size.columns);
+  auto page = headLines(layout, size.columns);
+  auto rows = rowLines(snapshot, layout, progress, size.columns);
+  auto tail = tailLines(snapshot, size.columns);
+  const auto roomBeside = [&](std::size_t rowCount) {
+    const auto taken = page.size() + rowCount + tail.size();
+    return size.lines > taken ? size.lines - taken : 0;
+  };
+  auto below = noticeLines(notices, size.columns, roomBeside(std::min(rows.size(), leastForRows)));
+  std::ranges::move(below, std::back_inserter(tail));
+  keepAroundSelected(rows, std::max<std::size_t>(roomBeside(0), 1));
   std::ranges::move(rows, std::back_inserter(page));
-  page.insert(page.end(), tail.begin(), tail.end());
+  std::ranges::move(tail, std::back_inserter(page));
   if (page.size() > size.lines) {
     page.erase(page.begin(), page.end() - static_cast<std::ptrdiff_t>(size.lines));
   }
@@ -194,10 +217,13 @@ std::vector<StyledLine> pageOf(const Snapshot& snapshot, const upgrade::LoadProg
 }
 
 std::vector<std::string> tableText(const Snapshot& snapshot) {
-  const auto widths = widthsOf(snapshot);
-  std::vector<std::string> lines{titleLine(widths).plainText()};
+  const TableLayout layout(snapshot.rows, columnsOfList);
+  std::vector<std::string> lines;
+  for (const auto& line : layout.titleLines()) {
+    lines.push_back(line.plainText());
+  }
   for (const auto& row : snapshot.rows) {
-    lines.push_back(rowLine(row, widths, false).plainText());
+    lines.push_back(layout.rowLine(row, false).plainText());
   }
   for (auto& line : lines) {
     line.erase(line.find_last_not_of(' ') + 1);

@@ -50,21 +50,24 @@ std::string_view beginningOf(std::string_view utf8, std::size_t columns) {
   return utf8.substr(0, end);
 }
 
-/// SGR numbers of the colours; those of the terminal's own palette suit its ground.
-std::string_view colourOf(Tone tone) {
+/// SGR numbers of the colours, each with its lead; empty where the text keeps the terminal's own colour. Of
+/// the 256 colours, those that have a contrast of 3.5 and more on black and on white. White stands for what
+/// needs no colour: it would be gone on a light ground.
+std::string_view colourOf(Tone tone, Colours colours) {
+  const bool hasMany = colours == Colours::many;
   switch (tone) {
     case Tone::gray:
-      return "90";
+      return hasMany ? ";38;5;243" : "";
     case Tone::orange:
-      return "33";
+      return hasMany ? ";38;5;166" : ";33";
     case Tone::white:
-      return "97";
+      return "";
     case Tone::green:
-      return "32";
+      return hasMany ? ";38;5;28" : ";32";
     case Tone::red:
-      return "31";
+      return hasMany ? ";38;5;160" : ";31";
   }
-  return "39";
+  return "";
 }
 
 }  // namespace
@@ -103,7 +106,11 @@ std::size_t columnsOf(std::string_view utf8) {
 }
 
 std::string fitted(std::string_view utf8, std::size_t columns) {
-  const auto width = columnsOf(utf8);
+  auto width = columnsOf(utf8);
+  while (width > columns && utf8.ends_with(' ')) {
+    utf8.remove_suffix(1);
+    --width;
+  }
   if (width <= columns) {
     return std::string(utf8) + std::string(columns - width, ' ');
   }
@@ -135,14 +142,22 @@ std::vector<std::string> wrapped(std::string_view utf8, std::size_t columns) {
   return lines;
 }
 
-std::string withSequences(const StyledLine& line) {
+Colours coloursOf(const char* noColor, const char* terminal) {
+  if (noColor != nullptr && *noColor != '\0') {
+    return Colours::none;
+  }
+  const std::string_view kind = terminal != nullptr ? terminal : "";
+  return kind.find("256color") != std::string_view::npos ? Colours::many : Colours::few;
+}
+
+std::string withSequences(const StyledLine& line, Colours colours) {
   std::string text;
   for (const auto& span : line.spans) {
     std::string style;
     style += line.isReversed ? ";7" : "";
     style += span.isBold ? ";1" : "";
-    if (span.tone) {
-      style.append(";").append(colourOf(*span.tone));
+    if (span.tone && colours != Colours::none) {
+      style += colourOf(*span.tone, colours);
     }
     if (style.empty()) {
       text += span.text;

@@ -9,6 +9,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <system_error>
 #include <utility>
 
@@ -23,6 +24,9 @@ namespace {
 constexpr int progressInterval = 100;
 constexpr int forever = -1;
 
+/// A cause is often followed by its consequences, in lines of their own.
+constexpr std::size_t mostNotices = 3;
+
 /// The last line of the terminal stays free: the line feed behind the page would scroll it.
 PageSize pageSize() {
   constexpr PageSize usual{.columns = 80, .lines = 23};
@@ -33,10 +37,10 @@ PageSize pageSize() {
 
 /// The page from the top left corner, with nothing of the one before behind its lines and below it (ECMA-48:
 /// CUP, EL, ED).
-std::string drawingOf(const std::vector<StyledLine>& page) {
+std::string drawingOf(const std::vector<StyledLine>& page, Colours colours) {
   std::string text = "\x1b[H";
   for (const auto& line : page) {
-    text += withSequences(line) + "\x1b[K\r\n";
+    text += withSequences(line, colours) + "\x1b[K\r\n";
   }
   return text + "\x1b[J";
 }
@@ -45,7 +49,7 @@ std::string drawingOf(const std::vector<StyledLine>& page) {
 constexpr std::string_view clearAll = "\x1b[2J";
 
 bool showsMovingBar(const Snapshot& snapshot) {
-  return std::ranges::any_of(snapshot.rows, &DeviceRow::showsProgress);
+  return snapshot.isRunning && std::ranges::any_of(snapshot.rows, &DeviceRow::showsProgress);
 }
 
 }  // namespace
@@ -55,7 +59,9 @@ TerminalFront::TerminalFront(ContentView& view, Actions& actions, std::function<
       actions_(actions),
       quit_(std::move(quit)),
       wakeDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      told_{.snapshot = snapshotOf(view)} {
+      told_{.snapshot = snapshotOf(view)},
+      // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody sets the environment
+      colours_(coloursOf(std::getenv("NO_COLOR"), std::getenv("TERM"))) {
   told_.wish.see(told_.snapshot);
   if (wakeDescriptor_ < 0) {
     throw std::system_error(errno, std::generic_category(), "eventfd");
@@ -85,7 +91,10 @@ TerminalFront::~TerminalFront() {
 
 void TerminalFront::notice(std::string_view line) {
   const std::lock_guard lock(mutex_);
-  told_.notice = line;
+  told_.notices.emplace_back(line);
+  if (told_.notices.size() > mostNotices) {
+    told_.notices.erase(told_.notices.begin());
+  }
   wake();
 }
 
@@ -136,10 +145,12 @@ void TerminalFront::takeKeys(short events) {
 }
 
 void TerminalFront::draw() {
-  const auto [snapshot, notice, wish, isEnding] = told();
+  auto [snapshot, notices, wish, isEnding] = told();
+  if (wish.isHeldBack()) {
+    notices.emplace_back(texts::closingHeldBack);
+  }
   const auto size = pageSize();
-  auto drawing = drawingOf(pageOf(snapshot, upgrade::currentLoadProgress(),
-                                  wish.isHeldBack() ? std::string(texts::closingHeldBack) : notice, size));
+  auto drawing = drawingOf(pageOf(snapshot, upgrade::currentLoadProgress(), notices, size), colours_);
   if (size != std::exchange(drawnSize_, size)) {
     TerminalMode::write(clearAll);  // The terminal has moved about what was there.
   } else if (drawing == drawn_) {

@@ -30,7 +30,7 @@ class TerminalFront {
   TerminalFront(const TerminalFront&) = delete;
   TerminalFront& operator=(const TerminalFront&) = delete;
 
-  /// Shows a line below the page, in the place of the one before. Any thread.
+  /// Shows a line below the page, below the two before it where there is room. Any thread.
   void notice(std::string_view line);
 
  private:
@@ -46,7 +46,7 @@ class TerminalFront {
   /// What the main thread and others have told the front's.
   struct Told {
     Snapshot snapshot;
-    std::string notice;
+    std::vector<std::string> notices;
     LeavingWish wish;
     bool isEnding = false;
   };
@@ -60,6 +60,7 @@ class TerminalFront {
   std::mutex mutex_;
   Told told_;  // Guarded by the mutex.
 
+  const Colours colours_;
   std::string drawn_;  // The front's thread alone, as the two below.
   PageSize drawnSize_{};
   bool isHungUp_ = false;

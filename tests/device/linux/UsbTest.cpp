@@ -1,8 +1,9 @@
-// The boards on a made-up bus: which devices there are, which of them have a serial port, and what node that
-// is.
+// The boards on a made-up bus: which devices there are, which of them have a serial port, what node that is,
+// and who may use it.
 
 #include <gmock/gmock.h>
 #include <termios.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <fstream>
@@ -12,6 +13,7 @@
 
 #include "device/platform/linux/SysfsSerialInterfaces.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
+#include "device/platform/linux/UdevBoardSurvey.hpp"
 #include "device/platform/linux/UdevUsbBus.hpp"
 #include "device/platform/linux/UsbText.hpp"
 #include "foundation/VirtualRuntime.hpp"
@@ -21,7 +23,9 @@ namespace karvex::device {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
+using testing::StartsWith;
 namespace fs = std::filesystem;
 
 class UsbTest : public testing::Test {
@@ -105,6 +109,33 @@ TEST_F(UsbTest, ABoardsPortLeadsToItsFirstTerminalAndAnyOtherPathIsOpenedAsItSta
   const auto first = open(port);
   EXPECT_EQ(refusal(port).cause, Cause::inUse);
   EXPECT_EQ(refusal(port).node, "/dev/ttyACM3");
+}
+
+TEST_F(UsbTest, ASurveyShowsEachBoardWithItsNodesAndWhatKeepsThisUserFromThem) {
+  tree.addUsbDevice("usb1", {"1d6b", "0483"});
+  addPort("1-10", "10", {"ttyACM0"});
+  addPort("1-2", "2", {"ttyACM1"});
+  tree.add("/devices/1-2/1-2:1.2/pcmC1D0p", "sound", "DEVNAME=snd/pcmC1D0p");
+  tree.add("/devices/1-2/1-2:1.2/midiC1D0", "sound", "DEVNAME=snd/midiC1D0");
+  const auto node = tree.root / "dev/ttyACM1";
+  std::ofstream(node).close();
+  std::vector<std::string> seen;
+  for (const auto& board : UdevBoardSurvey().boards()) {
+    seen.push_back(fmt::format("{} {}", board.place, board.device.serialNumber.value_or("-")));
+    for (const auto& [path, obstacle, holders, isTagged] : board.nodes) {
+      seen.push_back(fmt::format("{}: {}", path, obstacle));
+    }
+  }
+  EXPECT_THAT(seen, ElementsAre("1-2 2", "/dev/ttyACM1: ", "/dev/snd/midiC1D0: No such file or directory",
+                                "1-10 10", "/dev/ttyACM0: No such file or directory"));
+
+  fs::permissions(node, fs::perms::none);
+  fs::permissions(tree.root, fs::perms(0755));
+  const bool isRoot = ::getuid() == 0;  // Who may open everything.
+  ASSERT_TRUE(!isRoot || ::setresuid(65534, 65534, 0) == 0);
+  const auto obstacle = obstacleOf("/dev/ttyACM1");
+  ASSERT_TRUE(!isRoot || ::setresuid(0, 0, 0) == 0);
+  EXPECT_THAT(obstacle, AllOf(StartsWith("Permission denied: it belongs to "), EndsWith(", mode 0")));
 }
 
 TEST(UsbTextTest, WhatIsNotCleanIsNoSerialNumberAndIsMarkedInAName) {

@@ -3,16 +3,24 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/ui/qt/SampleSnapshots.hpp"
 #include "ui/console/Changes.hpp"
 #include "ui/console/Screen.hpp"
 #include "upgrade/LoadProgress.hpp"
+#include "upgrade/StopNotice.hpp"
 
 namespace karvex::ui::console {
 namespace {
+
+namespace samples = qt::samples;
 
 using testing::AllOf;
 using testing::Contains;
@@ -47,13 +55,70 @@ Snapshot twoRows() {
   return snapshot;
 }
 
-std::vector<std::string> textOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress = {},
-                                const std::string& notice = "", std::size_t columns = wide) {
+std::vector<std::string> textOf(const Snapshot& snapshot, const upgrade::LoadProgress& progress,
+                                const std::vector<std::string>& notices, PageSize size) {
   std::vector<std::string> lines;
-  for (const auto& line : pageOf(snapshot, progress, notice, {.columns = columns, .lines = high})) {
+  for (const auto& line : pageOf(snapshot, progress, notices, size)) {
     lines.push_back(line.plainText());
   }
   return lines;
+}
+
+/// The usual pages of a terminal of 24 lines, one below the other.
+std::string pagesAt(std::size_t columns) {
+  auto crowded = samples::everyStatus();
+  crowded.isRunning = true;
+  auto refused = samples::running();
+  refused.isRunning = false;
+  refused.stopNotice = upgrade::noticeOf(upgrade::SilentStop::permissionDenied, "1000030");
+  const std::vector<std::string> notices{"the first of four", "POST /services/uploadComplete.php: 500",
+                                         "> KARVEX : The run stops: the device can't be programmed.",
+                                         "> KARVEX : Acknowledged Status value = 10"};
+  const struct {
+    const char* name;
+    Snapshot snapshot;
+    upgrade::LoadProgress progress;
+    std::vector<std::string> notices;
+  } pages[] = {
+      {"no device", Snapshot{}, {}, {}},
+      {"a device that can be upgraded", samples::selected(), {}, {}},
+      {"a run, and three notices",
+       samples::running(),
+       samples::progress(),
+       {notices.begin() + 1, notices.end()}},
+      {"a run before its first block", samples::running(), {}, {}},
+      {"a run that has ended in its third row has no bar", refused, samples::progress(), {}},
+      {"every status, and rows that give way to notices", crowded, {}, notices},
+      {"an alert", samples::withAlert(upgrade::Alert::halfkayModeFailed), {}, {"a notice"}},
+      {"the sheet", samples::withSheet(true), {}, {}},
+  };
+  std::string text;
+  for (const auto& page : pages) {
+    text += "=== " + std::string(page.name) + '\n';
+    for (auto line : textOf(page.snapshot, page.progress, page.notices, {.columns = columns, .lines = 23})) {
+      line.erase(line.find_last_not_of(' ') + 1);
+      text += line + '\n';
+    }
+  }
+  return text;
+}
+
+std::string contentOf(const std::filesystem::path& file) {
+  std::ostringstream content;
+  content << std::ifstream(file).rdbuf();
+  return content.str();
+}
+
+/// The pages lie beside the test. KARVEX_WRITE_PAGES=1 writes them anew: look at what `git diff` shows then.
+TEST(PageTest, ThePagesAtEachWidth) {
+  for (const std::size_t columns : {40U, 60U, 80U, 120U}) {
+    const auto file = std::filesystem::path(KARVEX_PAGES) / (std::to_string(columns) + ".txt");
+    const auto text = pagesAt(columns);
+    if (std::getenv("KARVEX_WRITE_PAGES") != nullptr) {  // NOLINT(concurrency-mt-unsafe)
+      std::ofstream(file) << text;
+    }
+    EXPECT_EQ(text, contentOf(file)) << columns << " columns";
+  }
 }
 
 /// Every page there is, with texts of every kind of length.
@@ -67,16 +132,13 @@ std::vector<Snapshot> allPages() {
   auto alert = running;
   alert.alert = AlertText{upgrade::Alert::portBusy, "Device Port currently in use! ",
                           upgrade::messageOf(upgrade::Alert::portBusy, "")};
-  auto sheet = twoRows();
-  sheet.showsDeviceExplorer = true;
-  sheet.isSendingReport = true;
-  return {Snapshot{}, twoRows(), running, alert, sheet};
+  return {Snapshot{}, samples::idle(), running, alert, samples::withSheet(true)};
 }
 
 TEST(PageTest, NoLineIsEverWiderThanTheTerminal) {
   for (const auto& snapshot : allPages()) {
     for (const std::size_t columns : {1U, 2U, 3U, 7U, 20U, 40U, 79U, 80U, 120U, 200U}) {
-      const auto lines = textOf(snapshot, half, std::string(400, 'n') + "\n", columns);
+      const auto lines = textOf(snapshot, half, {std::string(400, 'n') + "\n"}, {columns, high});
       EXPECT_FALSE(lines.empty());
       for (const auto& line : lines) {
         EXPECT_LE(columnsOf(line), columns) << line;
@@ -91,12 +153,9 @@ TEST(PageTest, TheRowsAroundTheSelectedOneStayOnALowTerminal) {
   for (int i = 0; i < 100; ++i) {
     snapshot.rows.push_back(rowWith(std::to_string(1000 + i), 5));
   }
+  snapshot.isRunning = true;
   const auto shownOn = [&snapshot](std::size_t lines) {
-    std::vector<std::string> shown;
-    for (const auto& line : pageOf(snapshot, half, "notice", {.columns = wide, .lines = lines})) {
-      shown.push_back(line.plainText());
-    }
-    return shown;
+    return textOf(snapshot, half, {"notice"}, {.columns = wide, .lines = lines});
   };
   for (const std::size_t lines : {12U, 13U, 24U, 60U}) {
     EXPECT_THAT(shownOn(lines), AllOf(SizeIs(lines), Contains(HasSubstr("#1000 ")))) << "from the top";
@@ -120,71 +179,6 @@ TEST(PageTest, TheRowsAroundTheSelectedOneStayOnALowTerminal) {
   EXPECT_EQ(shownOn(1000).size(), 100U + 4U + 1U + 4U + 1U) << "all of it where there is room";
 }
 
-TEST(PageTest, ShowsTheRowsTheMarkAndWhatTheKeysDo) {
-  auto snapshot = twoRows();
-  snapshot.selected = snapshot.rows[1].id;
-  snapshot.canUpload = true;
-  snapshot.rows[1].onlineMark = Tone::orange;
-  snapshot.rows[1].statusTone = Tone::red;
-  snapshot.rows[1].currentVersionTone = Tone::green;
-  const auto page = pageOf(snapshot, {}, "what was printed", {.columns = wide, .lines = high});
-  const auto row = std::ranges::find_if(page, &StyledLine::isReversed);
-  ASSERT_NE(row, page.end());
-  EXPECT_THAT(row->plainText(), AllOf(StartsWith("> 1 - Pedal  #20"), HasSubstr("● Idle")));
-  const auto toneOf = [&](const std::string& text) {
-    return std::ranges::find_if(row->spans, [&](const Span& span) { return span.text.starts_with(text); })
-        ->tone;
-  };
-  EXPECT_EQ(toneOf("●"), Tone::orange);
-  EXPECT_EQ(toneOf("Idle"), Tone::red);
-  EXPECT_EQ(toneOf("1.0"), Tone::green);
-  const auto lines = textOf(snapshot, {}, "what was printed");
-  EXPECT_THAT(lines, Contains("up/down: select  u: Upload Firmware  r: refresh  s: sync  q: quit"));
-  EXPECT_EQ(lines.back(), "what was printed");
-  EXPECT_THAT(textOf(Snapshot{}), AllOf(Contains("  (no device)"), Contains("up/down: select  q: quit")));
-}
-
-TEST(PageTest, TheBarIsBelowTheRowInWorkWhileItIsProgrammed) {
-  const auto bar = HasSubstr("12/24 blocks");
-  auto snapshot = twoRows();
-  snapshot.rows[1] = rowWith("20", 5);
-  snapshot.isRunning = true;
-  snapshot.canAct = false;
-  EXPECT_THAT(textOf(snapshot, half), Not(Contains(bar))) << "no row is in work";
-  snapshot.selected = snapshot.rows[1].id;
-  const auto lines = textOf(snapshot, half);
-  const auto row = std::ranges::find_if(lines, [](const auto& line) { return line.starts_with("> "); });
-  ASSERT_NE(row, lines.end());
-  EXPECT_THAT(*std::next(row), bar);
-  EXPECT_THAT(lines, Contains("q: quit")) << "nothing else can be done";
-  EXPECT_THAT(textOf(snapshot), Not(Contains(HasSubstr("blocks")))) << "not known yet";
-  snapshot.rows[1] = rowWith("20", 6);
-  snapshot.selected = snapshot.rows[1].id;
-  EXPECT_THAT(textOf(snapshot, half), Not(Contains(bar))) << "over";
-}
-
-TEST(PageTest, AnAlertIsAheadOfTheSheetAndTheKeys) {
-  auto snapshot = twoRows();
-  snapshot.showsDeviceExplorer = true;
-  EXPECT_THAT(textOf(snapshot), AllOf(Contains("  Connect your device to your computer"),
-                                      Contains("  Enter: Click Me    x: close")));
-  snapshot.alert = AlertText{upgrade::Alert::procedureComplete, "Title", "one\n\nthree "};
-  const auto lines = textOf(snapshot);
-  EXPECT_THAT(std::vector(lines.end() - 5, lines.end()),
-              ElementsAre("! Title", "  one", "  ", "  three ", "  Enter: OK"));
-  EXPECT_THAT(lines, Not(Contains(HasSubstr("Click Me"))));
-}
-
-TEST(PageTest, WhatAnAlertAndANoticeSayIsWrappedAndNotCut) {
-  auto snapshot = twoRows();
-  snapshot.alert =
-      AlertText{upgrade::Alert::halfkayModeFailed, "Title", "Notify your dealer: the port is in use"};
-  const auto lines = textOf(snapshot, {}, "An upgrade is running. Wait.", 20);
-  EXPECT_THAT(std::vector(lines.end() - 7, lines.end()),
-              ElementsAre("! Title", "  Notify your", "  dealer: the port", "  is in use", "  Enter: OK",
-                          "An upgrade is", "running. Wait."));
-}
-
 TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
   const auto before = twoRows();
   const auto linesOf = [&before](const std::function<void(Snapshot&)>& change) {
@@ -204,8 +198,9 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
   EXPECT_THAT(linesOf([](auto& now) {
                 now.rows[0].currentVersion = "2.0\x1b[2J";
                 now.selected = foundation::Uuid::random();
+                now.stopNotice = "stopped";
               }),
-              ElementsAre("#10 1 - Pedal: carries pedal 2.0\xEF\xBF\xBD[2J now"));
+              ElementsAre("#10 1 - Pedal: carries pedal 2.0\xEF\xBF\xBD[2J now", "! stopped"));
   EXPECT_THAT(linesOf([](auto& now) { now.rows.clear(); }), IsEmpty())
       << "a list is emptied before it is filled";
   const auto list = linesOf([](auto& now) { now.rows.erase(now.rows.begin()); });
@@ -216,6 +211,7 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
 
 TEST(ChangesTest, AnAlertIsToldOnceAndSoIsItsOk) {
   auto up = twoRows();
+  up.stopNotice = "told before";
   const auto down = up;
   up.alert = AlertText{upgrade::Alert::uploadError, "Title", "one\ntwo"};
   auto other = up;

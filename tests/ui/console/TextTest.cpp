@@ -58,6 +58,8 @@ TEST(FittedTest, TakesExactlyTheColumns) {
       {"abc", 3, "abc"},
       {"abcd", 3, "ab…"},
       {"abcd", 1, "…"},
+      {"abc  ", 4, "abc "},
+      {"abcd  ", 3, "ab…"},
       {"abcd", 0, ""},
       {"é€🎹", 4, "é€🎹"},
       {"é€🎹x", 4, "é€… "},
@@ -107,10 +109,22 @@ TEST(WrappedTest, BreaksAtBlanksWhereThereAreAny) {
 }
 
 TEST(StyledTextTest, EachStyleEndsWithItsSpan) {
-  const StyledLine line{{{"a", std::nullopt}, {"b", Tone::red}, {"c", std::nullopt, true}}};
-  EXPECT_EQ(withSequences(line), "a\x1b[0;31mb\x1b[0m\x1b[0;1mc\x1b[0m");
-  EXPECT_EQ(withSequences({{{"a", Tone::green, true}}, true}), "\x1b[0;7;1;32ma\x1b[0m");
-  EXPECT_EQ(line.plainText(), "abc");
+  const StyledLine line{
+      {{"a", std::nullopt}, {"b", Tone::red}, {"c", Tone::white, true}, {"d", Tone::white}}};
+  const struct {
+    const char* noColor;
+    const char* terminal;
+    const char* text;
+  } cases[] = {
+      {nullptr, "xterm", "a\x1b[0;31mb\x1b[0m\x1b[0;1mc\x1b[0md"},
+      {"", "xterm-256color", "a\x1b[0;38;5;160mb\x1b[0m\x1b[0;1mc\x1b[0md"},
+      {"1", "xterm-256color", "ab\x1b[0;1mc\x1b[0md"},
+      {nullptr, nullptr, "a\x1b[0;31mb\x1b[0m\x1b[0;1mc\x1b[0md"},
+  };
+  for (const auto& example : cases) {
+    EXPECT_EQ(withSequences(line, coloursOf(example.noColor, example.terminal)), example.text);
+  }
+  EXPECT_EQ(withSequences({{{"a", Tone::green, true}}, true}, Colours::few), "\x1b[0;7;1;32ma\x1b[0m");
 }
 
 TEST(KeysTest, TheKeysInTheBytesOfATerminal) {
@@ -147,7 +161,7 @@ TEST(ProgressBarTest, IsFullOnlyAtTheEnd) {
       {{.blocksSent = 24, .blocksToSend = 24}, "[########] 24/24 blocks"},
       {{.blocksSent = 4294967295, .blocksToSend = 4294967295}, "[########] 4294967295/4294967295 blocks"},
       {{.blocksSent = 9, .blocksToSend = 3}, "[########] 3/3 blocks"},
-      {{.blocksSent = 0, .blocksToSend = 0}, "[........] 0/1 blocks"},
+      {{.blocksSent = 0, .blocksToSend = 0}, "[........]"},
   };
   for (const auto& example : cases) {
     EXPECT_EQ(progressBar(example.progress, 8), example.bar);
