@@ -3,6 +3,7 @@
 #include "device/SerialPort.hpp"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 
 #include <functional>
@@ -150,10 +151,8 @@ TEST_F(SerialPortTest, WhatAPortMustBeForEachOperation) {
 TEST_F(SerialPortTest, APortIsOpenedOnceAndAfterAFailureItIsAsBefore) {
   const auto open = [this] { return errorOf([this] { port.open(PortMode::receive); }); };
   port.close();
-  script.refusal = TerminalRefusal{.cause = TerminalRefusal::Cause::inUse};
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    EXPECT_EQ(open(), "-1 Serial port /dev/p can't be opened: it is in use by another program");
-  }
+  script.refusal.emplace();
+  EXPECT_EQ(open(), "-1 Serial port /dev/p can't be opened: the system gives no reason");
   script.refusal.reset();
   script.refusesWatch = true;
   EXPECT_EQ(open(), "-1 Serial port /dev/p can't be opened: Too many open files");
@@ -243,76 +242,67 @@ TEST_F(SerialPortTest, LinesAreWholeHoweverTheBytesComeAndEndWithTheDeviceOrTheC
   }
 }
 
-TEST(SerialPortErrorTest, AFailedOpenNamesPortNodeAndCause) {
-  using Cause = TerminalRefusal::Cause;
-  const std::string port = "Serial port /dev/p", refused = " can't be opened: ";
-  EXPECT_EQ(describe({Cause::inUse, "/dev/n", "x (process 1)"}, "/dev/p"),
-            port + " (/dev/n)" + refused + "it is in use by x (process 1)");
-  EXPECT_EQ(describe({Cause::absent, "", ""}, "/dev/p"),
-            port + refused + "it is not there, the device may have been unplugged");
-  EXPECT_EQ(describe({Cause::notPermitted, "", ""}, "/dev/p"),
-            port + refused + "this user has no permission to use it");
-}
-
 class SerialPortManagementTest : public SerialPortTest {
  protected:
   SerialPortManagementTest() {
-    foundation::log::redirectSystem([this](std::string_view line) { logged.emplace_back(line); });
+    foundation::log::redirectSystem([this](std::string_view line) { script.events.emplace_back(line); });
   }
   ~SerialPortManagementTest() override { foundation::log::redirectSystem(nullptr); }
-  /// The three flags as they are now, and what was logged.
-  Texts outcome() {
-    auto all = std::exchange(logged, {});
-    all.insert(all.begin(), fmt::format("{:d}{:d}{:d}", management.halfkayModeDetected.get(),
-                                        management.portBusyError.get(), management.showErrorModal.get()));
-    return all;
+  /// What was done and logged, then the three flags as they are now, and the text of the last error.
+  std::string outcome() {
+    return fmt::format("{}|{:d}{:d}{:d} {}", fmt::join(takeEvents(), "|"),
+                       management.halfkayModeDetected.get(), management.portBusyError.get(),
+                       management.showErrorModal.get(), management.errorText.get());
   }
 
   SerialPortManagement management{script, runtime};
-  Texts logged;
 };
 
 TEST_F(SerialPortManagementTest, TheCheckIsAnOpenAndACloseAndTouchesNoBoardInItsBootloader) {
-  const std::string checking = "> KARVEX : Checking serial port availablity for port : /dev/p";
+  using Cause = TerminalRefusal::Cause;
+  const std::string checking = "> KARVEX : Checking serial port availablity for port : /dev/p|";
   EXPECT_TRUE(management.checkPortAvailability({}, "/dev/p"));
-  EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 2", "watch", "close"));
-  EXPECT_THAT(outcome(), ElementsAre("000", checking, "> KARVEX Serial port opened succesfully"));
-  script.refusal = TerminalRefusal{};
-  const std::string text = "Serial port /dev/p can't be opened: the system gives no reason";
-  for (int attempt = 0; attempt < 2; ++attempt) {
+  EXPECT_EQ(outcome(), checking + "open /dev/p 2|watch|> KARVEX Serial port opened succesfully|close|000 ");
+  const std::pair<TerminalRefusal, std::string> refusals[] = {
+      {{Cause::inUse, "/dev/n", "x (process 1)"}, " (/dev/n) can't be opened: it is in use by x (process 1)"},
+      {{Cause::inUse, "", ""}, " can't be opened: it is in use by another program"},
+      {{Cause::absent, "", ""}, " can't be opened: it is not there, the device may have been unplugged"},
+      {{Cause::notPermitted, "", ""}, " can't be opened: this user has no permission to use it"},
+      {{}, " can't be opened: the system gives no reason"},
+  };
+  for (const auto& [refusal, reason] : refusals) {
+    script.refusal = refusal;
     EXPECT_FALSE(management.checkPortAvailability({}, "/dev/p"));
-    EXPECT_EQ(management.errorText.get(), text);
-    EXPECT_THAT(outcome(),
-                ElementsAre("011", checking, "> KARVEX : Error opening or closing serial port " + text));
+    const auto text = "Serial port /dev/p" + reason;
+    EXPECT_EQ(outcome(),
+              checking + "> KARVEX : Error opening or closing serial port " + text + "|011 " + text);
   }
+  script.refusal.reset();
+  management.errorText.set("");
   records::BootableDevice device;
   device.USBProductId = 0x0478;
-  script.refusal.reset();
   EXPECT_FALSE(management.checkPortAvailability(device, "/dev/p"));
-  EXPECT_THAT(outcome(), ElementsAre("111", "> KARVEX : Already in Halfkay mode... abort!"));
-  EXPECT_THAT(takeEvents(), IsEmpty());
+  EXPECT_EQ(outcome(), "> KARVEX : Already in Halfkay mode... abort!|111 ");
 }
 
 TEST_F(SerialPortManagementTest, TheRequestIsOneChangeOfSpeedAndAFailureInvertsItsFlag) {
-  const std::string available = "> KARVEX : Serial port is fully available!";
-  const std::string attempt = "> KARVEX : Attempting to open serial port /dev/p";
-  const std::string success = "> KARVEX : Serial port /dev/p open success!";
+  const std::string attempt =
+      "> KARVEX : Serial port is fully available!|"
+      "> KARVEX : Attempting to open serial port /dev/p|";
+  const std::string opened = attempt + "open /dev/p 0|watch|> KARVEX : Serial port /dev/p open success!|";
   EXPECT_TRUE(management.requestHalfkayMode("/dev/p"));
-  EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 0", "watch", "134 baud, 8N1, raw", "close"));
-  EXPECT_THAT(outcome(), ElementsAre("000", available, attempt, success,
-                                     "> KARVEX : Halfkay mode request Sent on port /dev/p"));
+  EXPECT_EQ(outcome(), opened +
+                           "134 baud, 8N1, raw|close|"
+                           "> KARVEX : Halfkay mode request Sent on port /dev/p|000 ");
   script.refusesSettings = true;
   EXPECT_FALSE(management.requestHalfkayMode("/dev/p"));
-  EXPECT_THAT(takeEvents(), ElementsAre("open /dev/p 0", "watch", "close"));
-  EXPECT_THAT(outcome(), ElementsAre("001", available, attempt, success,
-                                     "> KARVEX : Halfkay mode request failed : Reason : not open"));
-  EXPECT_EQ(management.errorText.get(), "not open");
+  EXPECT_EQ(outcome(),
+            opened + "> KARVEX : Halfkay mode request failed : Reason : not open|close|001 not open");
   script.refusal = TerminalRefusal{.detail = "why"};
   EXPECT_FALSE(management.requestHalfkayMode("/dev/p"));
   const std::string text = "Serial port /dev/p can't be opened: why";
-  EXPECT_THAT(outcome(), ElementsAre("000", available, attempt,
-                                     "> KARVEX : Could not open serial port /dev/p : Reason => " + text));
-  EXPECT_EQ(management.errorText.get(), text);
+  EXPECT_EQ(outcome(),
+            attempt + "> KARVEX : Could not open serial port /dev/p : Reason => " + text + "|000 " + text);
 }
 
 }  // namespace

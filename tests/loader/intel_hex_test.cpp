@@ -7,6 +7,8 @@
 namespace karvex::loader {
 namespace {
 
+using namespace std::string_literals;
+
 class IntelHexTest : public loader_fixture {
  protected:
   /// "3 bytes, 10: 11x2, 20: 33" or "line 2, 10: 11x2": the result, and what the file wrote into the picture.
@@ -37,10 +39,6 @@ struct hex_case {
 
 const std::string two = ":020010001122BB\n";
 const std::string passed_over = ":0000000300";
-std::string with_nuls(std::string text) {
-  std::replace(text.begin(), text.end(), '|', '\0');
-  return text;
-}
 std::string byte_at_upper(std::uint32_t upper) {
   return hex_fill(upper << 16U, 1, 0x42);
 }
@@ -74,10 +72,10 @@ const hex_case cases[] = {
     {"a bad digit in a long record keeps what stood before it",
      ":140010000101010101010101010102020g0E0F101112131400\n", "line 1, 10: 01x10 02x2"},
     {"other types pass unchecked", ":0400000300003800FF\n:04000005600010002D\n:0000000900\n", "0 bytes"},
-    {"a NUL byte at the start skips the line", with_nuls("|:zz\n") + two, "2 bytes, 10: 11 22"},
-    {"a NUL byte ends the line", with_nuls(":0200100011|2BB\n"), "line 1"},
-    {"a NUL byte after the checksum harms nothing", with_nuls(":020010001122BB|\n"), "2 bytes, 10: 11 22"},
-    {"a NUL byte cuts an unchecked record too short", with_nuls(":02001003||||||\n"), "line 1"},
+    {"a NUL byte at the start skips the line", "\0:zz\n"s + two, "2 bytes, 10: 11 22"},
+    {"a NUL byte ends the line", ":0200100011\0002BB\n"s, "line 1"},
+    {"a NUL byte after the checksum harms nothing", ":020010001122BB\0\n"s, "2 bytes, 10: 11 22"},
+    {"a NUL byte cuts an unchecked record too short", ":02001003\0\0\0\0\0\0\n"s, "line 1"},
     {"1023 characters are one line", passed_over + std::string(1011, 'x') + "\n:00000001FF\n", "0 bytes"},
     {"1024 are two, and the second is no record", passed_over + std::string(1012, 'x') + "\n", "line 2"},
     {"its second piece is a record", passed_over + std::string(1012, 'x') + two, "2 bytes, 10: 11 22"},

@@ -1,10 +1,17 @@
 // Ports on pseudo-terminals: real device nodes of a real kernel.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
 
+#include <array>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <future>
@@ -15,7 +22,6 @@
 #include "device/platform/linux/TerminalTermios.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
 #include "foundation/SystemRuntime.hpp"
-#include "tests/device/linux/PseudoTerminal.hpp"
 
 namespace karvex::device {
 namespace {
@@ -24,6 +30,97 @@ using foundation::AsyncStream;
 using foundation::Task;
 using testing::ElementsAre;
 using testing::HasSubstr;
+
+int orThrow(int result) {
+  if (result < 0) {
+    throw std::system_error(errno, std::generic_category());
+  }
+  return result;
+}
+
+/// A terminal whose device side is in the test's hand.
+class PseudoTerminal {
+ public:
+  PseudoTerminal() {
+    orThrow(::grantpt(device_));
+    orThrow(::unlockpt(device_));
+    std::array<char, 64> name{};
+    orThrow(-::ptsname_r(device_, name.data(), name.size()));
+    path = name.data();
+  }
+  ~PseudoTerminal() { unplug(); }
+  PseudoTerminal(const PseudoTerminal&) = delete;
+  PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+  /// As much of it as the node takes without waiting.
+  void send(std::string_view bytes) const { static_cast<void>(::write(device_, bytes.data(), bytes.size())); }
+  std::string received() const {
+    std::string bytes(256, '\0');
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(0, ::read(device_, bytes.data(), bytes.size()))));
+    return bytes;
+  }
+  /// How the line is set, as its device side sees it.
+  termios settings() const {
+    termios settings{};
+    orThrow(::tcgetattr(device_, &settings));
+    return settings;
+  }
+  /// The device leaves. Harmless a second time.
+  void unplug() { ::close(std::exchange(device_, -1)); }
+
+  std::string path;  ///< of the node to open, for example /dev/pts/3
+
+ private:
+  int device_ = orThrow(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK));
+};
+
+/// Another program, for as long as the object lives: a process that has done `begin`, of system calls only,
+/// and waits then. A child of this process is what a program is that this one is just starting.
+class OtherProgram {
+ public:
+  enum class Kinship { none, child };
+
+  explicit OtherProgram(const std::function<void()>& begin, Kinship kinship = Kinship::none) {
+    std::array<int, 2> began{};
+    orThrow(::pipe2(began.data(), O_CLOEXEC));
+    child_ = orThrow(::fork());
+    if (child_ == 0) {
+      ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+      if (const pid_t grandchild = kinship == Kinship::none ? ::fork() : 0; grandchild != 0) {
+        ::_exit(::waitpid(grandchild, nullptr, 0) == grandchild ? 0 : 1);
+      }
+      begin();
+      const pid_t self = ::getpid();
+      static_cast<void>(::write(began[1], &self, sizeof self));
+      ::pause();
+    }
+    orThrow(::read(began[0], &process, sizeof process) == sizeof process ? 0 : -1);
+    ::close(began[0]);
+    ::close(began[1]);
+  }
+  ~OtherProgram() {
+    ::kill(process, SIGKILL);
+    ::waitpid(child_, nullptr, 0);
+  }
+  OtherProgram(const OtherProgram&) = delete;
+  OtherProgram& operator=(const OtherProgram&) = delete;
+
+  pid_t process = 0;
+
+ private:
+  pid_t child_;
+};
+
+/// What `attempt` returns in another process, 0 to 255; system calls only.
+int inOtherProcess(const std::function<int()>& attempt) {
+  const pid_t process = orThrow(::fork());
+  if (process == 0) {
+    ::_exit(attempt());
+  }
+  int status = 0;
+  orThrow(::waitpid(process, &status, 0));
+  return WEXITSTATUS(status);
+}
 
 std::string textOf(const std::function<void()>& operation) {
   try {
@@ -56,29 +153,16 @@ class TerminalTest : public testing::Test {
     return name;
   }
 
-  /// Takes the lines that come in on the global queue.
+  /// Takes the lines that come in, on the global queue.
   Task<> collect(AsyncStream<std::string> stream) {
-    while (auto line = co_await stream.next()) {
-      lines.push_back(std::move(*line));
+    while (const auto line = co_await stream.next()) {
       lineCame.release();
     }
-    hasEnded = true;
-    lineCame.release();
-  }
-  void collectLines() {
-    hasEnded = false;
-    spawn(runtime.globalQueue(), collect(port.readLinesStream()));
-  }
-  void waitForEnd() {
-    while (!hasEnded) {
-      lineCame.acquire();
-    }
+    streamEnded.release();
   }
 
   PseudoTerminal terminal;
-  std::vector<std::string> lines;
-  std::counting_semaphore<> lineCame{0};
-  std::atomic<bool> hasEnded = false;
+  std::counting_semaphore<> lineCame{0}, streamEnded{0};
   foundation::SystemRuntime runtime;
   TermiosTerminalNodes nodes{runtime.globalQueue()};
   SerialPort port{nodes, runtime, terminal.path};
@@ -104,19 +188,21 @@ TEST_F(TerminalTest, WithinThisProgramAPortIsTakenUntilItIsClosed) {
 TEST_F(TerminalTest, WhatAnotherProgramHasOpenIsRefusedWithItsNameMadeHarmless) {
   using Take = std::function<void(int)>;
   const std::pair<const char*, Take> ways[] = {
-      {"exclusive mode", [](int descriptor) { ::ioctl(descriptor, TIOCEXCL); }},
       {"lock", [](int descriptor) { ::flock(descriptor, LOCK_EX); }},
-      {"neither, as serial monitors do", [](int) {}},
+      {"nothing, as serial monitors do", [](int) {}},
+      {"exclusive mode", [](int descriptor) { ::ioctl(descriptor, TIOCEXCL); }},
   };
   for (const auto& [way, take] : ways) {
+    EXPECT_EQ(textOfOpen(), "");
+    port.close();
     const OtherProgram other([this, take = &take] {
       ::prctl(PR_SET_NAME, "a\x1B[2J\xFF z");
       (*take)(openPlainly());
     });
     EXPECT_EQ(textOfOpen(), refusalNaming("a?[2J? z", other.process)) << way;
-    inOtherProcess([this] { return ::ioctl(openPlainly(), TIOCNXCL); });
   }
-  EXPECT_EQ(textOfOpen(), "");
+  EXPECT_THAT(textOfOpen(), HasSubstr("another program"))
+      << "exclusive still, and nobody seen to have it open";
 }
 
 TEST_F(TerminalTest, OtherProgramsAreKeptOutUntilTheClose) {
@@ -151,11 +237,13 @@ TEST_F(TerminalTest, TheOpenDescriptorWaitsForInputAndIsNobodyElses) {
 }
 
 TEST_F(TerminalTest, BlockingReadsGetWhatCameInBeforeTheSettingsAndLetWritesPass) {
-  terminal.send("early\n");
+  terminal.send("-early\n");
   openRaw();
   terminal.received();  // The echo from before.
   const termios line = terminal.settings();
   EXPECT_EQ(cfgetospeed(&line), static_cast<speed_t>(B115200));
+  EXPECT_EQ(port.readByte(), '-');
+  port.configure({.sendTwoStopBits = true});
   EXPECT_EQ(port.readLine(), "early");
   auto late = std::async(std::launch::async, [this] { return port.readLine(); });
   EXPECT_EQ(port.writeString("h\n\xC3\xA9"), 4);
@@ -180,10 +268,10 @@ TEST_F(TerminalTest, ABlockingReadThatWaitsOverACloseReturnsTheNode) {
 TEST_F(TerminalTest, ADeviceThatLeavesEndsStreamsAndBlockingReads) {
   openRaw();
   auto text = std::async(std::launch::async, [this] { return textOf([this] { port.readByte(); }); });
-  collectLines();
+  spawn(runtime.globalQueue(), collect(port.readLinesStream()));
   terminal.unplug();
   EXPECT_EQ(text.get(), "The device at serial port " + terminal.path + " is no longer connected");
-  waitForEnd();
+  streamEnded.acquire();
   EXPECT_EQ(port.writeString("x"), -1);
   port.configure({});
 }
@@ -198,16 +286,15 @@ TEST_F(TerminalTest, OpeningAndClosingUnderLoadIsAlwaysPossible) {
   });
   for (int round = 0; round < 500; ++round) {
     openRaw();
-    collectLines();
+    spawn(runtime.globalQueue(), collect(port.readLinesStream()));
     if (round % 2 == 0) {
       lineCame.acquire();
     }
     port.close();
-    waitForEnd();
+    streamEnded.acquire();
   }
   isOver = true;
   device.join();
-  EXPECT_THAT(lines, testing::Contains("line\n"));
 }
 
 /// A path that is no terminal: a lock is all that protects it.

@@ -11,6 +11,7 @@
 #include <string>
 #include <variant>
 
+#include "device/platform/linux/SerialNodes.hpp"
 #include "device/platform/linux/SysfsSerialInterfaces.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
 #include "device/platform/linux/UdevBoardSurvey.hpp"
@@ -86,6 +87,7 @@ TEST_F(UsbTest, APortIsPresentByTheWholeSerialNumberOfABoardWithATerminal) {
                              "xusbmodem12341", ""}) {
     EXPECT_FALSE(isPresent(absent)) << absent;
   }
+  EXPECT_EQ(ttyNodeForSerialNumber(""), std::nullopt);
   tree.remove("/devices/1-3/1-3.1/1-1:1.0/ttyUSB0");
   EXPECT_FALSE(isPresent("usbmodem7771"));
 }

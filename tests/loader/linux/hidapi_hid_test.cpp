@@ -1,26 +1,20 @@
 #include "loader/platform/linux/hidapi_hid.hpp"
 
-#include <gmock/gmock.h>
 #include <linux/hidraw.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
 #include <functional>
 #include <list>
-#include <numeric>
 
-#include "loader/halfkay.hpp"
 #include "loader/halfkay_report.hpp"
-#include "loader/platform/host.hpp"
 #include "tests/device/linux/SysfsTree.hpp"
+#include "tests/loader/loader_fixture.hpp"
 
 namespace karvex::loader {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::IsEmpty;
 namespace fs = std::filesystem;
 
 /// What was written to a node, and the error number that the next writes are answered with.
@@ -48,17 +42,10 @@ gboolean on_write(UMockdevIoctlBase*, UMockdevIoctlClient* client, far_side* sid
   return TRUE;
 }
 
-/// Boards on a made-up bus, and a host whose time stands still but for sleeps.
-class HidapiHid : public testing::Test {
+/// Boards on a made-up bus.
+class HidapiHid : public loader_fixture {
  protected:
-  HidapiHid() {
-    install_host({.context = this,
-                  .now = [](void* self) { return in(self).now; },
-                  .sleep_for = [](void* self, std::chrono::milliseconds span) { in(self).sleep(span); },
-                  .log = [](void* self, const char* text) { in(self).log.emplace_back(text); }});
-  }
   ~HidapiHid() override { be(0); }
-  static HidapiHid& in(void* context) { return *static_cast<HidapiHid*>(context); }
 
   fs::path node(std::size_t number) const { return tree.root / fmt::format("dev/hidraw{}", number); }
   far_side& add(int vendor, int product) {
@@ -90,20 +77,9 @@ class HidapiHid : public testing::Test {
   }
   /// Permission bits don't bind root.
   static bool be(uid_t user) { return ::getuid() != 0 || ::seteuid(user) == 0; }
-  void sleep(std::chrono::milliseconds span) {
-    now += span;
-    if (now == 250ms) {
-      be(0);
-      after_250_ms();
-      be(65534);
-    }
-  }
 
   device::SysfsTree tree;
   std::list<far_side> sides;
-  std::chrono::nanoseconds now{};
-  std::function<void()> after_250_ms = [] {};
-  std::vector<std::string> log;
   const hid_calls hid = hidapi_hid_calls();
 };
 
@@ -145,34 +121,39 @@ TEST_F(HidapiHid, ARefusalIsBelievedWhenItLastsASecond) {
   hid_device* device = find();
   fs::remove(node(0));
   EXPECT_EQ(hid.open(hid.context, device), hid_access::failed);
-  EXPECT_EQ(now, 0ms) << "a board that has left is no refusal";
-  EXPECT_THAT(log, ElementsAre(">>> KARVEX : /dev/hidraw0 : No such file or directory"));
+  EXPECT_THAT(events, ElementsAre("0 log >>> KARVEX : /dev/hidraw0 : No such file or directory"));
 
   std::ofstream(node(0)).flush();
-  fs::permissions(node(0), fs::perms::none);
   fs::permissions(tree.root, fs::perms(0755));
   fs::permissions(tree.root / "ioctl/dev/hidraw0", fs::perms(0777));
-  const std::tuple<std::function<void()>, hid_access, std::chrono::milliseconds> cases[] = {
-      {[] {}, hid_access::not_permitted, 1000ms},
-      {[this] { fs::permissions(node(0), fs::perms(0666)); }, hid_access::opened, 250ms},
-      {[this] { fs::remove(node(0)); }, hid_access::failed, 250ms},
+  // What happens after 250 ms, what the opening ends in, when, and what is logged then.
+  const std::tuple<std::function<void()>, hid_access, std::chrono::milliseconds, const char*> cases[] = {
+      {[] {}, hid_access::not_permitted, 1000ms, "Permission denied"},
+      {[this] { fs::permissions(node(0), fs::perms(0666)); }, hid_access::opened, 250ms, nullptr},
+      {[this] { fs::remove(node(0)); }, hid_access::failed, 250ms, "No such file or directory"},
   };
-  for (const auto& [happening, access, time] : cases) {
+  for (const auto& [happening, access, time, reason] : cases) {
+    start();
     fs::permissions(node(0), fs::perms::none);
-    now = 0ms;
-    after_250_ms = happening;
     device = find();
     if (!be(65534)) {
       GTEST_SKIP() << "permissions don't bind root, and the system doesn't let it become another user";
     }
+    runtime.globalQueue().postAt(runtime.clock().now() + 250ms, [call = &happening] {
+      be(0);
+      (*call)();
+      be(65534);
+    });
     EXPECT_EQ(hid.open(hid.context, device), access);
     be(0);
-    EXPECT_EQ(now, time);
+    EXPECT_EQ(elapsed(), time);
+    EXPECT_EQ(
+        fmt::format("{}", fmt::join(events, "|")),
+        reason == nullptr ? "" : fmt::format("{} log >>> KARVEX : /dev/hidraw0 : {}", time.count(), reason));
     if (access == hid_access::opened) {
       hid.close(hid.context, device);
     }
   }
-  EXPECT_THAT(log, ElementsAre(log.front(), ">>> KARVEX : /dev/hidraw0 : Permission denied", log.front()));
 }
 
 }  // namespace
