@@ -80,47 +80,38 @@ class OtherProgram {
  public:
   enum class Kinship { none, child };
 
-  explicit OtherProgram(const std::function<void()>& begin, Kinship kinship = Kinship::none) {
-    std::array<int, 2> began{};
-    orThrow(::pipe2(began.data(), O_CLOEXEC));
+  explicit OtherProgram(const std::function<int()>& begin, Kinship kinship = Kinship::none) {
+    std::array<int, 2> pipe{};
+    orThrow(::pipe2(pipe.data(), O_CLOEXEC));
     child_ = orThrow(::fork());
     if (child_ == 0) {
       ::prctl(PR_SET_PDEATHSIG, SIGKILL);
       if (const pid_t grandchild = kinship == Kinship::none ? ::fork() : 0; grandchild != 0) {
         ::_exit(::waitpid(grandchild, nullptr, 0) == grandchild ? 0 : 1);
       }
-      begin();
-      const pid_t self = ::getpid();
-      static_cast<void>(::write(began[1], &self, sizeof self));
+      const Beginning begun{::getpid(), begin()};
+      static_cast<void>(::write(pipe[1], &begun, sizeof begun));
       ::pause();
     }
-    orThrow(::read(began[0], &process, sizeof process) == sizeof process ? 0 : -1);
-    ::close(began[0]);
-    ::close(began[1]);
+    orThrow(::read(pipe[0], &has, sizeof has) == sizeof has ? 0 : -1);
+    ::close(pipe[0]);
+    ::close(pipe[1]);
   }
   ~OtherProgram() {
-    ::kill(process, SIGKILL);
+    ::kill(has.process, SIGKILL);
     ::waitpid(child_, nullptr, 0);
   }
   OtherProgram(const OtherProgram&) = delete;
   OtherProgram& operator=(const OtherProgram&) = delete;
 
-  pid_t process = 0;
+  struct Beginning {
+    pid_t process;
+    int result;  ///< of `begin`
+  } has{};
 
  private:
   pid_t child_;
 };
-
-/// What `attempt` returns in another process, 0 to 255; system calls only.
-int inOtherProcess(const std::function<int()>& attempt) {
-  const pid_t process = orThrow(::fork());
-  if (process == 0) {
-    ::_exit(attempt());
-  }
-  int status = 0;
-  orThrow(::waitpid(process, &status, 0));
-  return WEXITSTATUS(status);
-}
 
 std::string textOf(const std::function<void()>& operation) {
   try {
@@ -147,11 +138,6 @@ class TerminalTest : public testing::Test {
     return "Serial port " + terminal.path + " can't be opened: it is in use by " + program + " (process " +
            std::to_string(process) + ")";
   }
-  static std::string thisProgram() {
-    std::string name;
-    std::getline(std::ifstream("/proc/self/comm"), name);
-    return name;
-  }
 
   /// Takes the lines that come in, on the global queue.
   Task<> collect(AsyncStream<std::string> stream) {
@@ -171,35 +157,35 @@ class TerminalTest : public testing::Test {
 TEST_F(TerminalTest, WithinThisProgramAPortIsTakenUntilItIsClosed) {
   const auto other = port.create(terminal.path);
   other->open(PortMode::receive);
-  EXPECT_EQ(textOfOpen(), refusalNaming(thisProgram(), ::getpid()));
+  EXPECT_EQ(textOfOpen(), refusalNaming(program_invocation_short_name, ::getpid()));
   {
-    const OtherProgram child([] {}, OtherProgram::Kinship::child);  // That is just being started.
+    const OtherProgram child([] { return 0; }, OtherProgram::Kinship::child);  // That is just being started.
     other->close();
     EXPECT_EQ(textOfOpen(), "");
     port.close();
   }
   port.create(terminal.path)->open(PortMode::receive);
-  EXPECT_EQ(textOfOpen(), refusalNaming(thisProgram(), ::getpid()))
+  EXPECT_EQ(textOfOpen(), refusalNaming(program_invocation_short_name, ::getpid()))
       << "by the one that was dropped without a close";
   terminal.unplug();
   EXPECT_THAT(textOfOpen(), HasSubstr("it is not there"));
 }
 
 TEST_F(TerminalTest, WhatAnotherProgramHasOpenIsRefusedWithItsNameMadeHarmless) {
-  using Take = std::function<void(int)>;
+  using Take = std::function<int(int)>;
   const std::pair<const char*, Take> ways[] = {
-      {"lock", [](int descriptor) { ::flock(descriptor, LOCK_EX); }},
-      {"nothing, as serial monitors do", [](int) {}},
-      {"exclusive mode", [](int descriptor) { ::ioctl(descriptor, TIOCEXCL); }},
+      {"lock", [](int descriptor) { return ::flock(descriptor, LOCK_EX); }},
+      {"nothing, as serial monitors do", [](int) { return 0; }},
+      {"exclusive mode", [](int descriptor) { return ::ioctl(descriptor, TIOCEXCL); }},
   };
   for (const auto& [way, take] : ways) {
     EXPECT_EQ(textOfOpen(), "");
     port.close();
     const OtherProgram other([this, take = &take] {
       ::prctl(PR_SET_NAME, "a\x1B[2J\xFF z");
-      (*take)(openPlainly());
+      return (*take)(openPlainly());
     });
-    EXPECT_EQ(textOfOpen(), refusalNaming("a?[2J? z", other.process)) << way;
+    EXPECT_EQ(textOfOpen(), refusalNaming("a?[2J? z", other.has.process)) << way;
   }
   EXPECT_THAT(textOfOpen(), HasSubstr("another program"))
       << "exclusive still, and nobody seen to have it open";
@@ -212,13 +198,13 @@ TEST_F(TerminalTest, OtherProgramsAreKeptOutUntilTheClose) {
   };
   ASSERT_EQ(::chmod(terminal.path.c_str(), 0666), 0);
   port.open(PortMode::receive);
-  EXPECT_EQ(inOtherProcess(openAsUser), EBUSY);
+  EXPECT_EQ(OtherProgram(openAsUser).has.result, EBUSY);
   if (::geteuid() == 0) {
-    EXPECT_EQ(inOtherProcess(lock), EWOULDBLOCK);
+    EXPECT_EQ(OtherProgram(lock).has.result, EWOULDBLOCK);
   }
   port.close();
-  EXPECT_EQ(inOtherProcess(openAsUser), 0);
-  EXPECT_EQ(inOtherProcess(lock), 0);
+  EXPECT_EQ(OtherProgram(openAsUser).has.result, 0);
+  EXPECT_EQ(OtherProgram(lock).has.result, 0);
 }
 
 TEST_F(TerminalTest, TheOpenDescriptorWaitsForInputAndIsNobodyElses) {
@@ -233,7 +219,7 @@ TEST_F(TerminalTest, TheOpenDescriptorWaitsForInputAndIsNobodyElses) {
     const auto opened = nodes.open(terminal.path, PortMode::receive);
     return opened.index() == 0 && ::open("/dev/tty", O_RDONLY | O_CLOEXEC) < 0 ? 0 : 1;
   };
-  EXPECT_EQ(inOtherProcess(openAsLeader), 0) << "it became the controlling terminal";
+  EXPECT_EQ(OtherProgram(openAsLeader).has.result, 0) << "it became the controlling terminal";
 }
 
 TEST_F(TerminalTest, BlockingReadsGetWhatCameInBeforeTheSettingsAndLetWritesPass) {
@@ -306,7 +292,7 @@ TEST_F(TerminalTest, APathThatIsNoTerminalIsOpenedWithoutWaitingAndTaken) {
   fifo->open(PortMode::receive);  // Would wait for a writer.
   fifo->configure({});
   EXPECT_THAT(textOf([&] { port.create(path)->open(PortMode::receive); }),
-              HasSubstr("in use by " + thisProgram()));
+              HasSubstr(std::string("in use by ") + program_invocation_short_name));
   ::unlink(path.c_str());
   EXPECT_THAT(textOf([&] { fifo->readByte(); }), HasSubstr("is no longer connected"));
   fifo->close();

@@ -24,11 +24,6 @@ struct far_side {
 };
 
 gboolean on_ioctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, far_side*) {
-  int descriptor_size = 28;
-  g_autoptr(UMockdevIoctlData) argument =
-      umockdev_ioctl_data_resolve(umockdev_ioctl_client_get_arg(client), 0, sizeof descriptor_size, nullptr);
-  umockdev_ioctl_data_update(argument, 0, reinterpret_cast<guint8*>(&descriptor_size),
-                             sizeof descriptor_size);
   umockdev_ioctl_client_complete(client, 0, 0);
   return TRUE;
 }
