@@ -55,11 +55,11 @@ struct Script final : public TerminalNodes {
       return script.writeResult;
     }
     bool isConnected() override { return script.isConnected; }
-    std::unique_ptr<ReadSource> watch(ReadSource::Handler onReadable) override {
+    std::unique_ptr<ReadSource> watch(ReadSource::Handler calls) override {
       if (script.refusesWatch) {
         throw std::system_error(EMFILE, std::generic_category());
       }
-      return std::make_unique<Source>(script, std::move(onReadable));
+      return std::make_unique<Source>(script, std::move(calls));
     }
     void leaveOpen() override { script.events.emplace_back("leave open"); }
     Script& script;

@@ -13,7 +13,6 @@
 #include <array>
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <semaphore>
 #include <thread>
@@ -28,7 +27,6 @@ namespace {
 
 using foundation::AsyncStream;
 using foundation::Task;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 int orThrow(int result) {
@@ -181,9 +179,9 @@ TEST_F(TerminalTest, WhatAnotherProgramHasOpenIsRefusedWithItsNameMadeHarmless) 
   for (const auto& [way, take] : ways) {
     EXPECT_EQ(textOfOpen(), "");
     port.close();
-    const OtherProgram other([this, take = &take] {
+    const OtherProgram other([this, wayIn = &take] {
       ::prctl(PR_SET_NAME, "a\x1B[2J\xFF z");
-      return (*take)(openPlainly());
+      return (*wayIn)(openPlainly());
     });
     EXPECT_EQ(textOfOpen(), refusalNaming("a?[2J? z", other.has.process)) << way;
   }
