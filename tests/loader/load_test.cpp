@@ -18,6 +18,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class LoadTest : public loader_fixture {
  protected:
@@ -116,6 +117,7 @@ TEST_F(LoadTest, ALoadThatFailsEndsWithItsReasonAndTheNextOneStartsFresh) {
       {fails_at_once, "Error : Upload error", LOAD_STATUS_ERROR_PROGRAM,
        "7500 log > KARVEX : Error uploading program to teensy"},
       {no_board, "Error - Could not open Teensy", LOAD_STATUS_IMPORT_FILE,
+       "25000 log > KARVEX : Open device attempt => No device detected in halfkay mode|"
        "25000 log > KARVEX : Teensy reference not set yet|"
        "25500 log > KARVEX Could not open Teensy after programming mode has been set : Abort\n"},
       {not_permitted, "Error - Permission denied", LOAD_STATUS_ERROR_PERMISSION,
@@ -181,17 +183,17 @@ TEST_F(LoadTest, ANameOfAMicrocontrollerIsKnownOnlyWhole) {
     EXPECT_EQ(find_mcu(chip)->code_size, find_mcu(board)->code_size) << chip;
     EXPECT_EQ(find_mcu(chip)->block_size, find_mcu(board)->block_size) << chip;
   }
-  for (const char* name : {"TEENSY400", "TEENSY", ""}) {
+  const std::string list = "0 print Supported MCUs are:\n|0 print  - at90usb162\n|";
+  for (const char* name : {"TEENSY400", "TEENSY", "", static_cast<const char*>(nullptr)}) {
     start();
     EXPECT_THROW(select_mcu(name), std::exception);
-    ASSERT_EQ(events.size(), 26U);
-    events.resize(5);
-    EXPECT_THAT(events, ElementsAre("0 error Unknown MCU type \"", HasSubstr(name), "0 error \"\n",
-                                    "0 print Supported MCUs are:\n", "0 print  - at90usb162\n"));
+    const auto text = fmt::format("{}", fmt::join(events, "|"));
+    EXPECT_THAT(text, StartsWith(name == nullptr
+                                     ? "0 error No MCU specified.\n|" + list
+                                     : fmt::format("0 error Unknown MCU type \"|0 error {}|0 error \"\n|{}",
+                                                   name, list)));
+    EXPECT_THAT(text, EndsWith("|0 print  - TEENSY_MICROMOD\n|0 exit 1"));
   }
-  EXPECT_THROW(select_mcu(nullptr), std::exception);
-  EXPECT_EQ(events[5], "0 error No MCU specified.\n");
-  EXPECT_EQ(events.back(), "0 exit 1");
   EXPECT_EQ(load_status_text(LOAD_STATUS_ERROR_PERMISSION + 1), nullptr);
 }
 
@@ -258,17 +260,17 @@ TEST_F(HalfkayTest, AnOpenFirstClosesWhatIsOpenAndAReportIsOfferedUntilTheDeadli
 }
 
 TEST(FirmwareImageTest, RangesEndAtTheEndOfThePicture) {
-  const auto write = [](std::uint32_t address, std::uint8_t byte) {
-    note_written(address, 1);
-    image_bytes[address] = byte;
-    image_mask[address] = 1;
-  };
-  write(0x000, 0x00);
-  write(0xFFFFFD, 0x00);
-  clear_image();
-  write(0x0FF, 0xFF);
-  write(0x1FF, 0x00);
-  write(0xFFFFFE, 0x12);
+  using bytes_at = std::vector<std::pair<std::uint32_t, std::uint8_t>>;
+  // Of two files, of which the first leaves nothing.
+  for (const auto& file :
+       {bytes_at{{0, 0x00}, {0xFFFFFD, 0x00}}, {{0xFF, 0xFF}, {0x1FF, 0x00}, {0xFFFFFE, 0x12}}}) {
+    clear_image();
+    for (const auto& [address, byte] : file) {
+      note_written(address, 1);
+      image_bytes[address] = byte;
+      image_mask[address] = 1;
+    }
+  }
   // Address, length, whether there are data and whether all is blank.
   const std::tuple<std::uint32_t, std::uint32_t, bool, bool> cases[] = {
       {0x000, 0x0FF, false, true},          {0x000, 0x100, true, true},

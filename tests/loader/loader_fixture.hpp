@@ -53,14 +53,14 @@ class loader_fixture : public testing::Test {
         .now = [](void* self) { return in(self).runtime.clock().now().time_since_epoch(); },
         .sleep_for = [](void* self,
                         std::chrono::milliseconds span) { in(self).runtime.clock().sleepFor(span); },
-        .log = [](void* self, const char* text) { in(self).note("log {}", text); },
-        .print = [](void* self, const char* text) { in(self).note("print {}", text); },
-        .print_error = [](void* self, const char* text) { in(self).note("error {}", text); },
+        .log = [](void* self, const char* text) { in(self).note(std::string("log ") + text); },
+        .print = [](void* self, const char* text) { in(self).note(std::string("print ") + text); },
+        .print_error = [](void* self, const char* text) { in(self).note(std::string("error ") + text); },
         .run_on_global_queue = run_on_global_queue,
         .run_on_main_queue = [](void* self, void (*job)()) { in(self).runtime.mainQueue().post(job); },
         .end_process =
             [](void* self, int status) {
-              in(self).note("exit {}", status);
+              in(self).note(fmt::format("exit {}", status));
               throw std::exception();
             },
     });
@@ -95,21 +95,17 @@ class loader_fixture : public testing::Test {
 
  private:
   static loader_fixture& in(void* context) { return *static_cast<loader_fixture*>(context); }
-  template <typename... Args>
-  void note(fmt::format_string<Args...> format, Args&&... args) {
-    events.push_back(fmt::format("{} ", elapsed().count()) +
-                     fmt::format(format, std::forward<Args>(args)...));
-  }
+  void note(const std::string& text) { events.push_back(fmt::format("{} {}", elapsed().count(), text)); }
   static void run_on_global_queue(void* self, void (*job)()) {
     in(self).answers.is_eager ? job() : in(self).runtime.globalQueue().post(job);
   }
   static hid_search find_first(void* self, std::uint16_t vendor, std::uint16_t product, hid_device** device) {
-    in(self).note("search {:04X}:{:04X}", vendor, product);
+    in(self).note(fmt::format("search {:04X}:{:04X}", vendor, product));
     *device = in(self).answers.creates_device ? reinterpret_cast<hid_device*>(self) : nullptr;
     return in(self).elapsed() < in(self).answers.comes_at ? hid_search::none : in(self).answers.search;
   }
   static hid_access open(void* self, hid_device*) {
-    in(self).note("open{}", in(self).answers.access == hid_access::opened ? "" : " failed");
+    in(self).note(in(self).answers.access == hid_access::opened ? "open" : "open failed");
     return in(self).answers.access;
   }
   static hid_delivery set_output_report(void* self, hid_device*, const std::uint8_t* bytes,
@@ -121,7 +117,7 @@ class loader_fixture : public testing::Test {
       return fixture.answers.refusal;
     }
     fixture.reports.push_back(in_short(bytes, bytes + length));
-    fixture.note("report {}", fixture.reports.back());
+    fixture.note("report " + fixture.reports.back());
     return hid_delivery::sent;
   }
 
