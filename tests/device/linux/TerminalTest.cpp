@@ -137,7 +137,8 @@ class TerminalTest : public testing::Test {
            std::to_string(process) + ")";
   }
 
-  /// Takes the lines that come in, on the global queue.
+  /// Takes the lines that come in, on the global queue. They have a name because GCC 12 mistreats what
+  /// co_await returns without one.
   Task<> collect(AsyncStream<std::string> stream) {
     while (const auto line = co_await stream.next()) {
       lineCame.release();
