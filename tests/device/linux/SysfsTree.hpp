@@ -1,10 +1,14 @@
 #pragma once
 
-#include <string>
-#include <utility>
-#include <vector>
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+#include <umockdev.h>
 
-typedef struct _UMockdevTestbed UMockdevTestbed;
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace karvex::device {
 
@@ -12,36 +16,43 @@ namespace karvex::device {
 /// lives. The process has to run under umockdev's preload library.
 class SysfsTree {
  public:
-  using Entries = std::vector<std::pair<std::string, std::string>>;
-
-  SysfsTree();
-  ~SysfsTree();
+  SysfsTree() { std::filesystem::create_directory(root / "dev"); }
+  ~SysfsTree() { g_object_unref(testbed); }
   SysfsTree(const SysfsTree&) = delete;
   SysfsTree& operator=(const SysfsTree&) = delete;
 
-  /// Each of these gives the new device's path in sysfs. `attributes` are written as the kernel writes them,
-  /// with a line end.
-  std::string addUsbDevice(const std::string& name, const Entries& attributes);
-  std::string addInterface(const std::string& usbDevice, const std::string& name);
-  /// `parent` may be empty: a terminal of the machine's own, like ttyS0.
-  std::string addTty(const std::string& name, const std::string& parent);
+  /// Each of these returns the new device's path below /sys. `attributes` are idVendor, idProduct, bcdDevice,
+  /// serial and product, or the first of them.
+  std::string addUsbDevice(const std::string& name, const std::vector<std::string>& attributes) {
+    std::string text = "DEVTYPE=usb_device";
+    const char* attribute = "idVendor\0idProduct\0bcdDevice\0serial\0product";
+    for (const auto& value : attributes) {
+      const std::vector<std::uint8_t> bytes(value.begin(), value.end());
+      text += fmt::format("\nH: {}={:02X}0A", attribute,
+                          fmt::join(bytes, ""));  // with a line end, as the kernel writes
+      attribute += std::strlen(attribute) + 1;
+    }
+    return add("/devices/" + name, "usb", text);
+  }
+  std::string addInterface(const std::string& usbDevice, const std::string& name) {
+    return add(usbDevice + "/" + name, "usb", "DEVTYPE=usb_interface\nA: bInterfaceNumber=00");
+  }
+  std::string add(const std::string& path, std::string_view subsystem, std::string_view properties) {
+    const auto text = fmt::format("P: {}\nE: SUBSYSTEM={}\nE: {}\n", path, subsystem, properties);
+    g_autoptr(GError) error = nullptr;
+    if (umockdev_testbed_add_from_string(testbed, text.c_str(), &error) == FALSE) {
+      throw std::runtime_error(text + error->message);
+    }
+    return path;
+  }
+  void remove(const std::string& path) { umockdev_testbed_remove_device(testbed, ("/sys" + path).c_str()); }
 
-  void remove(const std::string& path);
-  /// The directory on disk that is seen as /sys.
-  std::string sysDirectory() const;
-
- private:
-  struct Device {
-    std::string subsystem;
-    std::string name;
-    std::string parent;
-    Entries attributes;
-    Entries properties;
-  };
-
-  std::string add(Device device);
-
-  UMockdevTestbed* testbed_;
+  UMockdevTestbed* const testbed = umockdev_testbed_new();
+  /// The directory on disk with what is seen as /sys and /dev.
+  const std::filesystem::path root = [this] {
+    g_autofree gchar* directory = umockdev_testbed_get_root_dir(testbed);
+    return std::filesystem::path(directory);
+  }();
 };
 
 }  // namespace karvex::device

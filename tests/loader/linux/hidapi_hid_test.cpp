@@ -1,190 +1,154 @@
 #include "loader/platform/linux/hidapi_hid.hpp"
 
-#include <gmock/gmock.h>
+#include <linux/hidraw.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <functional>
-#include <numeric>
-#include <optional>
+#include <list>
 
-#include "loader/halfkay.hpp"
 #include "loader/halfkay_report.hpp"
-#include "loader/platform/host.hpp"
-#include "tests/loader/linux/hidraw_tree.hpp"
+#include "tests/device/linux/SysfsTree.hpp"
+#include "tests/loader/loader_fixture.hpp"
 
 namespace karvex::loader {
 namespace {
 
-using std::chrono::milliseconds;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
+using testing::ElementsAre;
+namespace fs = std::filesystem;
 
-/// Time stands still but for sleeps.
-struct virtual_host {
-  std::chrono::nanoseconds now{};
-  std::function<void()> after_sleep = [] {};
-  std::vector<std::string> log;
-
-  void install() {
-    host_calls calls;
-    calls.context = this;
-    calls.now = [](void* self) { return static_cast<virtual_host*>(self)->now; };
-    calls.sleep_for = [](void* self, milliseconds span) {
-      static_cast<virtual_host*>(self)->now += span;
-      static_cast<virtual_host*>(self)->after_sleep();
-    };
-    calls.log = [](void* self, const char* text) {
-      static_cast<virtual_host*>(self)->log.emplace_back(text);
-    };
-    install_host(calls);
-  }
+/// What was written to a node, and the error number that the next writes are answered with.
+struct far_side {
+  std::vector<std::vector<std::uint8_t>> messages;
+  int error = 0;
 };
 
-class HidapiHid : public ::testing::Test {
- protected:
-  HidapiHid() { host.install(); }
-  ~HidapiHid() override { install_host({}); }
+gboolean on_ioctl(UMockdevIoctlBase*, UMockdevIoctlClient* client, far_side*) {
+  umockdev_ioctl_client_complete(client, 0, 0);
+  return TRUE;
+}
 
+gboolean on_write(UMockdevIoctlBase*, UMockdevIoctlClient* client, far_side* side) {
+  const UMockdevIoctlData* bytes = umockdev_ioctl_client_get_arg(client);
+  if (side->error == 0) {
+    side->messages.emplace_back(bytes->data, bytes->data + bytes->data_len);
+  }
+  umockdev_ioctl_client_complete(client, side->error == 0 ? bytes->data_len : -1, side->error);
+  return TRUE;
+}
+
+/// Boards on a made-up bus.
+class HidapiHid : public loader_fixture {
+ protected:
+  ~HidapiHid() override { be(0); }
+
+  fs::path node(std::size_t number) const { return tree.root / fmt::format("dev/hidraw{}", number); }
+  far_side& add(int vendor, int product) {
+    const auto number = sides.size();
+    const auto ids =
+        fmt::format("HID_ID=0003:{:08X}:{:08X}\nE: HID_NAME=board\nE: HID_UNIQ=", vendor, product);
+    const auto device = tree.addUsbDevice(fmt::format("1-{}", number), {});
+    const auto parent = tree.add(
+        fmt::format("{}/{}", tree.addInterface(device, fmt::format("1-{}:1.0", number)), number), "hid", ids);
+    tree.add(fmt::format("{}/hidraw{}", parent, number), "hidraw",
+             fmt::format("DEVNAME=hidraw{}\nL: device=..", number));
+    std::ofstream(node(number)).flush();
+    auto& side = sides.emplace_back();
+    auto* handler = umockdev_ioctl_base_new();
+    g_signal_connect(handler, "handle-ioctl", G_CALLBACK(on_ioctl), &side);
+    g_signal_connect(handler, "handle-write", G_CALLBACK(on_write), &side);
+    umockdev_testbed_attach_ioctl(tree.testbed, fmt::format("/dev/hidraw{}", number).c_str(), handler,
+                                  nullptr);
+    g_object_unref(handler);
+    return side;
+  }
   hid_device* find(hid_search expected = hid_search::found) {
-    hid_device* device = nullptr;
+    auto* device = reinterpret_cast<hid_device*>(this);
     EXPECT_EQ(hid.find_first(hid.context, PJRC_VENDOR_ID, halfkay_product_id, &device), expected);
     return device;
   }
-
-  hid_device* find_and_open() {
-    hid_device* device = find();
-    EXPECT_EQ(hid.open(hid.context, device), hid_access::opened);
-    return device;
-  }
-
   hid_delivery send(hid_device* device, const std::vector<std::uint8_t>& report) {
     return hid.set_output_report(hid.context, device, report.data(), report.size());
   }
+  /// Permission bits don't bind root.
+  static bool be(uid_t user) { return ::getuid() != 0 || ::seteuid(user) == 0; }
 
-  virtual_host host;
-  hidraw_tree tree;
+  device::SysfsTree tree;
+  std::list<far_side> sides;
   const hid_calls hid = hidapi_hid_calls();
 };
 
-TEST_F(HidapiHid, FindsNothingAmongOtherDevices) {
-  hid_device* const stale = reinterpret_cast<hid_device*>(this);
-  hid_device* device = stale;
-  EXPECT_EQ(hid.find_first(hid.context, PJRC_VENDOR_ID, halfkay_product_id, &device), hid_search::none);
-  EXPECT_EQ(device, nullptr);
-
-  tree.add(0, PJRC_VENDOR_ID, 0x0486);
-  tree.add(1, 0x046D, halfkay_product_id);
-  device = stale;
-  EXPECT_EQ(hid.find_first(hid.context, PJRC_VENDOR_ID, halfkay_product_id, &device), hid_search::none);
-  EXPECT_EQ(device, nullptr);
-}
-
 TEST_F(HidapiHid, TheFirstBoardListedGetsTheReportWithItsIdInFront) {
-  const auto& other = tree.add(0, 0x046D, 0xC077);
-  const auto& board = tree.add(1, PJRC_VENDOR_ID, halfkay_product_id);
-  const auto& second_board = tree.add(2, PJRC_VENDOR_ID, halfkay_product_id);
-  hid_device* device = find_and_open();
-
+  EXPECT_EQ(find(hid_search::none), nullptr);
+  add(PJRC_VENDOR_ID, 0x0486);
+  add(0x046D, halfkay_product_id);
+  EXPECT_EQ(find(hid_search::none), nullptr);
+  auto& board = add(PJRC_VENDOR_ID, halfkay_product_id);
+  add(PJRC_VENDOR_ID, halfkay_product_id);
+  hid_device* device = find();
+  EXPECT_EQ(hid.open(hid.context, device), hid_access::opened);
   std::vector<std::vector<std::uint8_t>> expected;
-  for (const std::size_t length : {std::size_t{130}, longest_report, std::size_t{130}}) {
+  for (const std::size_t length : {std::size_t{130}, longest_report}) {
     std::vector<std::uint8_t> report(length);
     std::iota(report.begin(), report.end(), std::uint8_t{0xFB});
     EXPECT_EQ(send(device, report), hid_delivery::sent);
     report.insert(report.begin(), 0);
     expected.push_back(report);
   }
-  EXPECT_EQ(board.messages(), expected);
-  EXPECT_THAT(other.messages(), IsEmpty());
-  EXPECT_THAT(second_board.messages(), IsEmpty());
-
-  EXPECT_EQ(tree.open_descriptors(1), 1);
-  hid.close(hid.context, device);
-  EXPECT_EQ(tree.open_descriptors(1), 0);
-}
-
-TEST_F(HidapiHid, TellsARefusedReportFromABoardThatLeft) {
-  auto& board = tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
-  hid_device* device = find_and_open();
-  const std::vector<std::uint8_t> report(longest_report);
-
-  for (const int error : {EPIPE, EPROTO, ETIMEDOUT, EIO, EINTR}) {
-    board.fail_with(error);
-    EXPECT_EQ(send(device, report), hid_delivery::refused) << error;
-  }
-  board.fail_with(0);
-  EXPECT_EQ(send(device, report), hid_delivery::sent);
-
-  board.fail_with(ENODEV);
-  EXPECT_EQ(send(device, report), hid_delivery::gone);
-  board.fail_with(EPROTO);
-  tree.remove_node(0);
-  EXPECT_EQ(send(device, report), hid_delivery::gone);
-  hid.close(hid.context, device);
-}
-
-TEST_F(HidapiHid, AReportLongerThanTheLongestDoesNotGoOut) {
-  const auto& board = tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
-  hid_device* device = find_and_open();
   EXPECT_EQ(send(device, std::vector<std::uint8_t>(longest_report + 1)), hid_delivery::refused);
-  EXPECT_THAT(board.messages(), IsEmpty());
+  EXPECT_EQ(board.messages, expected);
+  const std::vector<std::uint8_t> report(130);
+  for (const int error : {EPIPE, EPROTO, ETIMEDOUT, EIO, EINTR, ENODEV}) {
+    board.error = error;
+    EXPECT_EQ(send(device, report), error == ENODEV ? hid_delivery::gone : hid_delivery::refused) << error;
+  }
+  board.error = EPROTO;
+  fs::remove(node(2));
+  EXPECT_EQ(send(device, report), hid_delivery::gone);
+  const auto descriptors = [] { return std::distance(fs::directory_iterator("/proc/self/fd"), {}); };
+  const auto before = descriptors();
   hid.close(hid.context, device);
+  EXPECT_LT(descriptors(), before);
 }
 
-TEST_F(HidapiHid, ABoardThatLeftBeforeTheOpenFailsAtOnceAndTheLogTellsWhy) {
-  tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
+TEST_F(HidapiHid, ARefusalIsBelievedWhenItLastsASecond) {
+  add(PJRC_VENDOR_ID, halfkay_product_id);
   hid_device* device = find();
-  tree.remove_node(0);
+  fs::remove(node(0));
   EXPECT_EQ(hid.open(hid.context, device), hid_access::failed);
-  EXPECT_EQ(host.now, milliseconds(0));
-  EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : No such file or directory"));
-}
+  EXPECT_THAT(events, ElementsAre("0 log >>> KARVEX : /dev/hidraw0 : No such file or directory"));
 
-/// The node is there, but the system keeps it from this user.
-class HidapiHidWithoutPermission : public HidapiHid {
- protected:
-  void SetUp() override {
-    tree.add(0, PJRC_VENDOR_ID, halfkay_product_id);
-    tree.set_node_mode(0, 0000);
-    user.emplace();
-    if (!user->effective()) {
+  std::ofstream(node(0)).flush();
+  fs::permissions(tree.root, fs::perms(0755));
+  fs::permissions(tree.root / "ioctl/dev/hidraw0", fs::perms(0777));
+  // What happens after 250 ms, what the opening ends in, when, and what is logged then.
+  const std::tuple<std::function<void()>, hid_access, std::chrono::milliseconds, const char*> cases[] = {
+      {[] {}, hid_access::not_permitted, 1000ms, "Permission denied"},
+      {[this] { fs::permissions(node(0), fs::perms(0666)); }, hid_access::opened, 250ms, nullptr},
+      {[this] { fs::remove(node(0)); }, hid_access::failed, 250ms, "No such file or directory"},
+  };
+  for (const auto& [happening, access, time, reason] : cases) {
+    start();
+    fs::permissions(node(0), fs::perms::none);
+    device = find();
+    if (!be(65534)) {
       GTEST_SKIP() << "permissions don't bind root, and the system doesn't let it become another user";
     }
+    runtime.globalQueue().postAt(runtime.clock().now() + 250ms, [call = &happening] {
+      be(0);
+      (*call)();
+      be(65534);
+    });
+    EXPECT_EQ(hid.open(hid.context, device), access);
+    be(0);
+    EXPECT_EQ(elapsed(), time);
+    EXPECT_EQ(
+        fmt::format("{}", fmt::join(events, "|")),
+        reason == nullptr ? "" : fmt::format("{} log >>> KARVEX : /dev/hidraw0 : {}", time.count(), reason));
+    if (access == hid_access::opened) {
+      hid.close(hid.context, device);
+    }
   }
-
-  /// What happens from outside while the loader sleeps, once the given time is over.
-  void at(milliseconds moment, const std::function<void()>& event) {
-    host.after_sleep = [this, moment, event, happened = false]() mutable {
-      if (host.now >= moment && !happened) {
-        happened = true;
-        user.reset();
-        event();
-        user.emplace();
-      }
-    };
-  }
-
-  std::optional<ordinary_user> user;
-};
-
-TEST_F(HidapiHidWithoutPermission, ARefusalIsBelievedWhenItLastsASecond) {
-  EXPECT_EQ(hid.open(hid.context, find()), hid_access::not_permitted);
-  EXPECT_GE(host.now, milliseconds(1000));
-  EXPECT_LE(host.now, milliseconds(1050));
-  EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : Permission denied"));
-}
-
-TEST_F(HidapiHidWithoutPermission, ANodeHandedOverInTimeIsOpened) {
-  at(milliseconds(240), [this] { tree.set_node_mode(0, 0666); });
-  hid_device* device = find_and_open();
-  EXPECT_LE(host.now, milliseconds(300));
-  EXPECT_THAT(host.log, IsEmpty());
-  hid.close(hid.context, device);
-}
-
-TEST_F(HidapiHidWithoutPermission, ABoardThatLeavesMeanwhileIsNoRefusal) {
-  at(milliseconds(240), [this] { tree.remove_node(0); });
-  EXPECT_EQ(hid.open(hid.context, find()), hid_access::failed);
-  EXPECT_LE(host.now, milliseconds(300));
 }
 
 }  // namespace
