@@ -54,17 +54,22 @@ BootableDeviceManager::BootableDeviceManager(const Platform& platform)
       service_(platform.urlSession, platform.serviceAddress) {}
 
 Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
+  using enum ListRequest::State;
+  listRequest.set({underWay});
   co_await foundation::resumeOn(runtime_.globalQueue());
   if (!service_.canAskForDescriptors()) {
     co_await foundation::resumeOn(runtime_.mainQueue());
     isServerLoaded = false;
+    listRequest.set({unreachable, "its address is no URL"});
     co_return false;
   }
   std::string answer;
+  std::string failure;
   try {
     answer = co_await service_.requestDescriptors();
   } catch (const foundation::UrlError& error) {
-    printLine(error.what());
+    failure = error.what();
+    printLine(failure);
   }
   auto decoded = service::decodeDescriptors(answer);
   for (const auto& message : decoded.messages) {
@@ -76,6 +81,7 @@ Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
     deviceDescriptors = std::move(*decoded.descriptors);
   }
   isServerLoaded = true;
+  listRequest.set({!failure.empty() ? unreachable : (decoded.descriptors ? answered : unreadable), failure});
   co_return true;
 }
 

@@ -11,6 +11,7 @@
 #include "records/BootableDevice.hpp"
 #include "records/ServerDeviceDescriptor.hpp"
 #include "service/FirmwareService.hpp"
+#include "upgrade/ListRequest.hpp"
 #include "upgrade/Platform.hpp"
 
 namespace karvex::upgrade {
@@ -28,6 +29,8 @@ class BootableDeviceManager {
   foundation::Published<std::vector<records::BootableDevice>> managedDevices;
   /// Result of the last scan: a ScanResult.
   foundation::Published<std::int64_t> errorCode{0};
+  /// Of a front that has no rows to show, the reason.
+  foundation::Published<ListRequest> listRequest;
   /// The service's last good answer.
   std::vector<records::ServerDeviceDescriptor> deviceDescriptors;
   /// True once the service was asked, whatever came of it.

@@ -205,6 +205,7 @@ void DeviceListView::confirm(Alert alert) {
 /// The board that an earlier attempt left in its bootloader goes back to its firmware; a second one shows at
 /// the next scan.
 void DeviceListView::resetFirstHalfkayBoard() {
+  serialNumberInWork_.clear();  // If this one may not be opened either, no run stops at it.
   selectedDeviceId.set(std::nullopt);
   loadingViewModel.resetUploadControls();
   invert(halfkayModeDetected);

@@ -37,7 +37,7 @@ TEST(RowOfTest, EachStatusHasItsWordsAndItsTone) {
     const auto row = rowOf(device);
     EXPECT_EQ(row.statusTone, expected.tone);
     EXPECT_EQ(row.statusText, expected.text);
-    EXPECT_EQ(row.showsProgress, device.status == 5);
+    EXPECT_EQ(row.isProgramming, device.status == 5);
     ++device.status;
   }
   EXPECT_EQ(rowOf(device).statusText, "") << "a number that is no status";

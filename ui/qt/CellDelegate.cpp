@@ -35,13 +35,14 @@ void paintMark(QPainter& painter, const QRectF& square, Tone tone, const QColor&
   }
 }
 
-void paintBar(QPainter& painter, const QRectF& groove, double share, const QColor& ground,
+/// `piece` are the ends of what is filled, from 0 to 1.
+void paintBar(QPainter& painter, const QRectF& groove, const QPointF& piece, const QColor& ground,
               const QPalette& palette) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(mix(ground, palette.color(QPalette::Text), 0.22));
   painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
-  auto filled = groove;
-  filled.setWidth(groove.width() * share);
+  const QRectF filled(groove.left() + groove.width() * piece.x(), groove.top(),
+                      groove.width() * (piece.y() - piece.x()), groove.height());
   painter.setClipRect(filled);
   painter.setBrush(palette.color(QPalette::Active, QPalette::Highlight));
   painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
@@ -97,7 +98,7 @@ void StatusDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option
   auto cell = option;
   initStyleOption(&cell, index);
   const auto ground = groundOf(option);
-  const auto progress = index.data(DeviceTableModel::progressRole);
+  const auto bar = index.data(DeviceTableModel::barRole);
   const QRectF area = cell.rect;
   const QRectF mark(area.left(), area.center().y() - markSize / 2.0, markSize, markSize);
   const QRectF text(area.left() + statusTextLeft, area.top(), statusTextWidth, area.height());
@@ -106,10 +107,10 @@ void StatusDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option
   painter->setRenderHint(QPainter::Antialiasing);
   painter->fillRect(area, ground);
   paintMark(*painter, mark, static_cast<Tone>(index.data(DeviceTableModel::markRole).toInt()), ground);
-  if (progress.isValid()) {
+  if (bar.isValid()) {
     const QRectF groove(text.center().x() - barWidth / 2, text.bottom() - barBottom - barHeight, barWidth,
                         barHeight);
-    paintBar(*painter, groove, progress.toDouble(), ground, option.palette);
+    paintBar(*painter, groove, bar.toPointF(), ground, option.palette);
   }
   painter->setFont(cell.font);
   painter->setPen(textColourOf(option, index));

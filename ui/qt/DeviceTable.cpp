@@ -106,7 +106,7 @@ void DeviceTable::setRowHeight() {
 
 void DeviceTable::draw(const Snapshot& snapshot) {
   const auto wasSelected = selection_->currentIndex();
-  model_->setRows(snapshot.rows);
+  model_->draw(snapshot);
   shareWidth();
   const auto selected = model_->indexOf(snapshot.selected);
   selection_->showSelected(selected);
@@ -119,8 +119,8 @@ void DeviceTable::drawProgress(const upgrade::LoadProgress& progress) {
   model_->setProgress(progress);
 }
 
-bool DeviceTable::showsProgress() const {
-  return model_->showsProgress();
+bool DeviceTable::hasBar() const {
+  return model_->hasBar();
 }
 
 /// Home and End go to the ends of the list, not of the row.

@@ -22,8 +22,8 @@ class DeviceTable final : public QTableView {
 
   void draw(const Snapshot& snapshot);
   void drawProgress(const upgrade::LoadProgress& progress);
-  /// A device is being programmed, so its progress is worth drawing.
-  bool showsProgress() const;
+  /// A row has the bar of a load, which is to be drawn anew as it moves.
+  bool hasBar() const;
 
  protected:
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;

@@ -58,7 +58,7 @@ void MainWindow::draw(const Snapshot& snapshot) {
 }
 
 void MainWindow::drawProgress() {
-  if (!table_->showsProgress()) {
+  if (!table_->hasBar()) {
     progressTimer_.stop();
     return;
   }

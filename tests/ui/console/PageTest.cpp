@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/ui/qt/SampleSnapshots.hpp"
+#include "ui/LineText.hpp"
 #include "ui/console/Changes.hpp"
 #include "ui/console/Screen.hpp"
 #include "upgrade/LoadProgress.hpp"
@@ -45,7 +46,7 @@ DeviceRow rowWith(const std::string& serialNumber, std::uint32_t status = 0) {
   row.targetVersion = "2.0";
   row.status = status;
   row.statusText = upgrade::statusText(status);
-  row.showsProgress = upgrade::isProgramming(status);
+  row.isProgramming = upgrade::isProgramming(status);
   return row;
 }
 
@@ -142,7 +143,7 @@ TEST(PageTest, NoLineIsEverWiderThanTheTerminal) {
       EXPECT_FALSE(lines.empty());
       for (const auto& line : lines) {
         EXPECT_LE(columnsOf(line), columns) << line;
-        EXPECT_EQ(line, printable(line)) << "cut inside a character, or a control character in it";
+        EXPECT_EQ(line, lineOf(line)) << "cut inside a character, or a control character in it";
       }
     }
   }

@@ -30,7 +30,7 @@ void setStatus(DeviceRow& row, std::uint32_t status) {
   row.status = status;
   row.statusText = statusTexts.at(status);
   row.statusTone = statusTones.at(status);
-  row.showsProgress = status == 5;
+  row.isProgramming = status == 5;
 }
 
 }  // namespace
