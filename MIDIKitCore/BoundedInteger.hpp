@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include "MIDIKitCore/DecodingError.hpp"
 #include "MIDIKitInternals/Result.hpp"
@@ -56,6 +57,8 @@ class BoundedInteger {
 
  public:
   using storage_type = Storage;
+  /// Of `std::views::iota`.
+  using difference_type = std::int32_t;
 
   /// Width of the field on the wire, in bits.
   static constexpr int bitWidth = Bits;
@@ -183,6 +186,12 @@ class BoundedInteger {
     return Self(shifted(a.storage_, -steps(count)));
   }
 
+  /// One step on or back, with the checks of `+` and `-`.
+  constexpr Self& operator++() { return *this += unchecked(1); }
+  constexpr Self& operator--() { return *this -= unchecked(1); }
+  constexpr Self operator++(int) { return std::exchange(static_cast<Self&>(*this), self() + unchecked(1)); }
+  constexpr Self operator--(int) { return std::exchange(static_cast<Self&>(*this), self() - unchecked(1)); }
+
   constexpr Self& operator+=(Self other) { return assign(self() + other); }
   constexpr Self& operator-=(Self other) { return assign(self() - other); }
   constexpr Self& operator*=(Self other) { return assign(self() * other); }
@@ -292,6 +301,18 @@ class BoundedInteger {
 };
 
 }  // namespace midikit::core
+
+/// Those of an unsigned integer of as many bits, but that it doesn't wrap around.
+template <midikit::core::MIDIUnsignedInteger T>
+struct std::numeric_limits<T> : std::numeric_limits<typename T::storage_type> {
+  static constexpr bool is_modulo = false;
+  static constexpr bool traps = true;
+  static constexpr int digits = T::bitWidth;
+  static constexpr int digits10 = digits * 30103 / 100000;  // the decimal logarithm of 2
+  static constexpr T min() noexcept { return T::minimum(); }
+  static constexpr T lowest() noexcept { return T::minimum(); }
+  static constexpr T max() noexcept { return T::maximum(); }
+};
 
 /// Hashes the numeric value.
 template <midikit::core::MIDIUnsignedInteger T>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <concepts>
+#include <type_traits>
 #include <utility>
 
 #include "MIDIKitCore/ParseError.hpp"
@@ -35,5 +36,21 @@ template <class... Handlers>
 struct Overloaded : Handlers... {
   using Handlers::operator()...;
 };
+
+/// One visitor is called where it is.
+template <class Visitor>
+constexpr Visitor&& visitorOf(Visitor&& visitor) {
+  return std::forward<Visitor>(visitor);
+}
+
+/// Several handlers become one visitor, into which they are moved.
+template <class... Handlers>
+  requires(sizeof...(Handlers) > 1)
+constexpr auto visitorOf(Handlers&&... handlers) {
+  static_assert(
+      ((!std::is_lvalue_reference_v<Handlers> || std::is_empty_v<std::decay_t<Handlers>>) && ...),
+      "a handler with a state of its own would be copied: make it on the spot, or pass one visitor for all");
+  return Overloaded<std::decay_t<Handlers>...>{std::forward<Handlers>(handlers)...};
+}
 
 }  // namespace midikit::core::detail

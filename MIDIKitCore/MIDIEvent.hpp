@@ -213,18 +213,17 @@ class MIDIEvent {
     return is<Record>() ? &storage_.template get<Record>() : nullptr;
   }
 
-  /// Calls one of `handlers` with the payload and gives its result. A record that no handler takes is an
-  /// error of compilation, and so are two types of result.
+  /// Calls one of `handlers` with the payload and returns its result, as `std::visit` does: a single handler
+  /// keeps what the call does to it. A record that no handler takes is an error of compilation, and so are
+  /// two types of result, and a handler with a state of its own by name beside others.
   template <class... Handlers>
   constexpr auto visit(Handlers&&... handlers) const {
-    return dispatch(*this,
-                    detail::Overloaded<std::decay_t<Handlers>...>{std::forward<Handlers>(handlers)...});
+    return dispatch(*this, detail::visitorOf(std::forward<Handlers>(handlers)...));
   }
   /// The same with a payload that can be changed.
   template <class... Handlers>
   constexpr auto visit(Handlers&&... handlers) {
-    return dispatch(*this,
-                    detail::Overloaded<std::decay_t<Handlers>...>{std::forward<Handlers>(handlers)...});
+    return dispatch(*this, detail::visitorOf(std::forward<Handlers>(handlers)...));
   }
 
   /// Every event has a group: 0 for what came from a MIDI 1.0 byte stream, unless the caller of the parser

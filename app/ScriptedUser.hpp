@@ -14,7 +14,7 @@
 
 namespace karvex::app {
 
-/// Upgrades without a hand: when the list has come, selects a row and clicks on the Upload button, answers
+/// Upgrades unattended: when the list has come, selects a row and clicks on the Upload button, answers
 /// alerts if it is to, and tells when the run is over and everything that it started has ended. Main thread.
 class ScriptedUser {
  public:

@@ -1,4 +1,4 @@
-// The desktop application. It has no options: an argument is a URL that the desktop hands over. A second
+// The desktop application. An argument is a URL that the desktop hands over. A second
 // start brings the window of the first to the front, hands its URL over and ends.
 
 #include <QApplication>
@@ -7,10 +7,14 @@
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 
 #include "app/KarvexCore.hpp"
 #include "app/SingleInstance.hpp"
 #include "app/StandardStreams.hpp"
+#include "app/Toolkit.hpp"
 #include "app/WindowProgram.hpp"
 #include "foundation/Log.hpp"
 #include "ui/qt/SymbolIcon.hpp"
@@ -24,6 +28,29 @@ constexpr const char* activationToken = "XDG_ACTIVATION_TOKEN";
 
 /// The name of the desktop entry in packaging/.
 constexpr const char* desktopEntry = "org.karvex.Karvex";
+
+constexpr std::string_view help =
+    "Updates the firmware of the musical equipment at this machine, in a window.\n"
+    "\n"
+    "Usage: karvex [URL]\n"
+    "\n"
+    "A URL is one that the desktop hands over, as karvex://; it is printed. While a window is open already, "
+    "a\n"
+    "second start brings it to the front and ends.\n"
+    "\n"
+    "Options:\n"
+    "  -h,--help                   Print this help message and exit\n"
+    "  --version                   Display program version information and exit\n"
+    "\n"
+    "Exit status: 0 closed by its user, 1 a failure.\n";
+
+/// What is asked for without a window, or nothing.
+std::optional<std::string> answerTo(std::string_view argument) {
+  if (argument == "-h" || argument == "--help") {
+    return std::string(help);
+  }
+  return argument == "--version" ? std::optional<std::string>(KARVEX_VERSION "\n") : std::nullopt;
+}
 
 void openUrl(const QByteArray& url) {
   if (!url.isEmpty()) {
@@ -48,11 +75,15 @@ int tellThatItDoesNotAnswer() {
 }
 
 int run(int argumentCount, char** arguments) {
+  if (const auto answer = argumentCount > 1 ? answerTo(arguments[1]) : std::nullopt) {
+    std::cout << *answer;
+    return 0;
+  }
   foundation::log::setSystemSink(foundation::log::SystemSink::systemLog);
   const app::Handover handover{.url = argumentCount > 1 ? QByteArray(arguments[1]) : QByteArray(),
                                .activationToken = qgetenv(activationToken)};
   int ownCount = 1;  // The toolkit would take options of its own out of the arguments.
-  const QApplication application(ownCount, arguments);
+  const auto toolkit = app::startToolkit(ownCount, arguments);
   QApplication::setApplicationName(QStringLiteral("karvex"));
   QApplication::setApplicationDisplayName(QStringLiteral("Karvex"));
   QApplication::setDesktopFileName(QLatin1String(desktopEntry));

@@ -57,7 +57,7 @@ void addOptions(CLI::App& command, Choices& choices) {
   auto& upgrade = *command
                        .add_option("--upgrade", choices.upgradeFrom,
                                    "upgrade from this row on to the end of the list (all: from the first), "
-                                   "without a hand and without a terminal; a line for each change")
+                                   "unattended and without a terminal; a line for each change")
                        ->type_name("ROW|all")
                        ->check(isRow);
   command.add_flag("--yes", choices.answersAlerts, "answer every alert with OK")->needs(&upgrade);
@@ -68,11 +68,12 @@ void addOptions(CLI::App& command, Choices& choices) {
           "for its list")
       ->excludes(&upgrade);
   command.footer(
-      "Exit status: 0 ended by its user, all devices of the upgrade were upgraded, or the diagnosis is "
-      "printed, whatever it says; 1 unknown MCU, or a "
-      "failure of the program; 2 wrong use, or not on a terminal; 3 not all devices were upgraded, an alert "
-      "comes "
-      "back whatever is answered, or the lines could not be written.");
+      "Exit status:\n"
+      "  0 ended by its user, all devices of the upgrade were upgraded, or the diagnosis is printed\n"
+      "  1 unknown MCU, or a failure of the program\n"
+      "  2 wrong use, or not on a terminal\n"
+      "  3 not all devices were upgraded, an alert comes back whatever is answered, or the lines could not be\n"
+      "    written");
 }
 
 int runUpgrade(const Choices& choices) {

@@ -16,6 +16,7 @@
 #include "app/StandardStreams.hpp"
 #include "app/rig/ApplicationCommand.hpp"
 #include "app/rig/LoadCommands.hpp"
+#include "app/rig/MakerCommands.hpp"
 #include "app/rig/MidiCommands.hpp"
 #include "app/rig/MidiTraffic.hpp"
 #include "app/rig/ServiceCommands.hpp"
@@ -33,6 +34,7 @@ struct Choices {
   app::MidiOptions midi;
   app::MidiTrafficOptions traffic;
   app::ServiceOptions service;
+  app::ServeOptions serve;
   std::string front;  ///< empty: what suits the surroundings
   std::string time = isatty(STDOUT_FILENO) != 0 ? "real" : "fast";
 };
@@ -147,6 +149,52 @@ CLI::App& addTrafficCommand(CLI::App& midi, const TrafficCommand& kind, Choices&
   return command;
 }
 
+/// A maker's own data. Without `needsFiles` the list can be looked at by itself.
+void addMakerOptions(CLI::App& command, app::MakerOptions& options, bool needsFiles) {
+  auto* list = command.add_option("--list", options.list, "a list as the firmware service answers with")
+                   ->type_name("FILE")
+                   ->check(CLI::ExistingFile);
+  auto* firmware =
+      command.add_option("--firmware", options.firmware, "the folder of the list's firmware files")
+          ->type_name("FOLDER")
+          ->check(CLI::ExistingDirectory)
+          ->needs(list);
+  if (needsFiles) {
+    list->needs(firmware);
+  }
+}
+
+CLI::App& addCheckCommand(CLI::App& app, Choices& choices) {
+  auto& check = *app.add_subcommand("check", "Prints every fault of a maker's list, with its place.");
+  addMakerOptions(check, choices.serve.maker, /*needsFiles=*/false);
+  check.get_option("--list")->required();
+  check.footer("Exit status: 0 no fault, 1 faults, 2 wrong use, 3 the list can't be read.");
+  return check;
+}
+
+CLI::App& addServeCommand(CLI::App& app, Choices& choices) {
+  auto& serve = *app.add_subcommand(
+      "serve", "A firmware service on this machine with a maker's list, for a real karvex and real boards.");
+  addMakerOptions(serve, choices.serve.maker, /*needsFiles=*/true);
+  serve.get_option("--list")->required();
+  serve.add_option("--port", choices.serve.port, "the port of 127.0.0.1 that it answers at (default 8443)")
+      ->check(CLI::Range(1, 65535));
+  addFaultOption(serve, "--service", "NAME[@PLACE][=VALUE]", choices.serve.faults, rig::addServiceFault);
+  serve.footer("Faults of the service:\n" + rig::describeServiceFaults() +
+               "\nExit status: 0 ended by its user, 1 the list has faults, 2 wrong use, 3 the port is taken, "
+               "or the list can't be read.");
+  return serve;
+}
+
+/// Boards that match a maker's list, if one was given. False if it has faults.
+bool addMakerEquipment(const app::MakerOptions& maker, app::EquipmentPlan& plan) {
+  if (!maker.list.empty()) {
+    plan.maker = app::makerEquipment(maker);
+    plan.boards = plan.maker ? plan.maker->devices.size() : 0;
+  }
+  return maker.list.empty() || plan.maker;
+}
+
 /// "N:FAULT", with boards counted from 1. Gives a sentence that says what is wrong with the text, or nothing.
 std::optional<std::string> addBoardFault(std::string_view text, app::ApplicationOptions& options) {
   const auto colon = text.find(':');
@@ -171,8 +219,10 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
   auto& options = choices.application;
   command.add_option("--boards", options.equipment.boards, "boards that are listed and attached (default 3)")
       ->check(CLI::Range(0, 1000));
+  addMakerOptions(command, choices.serve.maker, /*needsFiles=*/true);
+  command.get_option("--list")->excludes("--boards");
   command
-      .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end and without a hand")
+      .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end, unattended")
       ->type_name("FROM")
       ->check(CLI::Range(1, 1000));
   command
@@ -185,6 +235,10 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
                    "answer every alert with OK (with --upgrade, or without a terminal)");
   addFaultOption(command, "--board", "N:FAULT[=VALUE]", options, addBoardFault);
   addFaultOption(command, "--service", "NAME[@PLACE][=VALUE]", options.serviceFaults, rig::addServiceFault);
+  command
+      .add_option("--keep", options.equipment.keptIn,
+                  "keep the boards' flash and state in this directory, from one run to the next")
+      ->type_name("DIRECTORY");
   command.add_option("--report", options.reportFile, "what happened, as JSON")->type_name("OUT.json");
   command.footer(
       "Faults of a board:\n" + rig::describeFaults() +
@@ -192,8 +246,9 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
       "  port-snatched          another program takes its serial port as soon as it has been found free\n"
       "\nFaults of the service:\n" +
       rig::describeServiceFaults() +
-      "\nExit status: 0 all devices of the run were upgraded, 1 unknown MCU, 2 wrong use, 3 not all were, an "
-      "alert comes back whatever is answered, or results could not be written.");
+      "\nExit status: 0 all devices of the run were upgraded, 1 unknown MCU or a list with faults,\n"
+      "2 wrong use, 3 not all were, an alert comes back whatever is answered, or results could not be\n"
+      "written.");
 }
 
 int run(int argc, char** argv) {
@@ -205,6 +260,8 @@ int run(int argc, char** argv) {
       command, choices, "list", "Asks the embedded service, scans the virtual bus, and prints what matches.");
   const auto& report = addServiceCommand(command, choices, "report",
                                          "Posts the equipment report and prints what the service received.");
+  const auto& check = addCheckCommand(command, choices);
+  const auto& serve = addServeCommand(command, choices);
   auto& midi = addMidiCommand(command, choices);
   std::vector<const CLI::App*> traffic;
   for (const auto& kind : trafficCommands) {
@@ -226,6 +283,8 @@ int run(int argc, char** argv) {
   choices.common.realTime = choices.time == "real";
   choices.application.isInWindow =
       choices.front.empty() ? choices.common.realTime && app::hasDisplay() : choices.front == "window";
+  // Nobody could watch a window in virtual time.
+  choices.common.realTime |= choices.application.isInWindow;
   if (program.parsed()) {
     return app::runProgram(choices.common, choices.load);
   }
@@ -240,8 +299,15 @@ int run(int argc, char** argv) {
   if (list.parsed()) {
     return app::runList(choices.common, choices.service);
   }
-  return report.parsed() ? app::runReport(choices.common, choices.service)
-                         : app::runApplication(choices.common, choices.application);
+  if (report.parsed()) {
+    return app::runReport(choices.common, choices.service);
+  }
+  if (check.parsed() || serve.parsed()) {
+    return check.parsed() ? app::runCheck(choices.serve.maker) : app::runServe(choices.serve);
+  }
+  return addMakerEquipment(choices.serve.maker, choices.application.equipment)
+             ? app::runApplication(choices.common, choices.application)
+             : app::exitFaultyList;
 }
 
 }  // namespace

@@ -1,8 +1,13 @@
 # Everything comes from the distribution's own packages; tools/packages lists their names.
 
-# What the MIDI layer and its part of foundation/ need.
-find_package(ALSA REQUIRED)
+# MIDIKitCore and what it stands on.
 find_package(Threads REQUIRED)
+if(KARVEX_MIDI_CORE_ONLY)
+  return()
+endif()
+
+# What the rest of the MIDI layer and its part of foundation/ need.
+find_package(ALSA REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(fmt REQUIRED)
 
@@ -19,7 +24,9 @@ if(NOT KARVEX_MIDI_ONLY)
   find_package(CURL REQUIRED)
   find_package(nlohmann_json REQUIRED)
   find_package(OpenSSL REQUIRED)
-  find_package(Qt6 6.4 REQUIRED COMPONENTS Network Svg Widgets)
+  if(KARVEX_WINDOW)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Network Svg Widgets)
+  endif()
   pkg_check_modules(hidapi_hidraw REQUIRED IMPORTED_TARGET hidapi-hidraw)
   pkg_check_modules(libudev REQUIRED IMPORTED_TARGET libudev)
   pkg_check_modules(httplib REQUIRED IMPORTED_TARGET cpp-httplib)

@@ -10,10 +10,19 @@ endif()
 add_library(karvex_options INTERFACE)
 target_compile_options(karvex_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
-  -Wcast-align -Wformat=2 -Werror
+  -Wcast-align -Wformat=2 $<$<BOOL:${KARVEX_WERROR}>:-Werror>
   # A record made with designated initializers leaves out what keeps its default.
   -Wno-missing-field-initializers)
 target_include_directories(karvex_options INTERFACE "${PROJECT_SOURCE_DIR}")
+if(KARVEX_HARDENING)
+  include(CheckPIESupported)
+  check_pie_supported()
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  target_compile_options(karvex_options INTERFACE
+    -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS -fstack-protector-strong -fstack-clash-protection
+    $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>)
+  target_link_options(karvex_options INTERFACE -Wl,-z,relro -Wl,-z,now)
+endif()
 if(KARVEX_SANITIZE)
   target_compile_options(karvex_options INTERFACE
     "-fsanitize=${KARVEX_SANITIZE}" -fno-sanitize-recover=all -fno-omit-frame-pointer)

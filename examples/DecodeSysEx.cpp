@@ -1,4 +1,4 @@
-// Prints the system exclusive messages of a dump, one a line. Whatever stands between them is skipped.
+// Prints the system exclusive messages of a dump, one a line. Whatever is between them is skipped.
 //
 // Run: decode_sysex [FILE]   (standard input without FILE)
 

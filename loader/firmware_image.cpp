@@ -8,6 +8,12 @@ namespace {
 
 constexpr std::uint8_t erased = 0xFF;
 
+/// Every address that has been written since the picture was cleared is in this range.
+struct {
+  std::size_t begin = image_size;
+  std::size_t end = 0;
+} written;
+
 /// How much of the range lies inside the picture.
 std::size_t length_inside(std::uint32_t address, std::uint32_t length) {
   return address < image_size ? std::min<std::size_t>(length, image_size - address) : 0;
@@ -19,8 +25,15 @@ std::array<std::uint8_t, image_size> image_bytes;
 std::array<std::uint8_t, image_size> image_mask;
 
 void clear_image() {
-  image_bytes.fill(erased);
-  image_mask.fill(0);
+  if (written.begin < written.end) {
+    std::memset(image_mask.data() + written.begin, 0, written.end - written.begin);
+  }
+  written = {};
+}
+
+void note_written(std::size_t address, std::size_t length) {
+  written.begin = std::min(written.begin, address);
+  written.end = std::max(written.end, address + length);
 }
 
 bool block_has_data(std::uint32_t address, std::uint32_t length) {
@@ -41,9 +54,10 @@ bool block_is_blank(std::uint32_t address, std::uint32_t length) {
 void copy_block(std::uint32_t address, std::uint32_t length, std::uint8_t* destination) {
   if (std::uint64_t{address} + length >= image_size) {
     std::memset(destination, erased, length);
-  } else {
-    // A byte that the file didn't write has been 0xFF since the picture was cleared.
-    std::memcpy(destination, image_bytes.data() + address, length);
+    return;
+  }
+  for (std::uint32_t i = 0; i < length; ++i) {
+    destination[i] = image_mask[address + i] != 0 ? image_bytes[address + i] : erased;
   }
 }
 

@@ -158,6 +158,7 @@ bool read_chunk(const char* text, std::uint8_t* bytes, pair_chunk& sums) {
 /// Stores the bytes as it reads them: a record that turns out bad leaves its good beginning behind.
 bool store_data(const record& data) {
   count_bytes(data.length);
+  note_written(image_offset + data.address, data.length);
   std::uint8_t* bytes = image_bytes.data() + image_offset + data.address;
   std::uint8_t* mask = image_mask.data() + image_offset + data.address;
   std::uint32_t i = 0;

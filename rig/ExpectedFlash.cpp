@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <fstream>
 #include <numeric>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace karvex::rig {
 namespace {
@@ -14,23 +16,53 @@ constexpr std::uint64_t addressLimit = 0xFFFFFF;
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// The next line with its line end, up to a NUL byte in it; one that is too long comes in pieces. False at
-/// the end of the file.
-bool readLine(std::istream& file, std::string& line) {
-  line.clear();
-  char next = '\0';
-  while (line.size() < pieceLength && !line.ends_with('\n') && file.get(next)) {
-    line.push_back(next);
+/// The lines of a file, read a block at a time.
+class Lines {
+ public:
+  explicit Lines(std::istream& file) : file_(file) {}
+
+  /// The next line with its line end, up to a NUL byte in it; one that is too long comes in pieces. None at
+  /// the end of the file. Valid until the next call.
+  std::optional<std::string_view> next() {
+    if (block_.size() - at_ < pieceLength) {
+      fill();
+    }
+    const auto piece = std::string_view(block_).substr(at_, pieceLength);
+    if (piece.empty()) {
+      return std::nullopt;
+    }
+    const auto end = piece.find('\n');
+    const auto line = end != std::string_view::npos ? piece.substr(0, end + 1) : piece;
+    at_ += line.size();
+    return line.substr(0, line.find('\0'));
   }
-  const bool isRead = !line.empty();
-  line.resize(std::min(line.size(), line.find('\0')));
-  return isRead;
-}
+
+ private:
+  void fill() {
+    constexpr std::size_t blockLength = 65536;
+    block_.erase(0, std::exchange(at_, 0));
+    const auto rest = block_.size();
+    block_.resize(rest + blockLength);
+    file_.read(block_.data() + rest, blockLength);
+    block_.resize(rest + static_cast<std::size_t>(file_.gcount()));
+  }
+
+  std::istream& file_;
+  std::string block_;
+  std::size_t at_ = 0;  ///< what of it has been taken
+};
 
 std::optional<std::uint8_t> digit(char character) {
-  constexpr std::string_view digits = "0123456789abcdef0123456789ABCDEF";
-  const auto place = digits.find(character);
-  return place == std::string_view::npos ? std::nullopt : std::optional<std::uint8_t>(place % 16);
+  const auto value = [character](char first, int offset) {
+    return std::optional(static_cast<std::uint8_t>(character - first + offset));
+  };
+  if (character >= '0' && character <= '9') {
+    return value('0', 0);
+  }
+  if (character >= 'a' && character <= 'f') {
+    return value('a', 10);
+  }
+  return character >= 'A' && character <= 'F' ? value('A', 10) : std::nullopt;
 }
 
 /// As many bytes as the text has whole pairs of digits at its beginning.
@@ -59,11 +91,19 @@ bool addsUp(const Bytes& bytes, std::size_t count) {
 
 class Reading {
  public:
-  explicit Reading(const BoardKind& kind) : kind_(kind), flash_(kind.flashSize, 0xFF) {}
+  explicit Reading(const BoardKind& kind) : kind_(kind) { result_.flash.assign(kind.flashSize, 0xFF); }
 
-  bool isAtEnd() const { return isAtEnd_; }
-  Bytes takeFlash() { return std::move(flash_); }
+  bool isAtEnd() const { return result_.hasEndRecord || result_.badLine != 0; }
+  HexReading take() { return std::move(result_); }
 
+  void readNext(std::string_view line) {
+    ++lines_;
+    if (!line.empty() && !read(line)) {
+      result_.badLine = lines_;
+    }
+  }
+
+ private:
   /// False if the line is malformed.
   bool read(std::string_view line) {
     constexpr std::size_t header = 4;
@@ -83,7 +123,7 @@ class Reading {
       case 0:
         return readData(bytes, start);
       case 1:
-        isAtEnd_ = true;
+        result_.hasEndRecord = true;
         return true;
       case 2:
       case 4:
@@ -96,15 +136,17 @@ class Reading {
     }
   }
 
- private:
   bool readData(const Bytes& bytes, std::uint64_t start) {
     const std::size_t count = bytes[0];
     if (!addsUp(bytes, count + 5)) {
       return false;
     }
+    result_.dataBytes += count;
     for (std::size_t i = 0; i < count; ++i) {
-      if (start + i < flash_.size()) {
-        flash_[start + i] = bytes[4 + i];
+      if (start + i < result_.flash.size()) {
+        result_.flash[start + i] = bytes[4 + i];
+      } else {
+        result_.firstBeyond = std::min(result_.firstBeyond.value_or(start + i), start + i);
       }
     }
     return true;
@@ -120,27 +162,31 @@ class Reading {
   }
 
   const BoardKind& kind_;
-  Bytes flash_;
+  HexReading result_;
+  std::size_t lines_ = 0;
   std::uint64_t base_ = 0;
-  bool isAtEnd_ = false;
 };
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
-                                                       const BoardKind& kind) {
+std::optional<HexReading> readHex(const std::filesystem::path& file, const BoardKind& kind) {
   std::ifstream stream(file, std::ios::binary);
   if (!stream) {
     return std::nullopt;
   }
+  Lines lines(stream);
   Reading reading(kind);
-  std::string line;
-  while (!reading.isAtEnd() && readLine(stream, line)) {
-    if (!line.empty() && !reading.read(line)) {
-      return std::nullopt;
-    }
+  for (auto line = lines.next(); line && !reading.isAtEnd(); line = lines.next()) {
+    reading.readNext(*line);
   }
-  return stream.bad() ? std::nullopt : std::optional(reading.takeFlash());
+  return stream.bad() ? std::nullopt : std::optional(reading.take());
+}
+
+std::optional<std::vector<std::uint8_t>> expectedFlash(const std::filesystem::path& file,
+                                                       const BoardKind& kind) {
+  auto reading = readHex(file, kind);
+  const bool isGood = reading && reading->badLine == 0;
+  return isGood ? std::optional(std::move(reading->flash)) : std::nullopt;
 }
 
 }  // namespace karvex::rig

@@ -40,12 +40,16 @@ std::string_view nameOf(BoardState state) {
 }
 
 VirtualBoard::VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults)
-    : kind_(kind),
-      serialNumber_(std::move(serialNumber)),
-      faults_(faults),
-      state_(faults.startsInHalfKay ? BoardState::halfKay : BoardState::running),
-      session_(faults.startsInHalfKay ? 1 : 0),
-      flash_(kind.flashSize, erasedByte) {}
+    : VirtualBoard(kind, std::move(serialNumber), faults, BoardMemory(kind.flashSize)) {}
+
+VirtualBoard::VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults, BoardMemory memory)
+    : kind_(kind), serialNumber_(std::move(serialNumber)), faults_(faults), memory_(std::move(memory)) {
+  if (faults.startsInHalfKay) {
+    memory_.setInBootloader(true);
+  }
+  state_ = memory_.isInBootloader() ? BoardState::halfKay : BoardState::running;
+  session_ = memory_.isInBootloader() ? 1 : 0;
+}
 
 void VirtualBoard::advanceTo(TimePoint now) {
   if (pending_ && pending_->at <= now) {
@@ -57,6 +61,7 @@ void VirtualBoard::advanceTo(TimePoint now) {
 
 void VirtualBoard::enter(BoardState state, TimePoint at) {
   state_ = state;
+  memory_.setInBootloader(state == BoardState::halfKay);
   if (state == BoardState::halfKay) {
     ++session_;
     firstOfferAt_.reset();
@@ -71,6 +76,7 @@ void VirtualBoard::enter(BoardState state, TimePoint at) {
 
 void VirtualBoard::leaveBusUntil(Change change, BoardState meanwhile) {
   state_ = meanwhile;
+  memory_.setInBootloader(change.to == BoardState::halfKay);
   pending_ = change;
 }
 
@@ -138,7 +144,7 @@ bool VirtualBoard::mustRefuse(TimePoint now, bool isFirstBlock) {
     return true;
   }
   if (erasedAt_ && !isErased_) {
-    std::fill(flash_.begin(), flash_.end(), erasedByte);
+    std::ranges::fill(memory_.flash(), erasedByte);
     isErased_ = true;
   }
   return false;
@@ -208,7 +214,7 @@ ReportOutcome VirtualBoard::boot(TimePoint now, std::span<const std::uint8_t> re
 
 ReportOutcome VirtualBoard::takeBlock(TimePoint now, std::span<const std::uint8_t> report) {
   const auto data = report.subspan(kind_.headerLength());
-  std::copy(data.begin(), data.end(), flash_.begin() + addressIn(report));
+  std::copy(data.begin(), data.end(), memory_.flash().begin() + addressIn(report));
   tell(now, fmt::format("report {}", blocksTaken_));
   ++blocksTaken_;
   toldRefusal_ = false;

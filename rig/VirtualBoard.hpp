@@ -10,6 +10,7 @@
 
 #include "foundation/Clock.hpp"
 #include "rig/BoardKind.hpp"
+#include "rig/BoardMemory.hpp"
 #include "rig/Faults.hpp"
 
 namespace karvex::rig {
@@ -47,7 +48,11 @@ class VirtualBoard {
   /// How long the flash takes to erase. Begins when block 0 is offered; reports are refused meanwhile.
   static constexpr std::chrono::milliseconds eraseTime{300};
 
+  /// With memory of its own.
   VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults = {});
+  /// As the memory says, which is for a flash of that kind. A board that was on its way got where it went,
+  /// and one that was off the bus was plugged in again.
+  VirtualBoard(const BoardKind& kind, std::string serialNumber, Faults faults, BoardMemory memory);
 
   void setEventListener(EventListener listener) { eventListener_ = std::move(listener); }
   void setReportListener(ReportListener listener) { reportListener_ = std::move(listener); }
@@ -85,7 +90,7 @@ class VirtualBoard {
   /// The product string of its firmware, whatever the board is at the moment.
   std::string firmwareName() const;
 
-  std::span<const std::uint8_t> flash() const { return flash_; }
+  std::span<const std::uint8_t> flash() const { return memory_.flash(); }
   std::uint32_t blocksTaken() const { return blocksTaken_; }
   bool hasBooted() const { return hasBooted_; }
   const std::vector<std::string>& complaints() const { return complaints_; }
@@ -109,6 +114,7 @@ class VirtualBoard {
   const BoardKind& kind_;
   std::string serialNumber_;
   Faults faults_;
+  BoardMemory memory_;
   EventListener eventListener_;
   ReportListener reportListener_;
 
@@ -116,7 +122,6 @@ class VirtualBoard {
   std::optional<Change> pending_;
   std::uint32_t session_;
 
-  std::vector<std::uint8_t> flash_;
   std::optional<TimePoint> firstOfferAt_;
   std::optional<TimePoint> erasedAt_;
   bool isErased_ = false;

@@ -15,8 +15,8 @@
 
 namespace midikit::io {
 
-/// What an endpoint is told by, whether it is there or not: connections hold these, and find the endpoint of
-/// the moment when they need one. A plain value.
+/// What an endpoint is recognised by, whether it is there or not: connections hold these, and find the
+/// endpoint of the moment when they need one. A plain value.
 class MIDIEndpointIdentity {
  public:
   struct Name {
@@ -53,7 +53,7 @@ class MIDIEndpointIdentity {
   const Case& asCase() const { return case_; }
 
   /// The first endpoint of the list that this means; none if there is none. Endpoints of the same name are
-  /// not told apart: the order of the list decides.
+  /// not distinguished: the order of the list decides.
   ///
   /// Thread-safe: yes.
   /// Realtime-safe: no, it copies the record.

@@ -27,7 +27,7 @@ class MIDIManaged {
 
   /// Frees what the object has on the platform, and lets go of its receive handler: packets that still wait
   /// are dropped. Nothing brings it back. The manager calls it on eventQueue when it removes or replaces the
-  /// object, whoever else still holds it. Calling it again does nothing.
+  /// object, even if others still hold it. Calling it again does nothing.
   ///
   /// Thread-safe: yes, but not under a lock that a receiver waits for.
   /// Realtime-safe: no, it waits for a list that is being received.

@@ -144,7 +144,7 @@ MIDIManager::NotificationHandler MIDIManager::notificationHandler() const {
 }
 
 void MIDIManager::setNotificationHandler(NotificationHandler handler) {
-  // The old one ends behind the lock: what it holds may well use the manager on its way.
+  // The old one ends after the lock: what it holds may well use the manager on its way.
   state_.modify([&handler](State& state) { std::swap(state.notificationHandler, handler); });
 }
 

@@ -45,14 +45,15 @@ struct MIDIManagerSettings {
 /// so start(), the add operations, remove() and removeAll() must not be called on that queue: receivers and
 /// the handlers of a MIDIIdentifierPersistence run there. A change of the setup is worked up on the
 /// platform's notification thread: the lists are up to date before the handler is queued on the main queue.
-/// All other operations may be called on any thread and give copies of one moment; no handler, observer or
+/// All other operations may be called on any thread and return copies of one moment; no handler, observer or
 /// managed object is called under a lock.
 ///
 /// When the manager goes, the managed objects go; the client stays until the process ends, and what the
-/// platform still tells is passed over.
+/// platform still reports is ignored.
 class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
  public:
-  /// Told of a change of the setup, on the main queue. The manager lives during the call. It must not throw.
+  /// Called after a change of the setup, on the main queue. The manager lives during the call. It must not
+  /// throw.
   using NotificationHandler = std::function<void(const MIDIIONotification&, MIDIManager&)>;
 
   /// A manager without a client and with empty lists.
@@ -98,7 +99,7 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   void addThruConnection(const MIDIThruConnectionSettings& settings);
   /// @}
 
-  /// Lets go of managed objects, which takes them off the platform at once, whoever else holds them. A tag
+  /// Lets go of managed objects, which takes them off the platform at once, even if others hold them. A tag
   /// that isn't there is no error.
   ///
   /// Thread-safe: yes, but not on eventQueue.
@@ -160,7 +161,7 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   /// Realtime-safe: no, it allocates and waits for an endpoint that is being made.
   std::set<std::int32_t> ownedUniqueIDs(MIDIEndpointType type) const;
 
-  /// Whoever is told of changes. A change that came in while there was none stays untold.
+  /// What is called after changes. It isn't called for a change that came in while there was none.
   NotificationHandler notificationHandler() const;
   void setNotificationHandler(NotificationHandler handler);
 
@@ -175,7 +176,7 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   ReceiveContext receiveContext() const { return {settings_.runtime.clock(), eventQueue_}; }
 
  protected:
-  /// Whoever derives calls adopt() when the object is in its shared pointer.
+  /// A derived class calls adopt() when the object is in its shared pointer.
   explicit MIDIManager(MIDIManagerSettings settings);
 
   /// The last step of creation: what refers back to the manager is set.
@@ -188,7 +189,7 @@ class MIDIManager : public std::enable_shared_from_this<MIDIManager> {
   }
 
   /// Numbers the walks over the platform's lists. Several threads may refresh at once, and a list must not be
-  /// replaced by that of a walk which began earlier: it would stay behind until the next change.
+  /// replaced by that of a walk which began earlier: it would remain until the next change.
   std::uint64_t beginWalk() { return ++walks_; }
 
  private:

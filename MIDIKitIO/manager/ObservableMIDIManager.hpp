@@ -12,8 +12,8 @@ namespace midikit::io {
 /// A manager whose lists can be observed, for user interfaces.
 ///
 /// Observers are called on the thread that refreshes the lists, which is the platform's notification thread
-/// for a change of the setup, and always before the notification handler is queued. Who refreshes from
-/// several threads at once can be told an older list behind a newer one; get() gives the newest.
+/// for a change of the setup, and always before the notification handler is queued. Observers of
+/// refreshes on several threads at once may see an older list after a newer one; get() gives the newest.
 class ObservableMIDIManager final : public MIDIManager {
  public:
   /// As MIDIManager's.

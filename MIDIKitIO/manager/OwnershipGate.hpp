@@ -13,8 +13,8 @@
 namespace midikit::io {
 
 /// Keeps the answer to "is this endpoint ours?" from being given while it changes: the platform announces an
-/// endpoint of ours before its unique ID is known here, and still lists one that is just going. Who changes
-/// something never waits; who asks does. All operations may be called on any thread.
+/// endpoint of ours before its unique ID is known here, and still lists one that is just going. A change
+/// never waits; anyone who asks does. All operations may be called on any thread.
 class OwnershipGate {
  public:
   /// The runtime must outlive the gate.

@@ -50,7 +50,7 @@ class AnyMIDIIOObject {
   Case case_;
 };
 
-/// What stands for an object of the platform's: the records and AnyMIDIIOObject.
+/// What describes an object of the platform: the records and AnyMIDIIOObject.
 template <class T>
 concept MIDIIOObject = std::convertible_to<T, AnyMIDIIOObject> &&
                        requires(const T& object, const MIDIService& service, MIDIIOProperty property) {

@@ -110,7 +110,7 @@ struct MIDIEndpointHash {
   }
 };
 
-/// What stands for an endpoint, whatever its direction: the three records.
+/// What describes an endpoint, whatever its direction: the three records.
 template <class T>
 concept MIDIEndpoint = std::convertible_to<T, AnyMIDIEndpoint> && requires(const T& endpoint) {
   { endpoint.displayName } -> std::convertible_to<std::string>;

@@ -37,7 +37,7 @@ struct MIDIEntity : MIDIIOObjectProperties<MIDIEntity> {
   std::vector<MIDIInputEndpoint> inputs(const MIDIService& service) const;
   std::vector<MIDIOutputEndpoint> outputs(const MIDIService& service) const;
 
-  /// Whether device() gives one; a failure counts as no.
+  /// Whether device() returns one; a failure counts as no.
   bool exists(const MIDIService& service) const;
 
   /// `MIDIEntity(name: "a name", uniqueID: 1, exists: true)`

@@ -8,9 +8,9 @@
 
 namespace midikit::io {
 
-/// The records of a list that the platform gives by index: `at` gives the reference, `make` the record of it.
-/// The list may become shorter on the way; the platform gives the reference 0 for what isn't there any more,
-/// and that is left out.
+/// The records of a list that the platform has by index: `at` returns the reference, `make` the record of it.
+/// The list may become shorter on the way; the platform returns the reference 0 for what isn't there any
+/// more, and that is left out.
 template <class At, class Make>
 auto listObjects(std::size_t count, At at, Make make) {
   std::vector<std::invoke_result_t<Make, MIDIObjectRef>> objects;

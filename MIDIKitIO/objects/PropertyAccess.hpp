@@ -15,18 +15,18 @@
 /// Realtime-safe: no, it asks the service and allocates.
 namespace midikit::io {
 
-/// The text, or why it can't be had: `osStatus`, or `readError` for a text that the platform gives as none.
+/// The text, or why it can't be had: `osStatus`, or `readError` for a text that the platform returns as none.
 internals::Result<std::string, core::MIDIIOError> readTextProperty(const MIDIService& service,
                                                                    MIDIObjectRef object,
                                                                    std::string_view key);
 
-/// @throws MIDIIOError as readTextProperty gives it.
+/// @throws MIDIIOError as readTextProperty() returns it.
 std::string textProperty(const MIDIService& service, MIDIObjectRef object, std::string_view key);
 
 /// 0 if the object has no such property, or one of another kind.
 std::int32_t integerProperty(const MIDIService& service, MIDIObjectRef object, std::string_view key);
 
-/// @throws MIDIIOError `osStatus`, or `readError` for a dictionary that the platform gives as none.
+/// @throws MIDIIOError `osStatus`, or `readError` for a dictionary that the platform returns as none.
 PropertyDictionary dictionaryProperty(const MIDIService& service, MIDIObjectRef object, std::string_view key);
 
 }  // namespace midikit::io

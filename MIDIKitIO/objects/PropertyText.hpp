@@ -20,8 +20,8 @@ namespace midikit::io {
 /// | yesNo | "Yes" for exactly 1, else "No" | "No" |
 /// | bitMask | "0b" and the 32-bit word's binary digits, at least 8 | "0b00000000" |
 /// | protocol | "MIDI 1.0" for exactly 1, else "MIDI 2.0" | "MIDI 2.0" |
-/// | dictionary | as dictionaryText() gives it | "-" |
-/// | fileURL | the value as a path, as fileURLText() gives it | "-" |
+/// | dictionary | as dictionaryText() returns it | "-" |
+/// | fileURL | the value as a path, as fileURLText() returns it | "-" |
 ///
 /// On a platform that is too old for the property, the text says so.
 std::string propertyText(const MIDIService& service, MIDIObjectRef object, MIDIIOProperty property);
@@ -33,7 +33,7 @@ std::vector<std::pair<std::string_view, std::string>> properties(const MIDIServi
                                                                  bool onlyRelevant);
 
 /// {"a key": 1, "bank": {"name": "say \"hi\""}}: keys in the order of their bytes, double quotes and
-/// backslashes of keys and texts behind a backslash.
+/// backslashes of keys and texts after a backslash.
 std::string dictionaryText(const PropertyDictionary& dictionary);
 
 /// The absolute file URL (RFC 8089) of a path, percent-encoded. A relative path counts from the process's

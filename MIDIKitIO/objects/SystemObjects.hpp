@@ -29,7 +29,7 @@ std::optional<MIDIObjectRef> findSource(const MIDIService& service, std::int32_t
 /// The first destination with that unique ID.
 std::optional<MIDIObjectRef> findDestination(const MIDIService& service, std::int32_t uniqueID);
 
-/// @name The record of one object, whatever the reference stands for
+/// @name The record of one object, whatever the reference is of
 /// @{
 MIDIDevice makeDevice(const MIDIService& service, MIDIObjectRef ref);
 MIDIEntity makeEntity(const MIDIService& service, MIDIObjectRef ref);

@@ -11,7 +11,7 @@
 namespace midikit::io::internal {
 
 /// Brings what is to be sent into the platform's lists. What derives from it delivers them, by
-/// sendPacketList() and sendEventList(), which is all that tells an output from an output connection.
+/// sendPacketList() and sendEventList(), which is all that distinguishes an output from an output connection.
 ///
 ///     class MIDIOutput final : public MIDIManagedEndpoint, public internal::MessageSender {
 ///       MIDIOutput(...) : MIDIManagedEndpoint(manager, api), MessageSender(service(), this->api()) {}
@@ -26,7 +26,7 @@ class MessageSender : public MIDIManagedSendsMessages {
   void sendUniversalWords(std::span<const std::uint32_t> words) final;
 
  protected:
-  /// The service gives the time stamps and says how new the platform is. It must outlive the sender.
+  /// The service supplies the time stamps and says how new the platform is. It must outlive the sender.
   MessageSender(const MIDIService& service, CoreMIDIAPIVersion api) : service_(service), api_(api) {}
 
  private:

@@ -9,7 +9,7 @@
 namespace midikit::io {
 
 /// How many words the message has that begins with this word; 0 for a message type that the layer doesn't
-/// read, which ends a packet's messages: those behind it are left alone even where the type's length is
+/// read, which ends a packet's messages: those after it are left alone even where the type's length is
 /// known.
 constexpr std::size_t universalMessageWords(std::uint32_t firstWord) {
   constexpr std::uint32_t lastTypeRead = 5;

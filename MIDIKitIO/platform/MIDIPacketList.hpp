@@ -27,7 +27,7 @@ class MIDIPacketList {
   /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`).
   explicit MIDIPacketList(std::size_t size);
 
-  /// Adds one packet behind the others (`MIDIPacketListAdd`). False, and nothing changes, when the buffer has
+  /// Adds one packet after the others (`MIDIPacketListAdd`). False, and nothing changes, when the buffer has
   /// no room for it.
   [[nodiscard]] bool add(std::uint64_t timeStamp, std::span<const std::uint8_t> bytes);
 

@@ -14,7 +14,7 @@ namespace midikit::io {
 
 /// The platform's MIDI service: all that the layer asks of it. The operations bear the platform's own names.
 ///
-/// Objects are asked for by reference; a reference that is not or no longer there gives a failure status, a
+/// Objects are asked for by reference; a reference that is not or no longer there returns a failure status, a
 /// count of 0, or the reference 0. Out values are written on success alone. Every operation may be called on
 /// any thread; blocks run on threads of the service, never under a lock that an operation needs, so that a
 /// block may call any of them.
@@ -66,8 +66,8 @@ class MIDIService {
   /// @}
 
   /// @name Properties, by the keys of MIDIPropertyKeys.hpp
-  /// A property that is not set, or is of another kind, gives a failure status. A text or dictionary may come
-  /// back as none with success.
+  /// A property that is not set, or is of another kind, returns a failure status. A text or dictionary may
+  /// come back as none with success.
   /// @{
   [[nodiscard]] virtual OSStatus MIDIObjectGetStringProperty(MIDIObjectRef object, std::string_view key,
                                                              std::optional<std::string>& out) const = 0;
@@ -80,7 +80,7 @@ class MIDIService {
                                                          bool deep) const = 0;
   [[nodiscard]] virtual OSStatus MIDIObjectSetStringProperty(MIDIObjectRef object, std::string_view key,
                                                              std::string_view value) = 0;
-  /// A unique ID that another object has gives `idNotUnique`.
+  /// A unique ID that another object has returns `idNotUnique`.
   [[nodiscard]] virtual OSStatus MIDIObjectSetIntegerProperty(MIDIObjectRef object, std::string_view key,
                                                               std::int32_t value) = 0;
   /// @}

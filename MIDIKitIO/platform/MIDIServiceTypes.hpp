@@ -42,9 +42,9 @@ struct PlatformVersion {
 struct PropertyValue;
 
 /// The properties of one object by key, or the value of a property that is itself a dictionary.
-using PropertyDictionary = std::map<std::string, PropertyValue>;
+using PropertyDictionary = std::map<std::string, PropertyValue, std::less<>>;
 
-/// What a property holds: an integer, which also stands for yes and no, a text, or a dictionary.
+/// What a property holds: an integer, which may also mean yes or no, a text, or a dictionary.
 struct PropertyValue : std::variant<std::int32_t, std::string, PropertyDictionary> {
   using variant::variant;
 };

@@ -43,10 +43,10 @@ class MIDIIdentifierPersistence {
       std::string key, std::shared_ptr<karvex::foundation::UserDefaults> suite = nullptr) {
     return Case(UserDefaultsManaged{std::move(key), std::move(suite)});
   }
-  /// Wherever the handlers keep it. Either may be null. They run on the manager's eventQueue, while whoever
-  /// adds the endpoint waits: they must not call start(), remove(), removeAll() or an operation of the
-  /// manager that adds something, which would wait for themselves. What they throw reaches whoever adds the
-  /// endpoint.
+  /// Wherever the handlers keep it. Either may be null. They run on the manager's eventQueue, while the
+  /// caller that adds the endpoint waits: they must not call start(), remove(), removeAll() or an operation
+  /// of the manager that adds something, which would wait for themselves. What they throw reaches that
+  /// caller.
   static MIDIIdentifierPersistence managedStorage(ReadHandler readHandler, StoreHandler storeHandler) {
     return Case(ManagedStorage{std::move(readHandler), std::move(storeHandler)});
   }

@@ -23,7 +23,7 @@ struct MIDIInputConnectionSettings {
   MIDIEndpointFilter filter;
 };
 
-/// A port that listens to outputs, which are told by criteria: what comes up later is connected then, what
+/// A port that listens to outputs, which are chosen by criteria: what comes up later is connected then, what
 /// goes and comes back is connected again.
 class MIDIInputConnection final : public internal::MIDIManagedConnection {
  public:

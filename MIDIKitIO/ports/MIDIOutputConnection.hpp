@@ -20,8 +20,8 @@ struct MIDIOutputConnectionSettings {
   MIDIEndpointFilter filter;
 };
 
-/// A port that sends to inputs, which are told by criteria. A send goes to all that are there at that moment;
-/// one that fails doesn't stop the others, and is not reported.
+/// A port that sends to inputs, which are chosen by criteria. A send goes to all that are there at that
+/// moment; one that fails doesn't stop the others, and is not reported.
 class MIDIOutputConnection final : public internal::MIDIManagedConnection, public internal::MessageSender {
  public:
   /// Nothing is on the platform yet. For the manager.

@@ -16,7 +16,7 @@ using karvex::foundation::Job;
 using karvex::foundation::Queue;
 using karvex::foundation::TimePoint;
 
-/// The most events whose memory stays behind a packet; what a rare long one needed is given back.
+/// The most events whose memory stays after a packet; what a rare long one needed is given back.
 constexpr std::size_t keptEvents = 256;
 
 /// A queue that may go before those who use it: what is posted then is dropped.

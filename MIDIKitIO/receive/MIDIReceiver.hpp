@@ -18,9 +18,10 @@ namespace midikit::io {
 /// What is wanted of received MIDI: a sum type, and a value. A port makes a handler of it, which keeps
 /// parsers for as long as the port lives; making two ports from one receiver makes two.
 ///
-/// Callables run on the manager's eventQueue, one at a time, and must not wait for that queue. What they
-/// throw goes into the debug log, and the next packet comes all the same. A null callable is not called. For
-/// every call:
+/// Callables run on the manager's eventQueue: one at a time for all ports of the manager, each after what the
+/// one before it wrote. They are never reentered: what a callable sends to a port of the same manager arrives
+/// after it has returned. They must not wait for that queue. What they throw goes into the debug log, and the
+/// next packet comes all the same. A null callable is not called. For every call:
 ///
 /// Thread-safe: yes, as a value is.
 /// Realtime-safe: no, it allocates.

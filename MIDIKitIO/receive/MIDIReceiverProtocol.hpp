@@ -7,8 +7,8 @@
 
 namespace midikit::io {
 
-/// What takes the packets of a port on the manager's eventQueue. It belongs to that queue alone, but may be
-/// let go of on any thread.
+/// What takes the packets of a port on the manager's eventQueue. It belongs to that queue alone, so its calls
+/// come one at a time and are never reentered, but on changing threads. It may be let go of on any thread.
 class MIDIReceiverProtocol {
  public:
   virtual ~MIDIReceiverProtocol() = default;

@@ -7,7 +7,7 @@
 
 namespace midikit::io {
 
-/// Where handlers live: the queue that gives them packets, for events that come out later than their packet.
+/// Where handlers live: the queue that hands them packets, for events that come out later than their packet.
 struct ReceiveContext {
   /// Must outlive the handlers.
   karvex::foundation::Clock& clock;

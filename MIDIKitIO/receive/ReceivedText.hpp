@@ -11,7 +11,7 @@
 namespace midikit::io {
 
 /// `noteOn(0x3C, vel: midi1(64), chan: 0x0, group: 0x0), stop(group: 0x0) timeStamp:5 source:"Keyboard"`.
-/// Without a known source, the line ends behind the time stamp.
+/// Without a known source, the line ends after the time stamp.
 ///
 /// Thread-safe: yes.
 /// Realtime-safe: no, it allocates.

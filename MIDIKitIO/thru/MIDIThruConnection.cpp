@@ -72,8 +72,7 @@ MIDIThruConnection::Platform MIDIThruConnection::makePlatform() const {
   if (lifecycle_.ownerID()) {
     throw core::MIDIIOError::notSupported(
         "Persistent MIDI Thru Connections cannot be created on macOS 11 & 12 and iOS 14 & 15 due to a Core "
-        "MIDI "
-        "bug. Consider using a non-persistent thru connection instead.");
+        "MIDI bug. Consider using a non-persistent thru connection instead.");
   }
   return {.reference = 0,
           .proxy = MIDIThruConnectionProxy::create(midiManager(), api(), identitiesOf(outputs_),

@@ -64,7 +64,7 @@ class MIDIThruConnection final : public internal::MIDIManaged {
   const std::vector<MIDIInputEndpoint>& inputs() const { return inputs_; }
   const Lifecycle& lifecycle() const { return lifecycle_; }
   const Parameters& parameters() const { return parameters_; }
-  /// None if the connection isn't there; 0 if a proxy stands in for it.
+  /// None if the connection isn't there; 0 if a proxy takes its place.
   std::optional<MIDIObjectRef> coreMIDIThruConnectionRef() const { return platform_.value().reference; }
   /// None if the platform itself forwards.
   std::shared_ptr<MIDIThruConnectionProxy> proxy() const { return platform_.value().proxy; }
@@ -91,7 +91,7 @@ class MIDIThruConnection final : public internal::MIDIManaged {
   std::string description() const override;
 
  private:
-  /// What stands for the connection on the platform.
+  /// What the connection is on the platform.
   struct Platform {
     std::optional<MIDIObjectRef> reference;
     std::shared_ptr<MIDIThruConnectionProxy> proxy;

@@ -60,12 +60,35 @@ std::string serialNumberOf(std::size_t place) {
   return std::to_string(1'000'010 + place * 10);
 }
 
+std::string EquipmentPlan::serialNumberAt(std::size_t place) const {
+  return maker ? maker->devices.at(place).listed.deviceSerialNumber : serialNumberOf(place);
+}
+
+std::filesystem::path EquipmentPlan::firmwareFileAt(std::size_t place) const {
+  return maker ? maker->devices.at(place).firmware.file : firmwareAt(place);
+}
+
+/// A list that was checked names kinds that there are, and so do the bundled files.
+const rig::BoardKind& EquipmentPlan::kindAt(std::size_t place) const {
+  return *rig::findBoardKind(maker ? maker->devices.at(place).listed.mcu : mcuInNameOf(firmwareAt(place)));
+}
+
+std::filesystem::path EquipmentPlan::firmwareFolder() const {
+  return maker ? maker->firmwareFolder : firmwareDirectory();
+}
+
 void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
+  if (plan.keptIn) {
+    std::filesystem::create_directories(*plan.keptIn);
+  }
   const auto plugInBoard = [&plan, &bus](std::size_t place) {
-    const auto* kind = rig::findBoardKind(mcuInNameOf(firmwareAt(place)));
     const auto faults = plan.faults.find(place);
+    const auto& kind = plan.kindAt(place);
+    const auto serialNumber = plan.serialNumberAt(place);
     bus.plugIn(std::make_unique<rig::VirtualBoard>(
-        *kind, serialNumberOf(place), faults == plan.faults.end() ? rig::Faults{} : faults->second));
+        kind, serialNumber, faults == plan.faults.end() ? rig::Faults{} : faults->second,
+        plan.keptIn ? rig::BoardMemory(kind.flashSize, *plan.keptIn / serialNumber)
+                    : rig::BoardMemory(kind.flashSize)));
   };
   for (std::size_t place = 0; place < plan.boards; ++place) {
     plugInBoard(place);
@@ -76,6 +99,9 @@ void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus) {
 }
 
 std::vector<rig::ServedDevice> servedDevices(const EquipmentPlan& plan, const std::string& serviceAddress) {
+  if (plan.maker) {
+    return rig::servedFrom(plan.maker->devices, serviceAddress);
+  }
   std::vector<rig::ServedDevice> devices;
   devices.reserve(plan.boards + plan.listedButAbsent);
   for (std::size_t place = 0; place < plan.boards + plan.listedButAbsent; ++place) {

@@ -3,12 +3,15 @@
 #include <cstddef>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "rig/BoardKind.hpp"
 #include "rig/Faults.hpp"
 #include "rig/VirtualBus.hpp"
+#include "rig/maker/ListCheck.hpp"
 #include "rig/service/ServedDevice.hpp"
 
 namespace karvex::app {
@@ -28,6 +31,12 @@ std::string mcuInNameOf(const std::filesystem::path& firmware);
 /// The serial number of the board at that place of the bus, from 0.
 std::string serialNumberOf(std::size_t place);
 
+/// The devices of a maker, which take the place of the bundled ones.
+struct MakerEquipment {
+  std::vector<rig::MakerDevice> devices;
+  std::filesystem::path firmwareFolder;
+};
+
 /// What the rig's user owns.
 struct EquipmentPlan {
   std::size_t boards = 3;                     ///< attached, and listed by the service
@@ -36,12 +45,22 @@ struct EquipmentPlan {
   std::map<std::size_t, rig::Faults> faults;  ///< of the boards at those places
   std::set<std::size_t> occupied;             ///< places of boards whose serial port another program holds
   std::set<std::size_t> snatched;             ///< of those whose port it takes when it has been used once
+  /// Where the boards keep their memories, a file each; without it, they end with the program.
+  std::optional<std::filesystem::path> keptIn;
+  std::optional<MakerEquipment> maker;  ///< `boards` is the number of its devices then
+
+  std::string serialNumberAt(std::size_t place) const;
+  std::filesystem::path firmwareFileAt(std::size_t place) const;
+  const rig::BoardKind& kindAt(std::size_t place) const;
+  std::filesystem::path firmwareFolder() const;
 };
 
-/// Plugs the boards in, each of the kind of one of the bundled firmware files, in turn.
+/// Plugs the boards in, each of the kind that its firmware is for. Throws std::system_error if their memories
+/// can't be kept.
 void plugIn(const EquipmentPlan& plan, rig::VirtualBus& bus);
 
-/// The list that a service at that base address has of it: every firmware is a version ahead of the boards.
+/// The list that a service at that base address has of it. Every bundled firmware is a version ahead of the
+/// boards.
 std::vector<rig::ServedDevice> servedDevices(const EquipmentPlan& plan, const std::string& serviceAddress);
 
 }  // namespace karvex::app

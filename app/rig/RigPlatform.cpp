@@ -13,15 +13,15 @@ RigPlatform::RigPlatform(foundation::Runtime& rigRuntime, const EquipmentPlan& p
       terminals(bus),
       hid(bus, runtime.clock()),
       midiService(std::make_shared<rig::VirtualMidiService>(runtime)),
-      service(runtime, firmwareDirectory()),
+      service(runtime, plan.firmwareFolder()),
       urlSession(runtime, service.transferPolicy()) {
   plugIn(plan, bus);
   midiDevices.emplace(runtime, bus, *midiService);
   for (const auto place : plan.occupied) {
-    terminals.occupy(serialNumberOf(place), "another program");
+    terminals.occupy(plan.serialNumberAt(place), "another program");
   }
   for (const auto place : plan.snatched) {
-    terminals.occupyBehindUse(serialNumberOf(place), "another program");
+    terminals.occupyBehindUse(plan.serialNumberAt(place), "another program");
   }
   service.setDevices(servedDevices(plan, service.baseAddress()));
   service.setFaults(std::move(faults));

@@ -6,22 +6,23 @@
 #include "app/LoaderHost.hpp"
 #include "app/rig/RigSupport.hpp"
 #include "rig/ExpectedFlash.hpp"
+#include "service/FormText.hpp"
 
 namespace karvex::app {
 namespace {
 
 bool isCompletionOf(const rig::ServiceRequest& request, const std::string& serialNumber) {
   return request.path == "/services/uploadComplete.php" &&
-         request.body.starts_with("DEVICE_SERIAL_NUMBER=" + serialNumber + "&");
+         request.body.starts_with(service::formText({{"DEVICE_SERIAL_NUMBER", serialNumber}}) + "&");
 }
 
 }  // namespace
 
 RunRecorder::RunRecorder(RigPlatform& rig, ui::ContentView& view, const EquipmentPlan& plan,
                          EndListener endListener)
-    : rig_(rig), view_(view), boards_(plan.boards), record_{.start = rig.runtime.clock().now()} {
-  for (std::size_t place = 0; place < boards_; ++place) {
-    const auto serialNumber = serialNumberOf(place);
+    : rig_(rig), view_(view), plan_(plan), record_{.start = rig.runtime.clock().now()} {
+  for (std::size_t place = 0; place < plan_.boards; ++place) {
+    const auto serialNumber = plan_.serialNumberAt(place);
     auto& timeline = timelines_[serialNumber];
     rig_.bus.inspect(serialNumber, [&timeline](rig::VirtualBoard& board) {
       board.setEventListener([&timeline](auto at, const std::string& event) { timeline.add(at, event); });
@@ -84,10 +85,10 @@ void RunRecorder::lookAtControls() {
 }
 
 RunRecord::Board RunRecorder::boardAt(std::size_t place) const {
-  RunRecord::Board result{.serialNumber = serialNumberOf(place)};
+  RunRecord::Board result{.serialNumber = plan_.serialNumberAt(place)};
   const auto now = rig_.runtime.clock().now();
   rig_.bus.inspect(result.serialNumber, [&](const rig::VirtualBoard& board) {
-    const auto expected = rig::expectedFlash(firmwareAt(place), board.kind());
+    const auto expected = rig::expectedFlash(plan_.firmwareFileAt(place), board.kind());
     result.mcu = board.kind().mcu;
     result.isBack = board.isOnBus() || (board.changesAt() && *board.changesAt() - now <= mostTimeToReturn);
     result.state = nameOf(board.state());
@@ -102,7 +103,7 @@ RunRecord::Board RunRecorder::boardAt(std::size_t place) const {
 RunRecord RunRecorder::record() const {
   auto record = record_;
   record.requests = rig_.service.requests();
-  for (std::size_t place = 0; place < boards_; ++place) {
+  for (std::size_t place = 0; place < plan_.boards; ++place) {
     auto board = boardAt(place);
     board.isReported = std::ranges::any_of(record.requests, [&board](const auto& request) {
       return isCompletionOf(request, board.serialNumber);

@@ -78,7 +78,7 @@ class RunRecorder {
 
   RigPlatform& rig_;
   ui::ContentView& view_;
-  const std::size_t boards_;
+  const EquipmentPlan& plan_;
   RunRecord record_;
   std::map<std::string, Timeline> timelines_;
   std::vector<std::pair<foundation::Uuid, std::uint32_t>> rows_;  ///< and the status of each at the last look

@@ -1,8 +1,9 @@
 #include "app/rig/WindowCommand.hpp"
 
-#include <QApplication>
+#include <QtGlobal>
 #include <memory>
 
+#include "app/Toolkit.hpp"
 #include "app/WindowProgram.hpp"
 #include "app/rig/RigCore.hpp"
 
@@ -18,11 +19,9 @@ RunRecord runInWindow(const CommonOptions& common, const ApplicationOptions& opt
   static int count = 1;
   static char name[] = "karvex-rig";
   static char* arguments[] = {name, nullptr};
-  const QApplication application(count, arguments);
+  const auto toolkit = startToolkit(count, arguments);
   RunRecord record;
-  auto inRealTime = common;
-  inRealTime.realTime = true;
-  WindowProgram([&] { return std::make_unique<RigCore>(inRealTime, options, record, endListener); }).run();
+  WindowProgram([&] { return std::make_unique<RigCore>(common, options, record, endListener); }).run();
   return record;
 }
 

@@ -78,15 +78,16 @@ void measureOnKernel(CoreMIDIAPIVersion api, std::size_t notes, PlainSequencer& 
                                 .tag = "output"});
   const auto output = manager->managedOutputConnections().at("output");
   manager->addInput({.name = "bench input", .tag = "input", .receiver = counting(arrivals)});
-  const auto input = plain.find("bench input").value();
+  const int toPlain = plain.connectTo(plain.input());
+  const int toInput = plain.connectTo(plain.find("bench input").value());
   std::vector<DeliveryFigures> plainly;
   std::vector<DeliveryFigures> sending;
   std::vector<DeliveryFigures> receiving;
   for (int round = 0; round < rounds; ++round) {
     const auto measure = [&](const Route& route) { return measureDelivery(route, arrivals, notes / rounds); };
-    plainly.push_back(measure([&](std::uint8_t note) { plain.sendTo(plain.input(), note); }));
+    plainly.push_back(measure([&](std::uint8_t note) { plain.send(toPlain, note); }));
     sending.push_back(measure([&](std::uint8_t note) { output->sendEvent(noteOn(note)); }));
-    receiving.push_back(measure([&](std::uint8_t note) { plain.sendTo(input, note); }));
+    receiving.push_back(measure([&](std::uint8_t note) { plain.send(toInput, note); }));
   }
   const auto reference = medianOf(plainly);
   print("plain calls", reference, nullptr);

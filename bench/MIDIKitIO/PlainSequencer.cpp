@@ -22,19 +22,18 @@ bool PlainSequencer::open() {
       snd_seq_open(&listener_, "hw", SND_SEQ_OPEN_INPUT, 0) < 0) {
     return false;
   }
-  sendPort_ = snd_seq_create_simple_port(sender_, "bench plain output", SND_SEQ_PORT_CAP_READ, portType);
   const int port = snd_seq_create_simple_port(listener_, inputName,
                                               SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE, portType);
   input_ = {.client = static_cast<unsigned char>(snd_seq_client_id(listener_)),
             .port = static_cast<unsigned char>(port)};
-  return sendPort_ >= 0 && port >= 0;
+  return port >= 0;
 }
 
 PlainSequencer::~PlainSequencer() {
   if (thread_.joinable()) {
     snd_seq_event_t event{};
     event.type = goodbye;
-    output(event, input_);
+    output(event, connectTo(input_));
     thread_.join();
   }
   for (snd_seq_t* handle : {sender_, listener_}) {
@@ -62,17 +61,22 @@ std::optional<snd_seq_addr_t> PlainSequencer::find(const std::string& portName) 
   return std::nullopt;
 }
 
-void PlainSequencer::sendTo(snd_seq_addr_t destination, std::uint8_t note) {
+int PlainSequencer::connectTo(snd_seq_addr_t destination) {
+  const int port = snd_seq_create_simple_port(sender_, "bench plain output", SND_SEQ_PORT_CAP_READ, portType);
+  return snd_seq_connect_to(sender_, port, destination.client, destination.port) < 0 ? -1 : port;
+}
+
+void PlainSequencer::send(int port, std::uint8_t note) {
   snd_seq_event_t event{};
   event.type = SND_SEQ_EVENT_NOTEON;
   event.data.note.note = note;
   event.data.note.velocity = velocity;
-  output(event, destination);
+  output(event, port);
 }
 
-void PlainSequencer::output(snd_seq_event_t& event, snd_seq_addr_t destination) {
-  snd_seq_ev_set_source(&event, static_cast<unsigned char>(sendPort_));
-  event.dest = destination;
+void PlainSequencer::output(snd_seq_event_t& event, int port) {
+  snd_seq_ev_set_source(&event, static_cast<unsigned char>(port));
+  snd_seq_ev_set_subs(&event);
   snd_seq_ev_set_direct(&event);
   snd_seq_event_output_direct(sender_, &event);
 }

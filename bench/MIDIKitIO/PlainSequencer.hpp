@@ -11,8 +11,8 @@
 
 namespace midikit::bench {
 
-/// Another program on the sequencer, with the library's plain calls: one client sends, another one waits for
-/// events in a thread of its own and counts the notes among them.
+/// Another program on the sequencer, with the library's plain calls: one client connects to others and sends
+/// to them, another one waits for events in a thread of its own and counts the notes among them.
 class PlainSequencer {
  public:
   /// The port that others send to.
@@ -28,17 +28,19 @@ class PlainSequencer {
   snd_seq_addr_t input() const { return input_; }
   /// The port of that name of any program.
   std::optional<snd_seq_addr_t> find(const std::string& portName) const;
-  void sendTo(snd_seq_addr_t destination, std::uint8_t note);
+  /// Makes a port that is connected to the destination; negative if there is none left.
+  int connectTo(snd_seq_addr_t destination);
+  /// Sends to what the port is connected to.
+  void send(int port, std::uint8_t note);
 
  private:
   bool open();
   void listen();
-  void output(snd_seq_event_t& event, snd_seq_addr_t destination);
+  void output(snd_seq_event_t& event, int port);
 
   Arrivals& arrivals_;
   snd_seq_t* sender_ = nullptr;
   snd_seq_t* listener_ = nullptr;
-  int sendPort_ = -1;
   snd_seq_addr_t input_{};
   bool isThere_ = false;
   std::jthread thread_;

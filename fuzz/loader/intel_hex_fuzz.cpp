@@ -14,20 +14,6 @@
 #include "loader/mcu_table.hpp"
 #include "loader/platform/host.hpp"
 
-namespace karvex::loader {
-
-// The picture, with a clearing that costs what was used of it and not 32 MiB: a hundred times more runs. The
-// reader never looks at what it writes, so it makes no difference to it that cleared bytes are 0 here.
-alignas(4096) std::array<std::uint8_t, image_size> image_bytes;
-alignas(4096) std::array<std::uint8_t, image_size> image_mask;
-
-void clear_image() {
-  madvise(image_bytes.data(), image_size, MADV_DONTNEED);
-  madvise(image_mask.data(), image_size, MADV_DONTNEED);
-}
-
-}  // namespace karvex::loader
-
 namespace {
 
 using namespace karvex::loader;

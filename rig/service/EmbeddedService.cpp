@@ -19,6 +19,7 @@
 #include "loader/ascii.hpp"
 #include "rig/service/CertificateAuthority.hpp"
 #include "rig/service/DeliberateWaits.hpp"
+#include "rig/service/FilesBelow.hpp"
 #include "rig/service/ServiceAnswer.hpp"
 #include "rig/service/ServiceConnections.hpp"
 
@@ -54,28 +55,10 @@ std::optional<ServicePlace> placeOf(std::string_view path) {
   return path.starts_with(firmwarePrefix) ? std::optional(ServicePlace::firmware) : std::nullopt;
 }
 
-/// The contents of a file below the directory. Links are followed first, so nothing leads out of it.
+/// The contents of a file below the directory.
 std::optional<std::string> readBelow(const fs::path& directory, const std::string& name) {
-  if (name.find('\0') != std::string::npos) {  // where the system would take the name to end
-    return std::nullopt;
-  }
-  std::error_code error;
-  const auto root = fs::canonical(directory, error);
-  const auto file = error ? fs::path() : fs::canonical(root / name, error);
-  if (error || !fs::is_regular_file(file, error)) {
-    return std::nullopt;
-  }
-  if (std::mismatch(root.begin(), root.end(), file.begin(), file.end()).first != root.end()) {
-    return std::nullopt;
-  }
-  std::ifstream stream(file, std::ios::binary);
-  const auto size = fs::file_size(file, error);
-  if (error) {
-    return std::nullopt;
-  }
-  std::string contents(size, '\0');  // At once: one that grew would take a multiple of the memory.
-  const bool isRead = stream.read(contents.data(), static_cast<std::streamsize>(size)).good();
-  return isRead ? std::optional(std::move(contents)) : std::nullopt;
+  const auto file = fileBelow(directory, name);
+  return file ? contentsOf(*file) : std::nullopt;
 }
 
 std::vector<std::pair<std::string, std::string>> sentHeaders(const httplib::Headers& headers) {
@@ -142,13 +125,14 @@ std::string_view ServiceRequest::header(std::string_view name) const {
 
 class EmbeddedService::Server {
  public:
-  Server(foundation::Runtime& runtime, fs::path firmwareDirectory)
+  Server(foundation::Runtime& runtime, fs::path firmwareDirectory, std::uint16_t wantedPort)
       : runtime_(runtime), firmwareDirectory_(std::move(firmwareDirectory)), waits_(runtime) {
     writeCaFile();
     route();
-    const int port = http_.is_valid() ? http_.bind_to_any_port("127.0.0.1") : -1;
+    const int port = http_.is_valid() ? bind(wantedPort) : -1;
     if (port <= 0) {
-      throw std::runtime_error("The firmware service could not be started on 127.0.0.1.");
+      throw std::runtime_error("The firmware service could not be started on 127.0.0.1" +
+                               (wantedPort == 0 ? "." : fmt::format(", port {}.", wantedPort)));
     }
     baseAddress_ = fmt::format("https://127.0.0.1:{}", port);
     listen();
@@ -174,6 +158,11 @@ class EmbeddedService::Server {
   void setFaults(ServiceFaults faults) {
     const std::lock_guard lock(mutex_);
     faults_ = std::move(faults);
+  }
+
+  void setRequestListener(RequestListener listener) {
+    const std::lock_guard lock(mutex_);
+    listenToRequest_ = std::move(listener);
   }
 
   std::vector<ServiceRequest> requests() const {
@@ -243,8 +232,21 @@ class EmbeddedService::Server {
     http_.set_keep_alive_timeout(patience);
     http_.set_read_timeout(patience);
     http_.set_write_timeout(patience);
-    // The library's own options would let another server share the port.
-    http_.set_socket_options([](socket_t) {});
+    // The library's own options would let another server share the port. With this one, connections that have
+    // just ended don't keep it from being used again.
+    http_.set_socket_options([](socket_t socket) {
+      const int yes = 1;
+      ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
+  }
+
+  /// The port, or -1. Any port for 0.
+  int bind(std::uint16_t wantedPort) {
+    const std::string host = "127.0.0.1";
+    if (wantedPort == 0) {
+      return http_.bind_to_any_port(host);
+    }
+    return http_.bind_to_port(host, wantedPort) ? wantedPort : -1;
   }
 
   /// Returns when the server can be stopped, which it can't before it runs.
@@ -266,14 +268,23 @@ class EmbeddedService::Server {
     std::string list;
   };
 
+  /// Under the lock.
+  void note(ServiceRequest request) {
+    if (listenToRequest_) {
+      listenToRequest_(request);
+    } else {
+      requests_.push_back(std::move(request));
+    }
+  }
+
   Taken take(const httplib::Request& request) {
     const auto place = placeOf(request.path);
     const std::lock_guard lock(mutex_);
-    requests_.push_back({.time = runtime_.clock().now(),
-                         .method = request.method,
-                         .path = request.target,
-                         .headers = sentHeaders(request.headers),
-                         .body = request.body});
+    note({.time = runtime_.clock().now(),
+          .method = request.method,
+          .path = request.target,
+          .headers = sentHeaders(request.headers),
+          .body = request.body});
     if (place == ServicePlace::complete) {
       upgraded_[request.get_param_value("DEVICE_SERIAL_NUMBER")] =
           request.get_param_value("DEVICE_FIRMWARE_VERSION");
@@ -350,6 +361,7 @@ class EmbeddedService::Server {
   std::variant<std::vector<ServedDevice>, std::string> list_;
   std::map<std::string, std::string> upgraded_;  ///< the version that each device was upgraded to
   std::vector<ServiceRequest> requests_;
+  RequestListener listenToRequest_;
   DeliberateWaits waits_;
   ServiceConnections connections_;
   httplib::SSLServer http_{[this](SSL_CTX& context) { return setUpTls(context); }};
@@ -357,8 +369,8 @@ class EmbeddedService::Server {
   std::once_flag stopped_;
 };
 
-EmbeddedService::EmbeddedService(foundation::Runtime& runtime, fs::path firmwareDirectory)
-    : server_(std::make_unique<Server>(runtime, std::move(firmwareDirectory))) {}
+EmbeddedService::EmbeddedService(foundation::Runtime& runtime, fs::path firmwareDirectory, std::uint16_t port)
+    : server_(std::make_unique<Server>(runtime, std::move(firmwareDirectory), port)) {}
 
 EmbeddedService::~EmbeddedService() = default;
 
@@ -384,6 +396,10 @@ void EmbeddedService::setListText(std::string text) {
 
 void EmbeddedService::setFaults(ServiceFaults faults) {
   server_->setFaults(std::move(faults));
+}
+
+void EmbeddedService::setRequestListener(RequestListener listener) {
+  server_->setRequestListener(std::move(listener));
 }
 
 std::vector<ServiceRequest> EmbeddedService::requests() const {

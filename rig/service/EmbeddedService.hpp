@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -27,8 +29,8 @@ struct ServiceRequest {
   std::string_view header(std::string_view name) const;
 };
 
-/// A firmware service on this machine: a real server for HTTPS (RFC 9110, RFC 8446) on a port of 127.0.0.1
-/// that the system chooses. It answers
+/// A firmware service on this machine: a real server for HTTPS (RFC 9110, RFC 8446) on a port of 127.0.0.1.
+/// It answers
 ///
 ///     POST /services/loaderInfo.php       with the list of devices,
 ///     POST /services/uploadComplete.php   and
@@ -42,9 +44,12 @@ struct ServiceRequest {
 /// All operations may be called on any thread. The process ignores SIGPIPE from the first service on.
 class EmbeddedService {
  public:
-  /// Starts the service, with an empty list and without faults. The runtime must outlive it. Throws
-  /// std::runtime_error if it can't be started.
-  EmbeddedService(foundation::Runtime& runtime, std::filesystem::path firmwareDirectory);
+  using RequestListener = std::function<void(const ServiceRequest&)>;
+
+  /// Starts the service, with an empty list and without faults. The system chooses the port if it is 0. The
+  /// runtime must outlive the service. Throws std::runtime_error if it can't be started.
+  EmbeddedService(foundation::Runtime& runtime, std::filesystem::path firmwareDirectory,
+                  std::uint16_t port = 0);
 
   /// Stops the service.
   ~EmbeddedService();
@@ -69,7 +74,14 @@ class EmbeddedService {
   /// How the service misbehaves from now on. Requests that it has taken already stay under the old faults.
   void setFaults(ServiceFaults faults);
 
-  /// What was sent until now, in the order of its arrival.
+  /// From now on each request is handed over, on a thread of the service and one at a time, instead of being
+  /// kept. The listener must not call the service.
+  ///
+  /// Thread-safe: yes.
+  /// Realtime-safe: no, it locks.
+  void setRequestListener(RequestListener listener);
+
+  /// What was sent until now and kept, in the order of its arrival.
   std::vector<ServiceRequest> requests() const;
 
   /// The connections that are open, those in the middle of their handshake included.

@@ -30,6 +30,7 @@ struct Row {
   static_assert(std::is_same_v<typename Integer::storage_type, Storage>);
   static_assert(sizeof(Integer) == sizeof(Storage) && std::is_trivially_copyable_v<Integer>);
   static_assert(Integer().value() == 0 && Integer::minimum().value() == 0);
+  static_assert(std::numeric_limits<Integer>::max() == Integer::maximum());
   static_assert(Integer::maximum().value() == Maximum);
   static_assert(!std::is_convertible_v<int, Integer> && !std::is_convertible_v<Integer, int>);
 };
@@ -163,6 +164,10 @@ void expectArithmetic(Integer a, Integer b) {
     expect(x % y, a % b, [b](Integer& it) { return it %= b; });
   }
   ASSERT_EQ(a.distanceTo(b), y - x);
+  if (x < y) {
+    auto step = a;
+    ASSERT_TRUE(step++ == a && step-- > a && ++step > a && --step == a);
+  }
   ASSERT_EQ(a == b, x == y);
   ASSERT_EQ(a <=> b, x <=> y);
   ASSERT_EQ(std::hash<Integer>{}(a) == std::hash<Integer>{}(b), x == y);

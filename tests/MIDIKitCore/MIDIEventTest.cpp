@@ -71,9 +71,12 @@ TEST(MIDIEventTest, GivesItsPayloadByType) {
 }
 
 TEST(MIDIEventTest, VisitCallsTheHandlerOfTheRecord) {
+  int count = 0;
+  auto counts = [count](const auto&) mutable { return ++count; };
   for (const MIDIEvent& event : oneOfEach(1_u4)) {
     const bool isNoteOn = event.visit([](const NoteOn&) { return true; }, [](const auto&) { return false; });
     EXPECT_EQ(isNoteOn, event.kind() == MIDIEvent::Kind::noteOn);
+    EXPECT_EQ(event.visit(counts), ++count) << "the visitor itself";
   }
   MIDIEvent event = MIDIEvent::cc(7_u7, Amount::midi1(64_u7), 1_u4);
   event.visit([](CC& cc) { cc.controller = Controller::sustainPedal; }, [](auto&) {});

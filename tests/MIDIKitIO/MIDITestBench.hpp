@@ -5,6 +5,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "MIDIKitCore/MIDIIOError.hpp"
 #include "foundation/VirtualRuntime.hpp"
@@ -20,6 +22,16 @@ inline std::optional<core::MIDIIOError> errorOf(const std::function<void()>& cal
     return error;
   }
   return std::nullopt;
+}
+
+/// The names of objects, in their order.
+template <class Object>
+std::vector<std::string> namesOf(const std::vector<Object>& objects) {
+  std::vector<std::string> names;
+  for (const auto& object : objects) {
+    names.push_back(object.name);
+  }
+  return names;
 }
 
 /// A service on virtual time, on a platform that has everything, with nothing attached.

@@ -77,16 +77,6 @@ class ManagerBench : public MIDITestBench {
   std::vector<std::string> received_;
 };
 
-/// The names of endpoints, in their order.
-template <class Endpoint>
-std::vector<std::string> namesOf(const std::vector<Endpoint>& endpoints) {
-  std::vector<std::string> names;
-  for (const auto& endpoint : endpoints) {
-    names.push_back(endpoint.name);
-  }
-  return names;
-}
-
 inline MIDIEndpointIdentity uniqueID(std::int32_t number) {
   return MIDIEndpointIdentity::uniqueID(number);
 }

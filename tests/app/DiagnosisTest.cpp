@@ -30,7 +30,7 @@ Diagnosis allIsWell() {
   return {.time = "2026-11-23 22:44:41 UTC",
           .program = "karvex-console 1.0.0",
           .system = {.system = "Debian GNU/Linux 12 (bookworm), Linux 6.1.0-28-amd64 x86_64",
-                     .rulesFile = "/usr/lib/udev/rules.d/70-karvex.rules",
+                     .rulesFile = "/usr/lib/udev/rules.d/60-karvex.rules",
                      .udevdRuns = true,
                      .midiNode = "/dev/snd/seq"},
           .service = {.address = "https://firmware.example.com/services/loaderInfo.php",
@@ -109,9 +109,9 @@ TEST(SystemSurveyTest, FindsTheRulesAndTheProgramsThatMeddle) {
   EXPECT_THAT(system.interferingPrograms, ElementsAre("ModemManager (process 812)"));
   EXPECT_EQ(system.midiObstacle, "");
   fs::create_directories(root / "etc/udev/rules.d");
-  fs::create_symlink("/dev/null", root / "etc/udev/rules.d/70-karvex.rules");
+  fs::create_symlink("/dev/null", root / "etc/udev/rules.d/60-karvex.rules");
   system = surveySystem(root);
-  EXPECT_EQ(system.rulesFile, root / "etc/udev/rules.d/70-karvex.rules") << "/etc goes first";
+  EXPECT_EQ(system.rulesFile, root / "etc/udev/rules.d/60-karvex.rules") << "/etc goes first";
   EXPECT_TRUE(system.rulesAreOff);
 }
 

@@ -10,8 +10,7 @@ import signal
 import sys
 import time
 
-from application_runner import Application, Front, Lines, Terminal, Window, main
-from rig_runner import require, require_equal
+from runner import Front, Lines, Rig, Terminal, Window, main, require, require_equal
 
 REPORT_TAKES = 2.0
 """Seconds that the slow service lets the last report wait."""
@@ -45,32 +44,32 @@ def require_upgraded(front: Front) -> None:
 
 
 @contextmanager
-def each_front(application: Application, *arguments: str) -> Iterator[list[Front]]:
+def each_front(rig: Rig, *arguments: str) -> Iterator[list[Front]]:
     """The application in all of its fronts at once."""
     with ExitStack() as stack:
-        yield [stack.enter_context(kind(application.program, *arguments)) for kind in (Lines, Terminal, Window)]
+        yield [stack.enter_context(kind(rig.program, *arguments)) for kind in (Lines, Terminal, Window)]
 
 
-def an_unknown_MCU_ends_the_process(application: Application) -> None:
+def an_unknown_MCU_ends_the_process(rig: Rig) -> None:
     complaint = 'Unknown MCU type "TEENSY99"'
-    with each_front(application, *RUN, "--service", "unknown-mcu") as fronts:
+    with each_front(rig, *RUN, "--service", "unknown-mcu") as fronts:
         for front in fronts:
             require_ended(front, 1)
             require(complaint in front.errors(), f"{type(front).__name__}: {front.last_words()!r}")
             require_equal("boards in the report", len(front.report()["boards"]), 1)
 
 
-def what_went_wrong_is_told_behind_the_page(application: Application) -> None:
-    with Terminal(application.program, *RUN, "--service", "unknown-mcu", has_errors=True) as terminal:
+def what_went_wrong_is_told_behind_the_page(rig: Rig) -> None:
+    with Terminal(rig.program, *RUN, "--service", "unknown-mcu", has_errors=True) as terminal:
         require_ended(terminal, 1)
         behind = terminal.screen.split("\x1b[?1049l")[-1]
         require('Unknown MCU type "TEENSY99"' in behind, f"behind the page stands {behind!r}")
         require(behind.endswith("0 of 1 devices upgraded.\r\n"), f"behind the page stands {behind!r}")
 
 
-def a_signal_ends_an_idle_program(application: Application) -> None:
+def a_signal_ends_an_idle_program(rig: Rig) -> None:
     for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
-        with each_front(application, "--service", "silent@list") as fronts:
+        with each_front(rig, "--service", "silent@list") as fronts:
             for front in fronts:
                 front.wait_for("its temporary files", lambda: any(front.temporary.iterdir()))
             time.sleep(0.3)  # Until the fronts are there; ahead of them, a signal ends the program as any other.
@@ -79,9 +78,9 @@ def a_signal_ends_an_idle_program(application: Application) -> None:
                 require_ended(front, 0)
 
 
-def a_signal_waits_for_the_run(application: Application) -> None:
+def a_signal_waits_for_the_run(rig: Rig) -> None:
     """A process and its group are often signalled one right behind the other; that is one request."""
-    with each_front(application, *RUN) as fronts:
+    with each_front(rig, *RUN) as fronts:
         for front in fronts:
             front.wait_for_log(IN_THE_MIDDLE)
         for number in (signal.SIGTERM, signal.SIGTERM, signal.SIGHUP):
@@ -98,8 +97,8 @@ def a_signal_waits_for_the_run(application: Application) -> None:
             require_upgraded(front)
 
 
-def a_second_signal_ends_at_once(application: Application) -> None:
-    with each_front(application, *RUN, "--board", "1:enters-late=9000") as fronts:
+def a_second_signal_ends_at_once(rig: Rig) -> None:
+    with each_front(rig, *RUN, "--board", "1:enters-late=9000") as fronts:
         for front in fronts:
             front.wait_for_log(IN_THE_MIDDLE)
         for number in (signal.SIGHUP, signal.SIGINT, signal.SIGHUP, signal.SIGTERM):
@@ -111,9 +110,9 @@ def a_second_signal_ends_at_once(application: Application) -> None:
             require_ended(front, 128 + signal.SIGTERM)
 
 
-def leaving_by_key_waits_for_the_run_and_its_report(application: Application) -> None:
+def leaving_by_key_waits_for_the_run_and_its_report(rig: Rig) -> None:
     slowly = f"slow@complete={int(REPORT_TAKES * 1000)}"
-    with Terminal(application.program, "--boards", "1", "--service", slowly) as terminal:
+    with Terminal(rig.program, "--boards", "1", "--service", slowly) as terminal:
         terminal.see("1 - ")
         terminal.press("j")
         terminal.see("u: Upload Firmware")
@@ -127,8 +126,8 @@ def leaving_by_key_waits_for_the_run_and_its_report(application: Application) ->
         require_upgraded(terminal)
 
 
-def leaving_by_key_shows_a_failure_first(application: Application) -> None:
-    with Terminal(application.program, "--boards", "1", "--board", "1:port-snatched") as terminal:
+def leaving_by_key_shows_a_failure_first(rig: Rig) -> None:
+    with Terminal(rig.program, "--boards", "1", "--board", "1:port-snatched") as terminal:
         terminal.see("1 - ")
         terminal.press("j")
         terminal.see("u: Upload Firmware")
@@ -140,8 +139,8 @@ def leaving_by_key_shows_a_failure_first(application: Application) -> None:
         require_ended(terminal, 0)
 
 
-def a_new_size_is_drawn_at_once(application: Application) -> None:
-    with Terminal(application.program, "--boards", "1") as terminal:
+def a_new_size_is_drawn_at_once(rig: Rig) -> None:
+    with Terminal(rig.program, "--boards", "1") as terminal:
         terminal.see("q: quit")
         terminal.resize(20, 60)
         terminal.process.send_signal(signal.SIGWINCH)  # From whoever owns the terminal.

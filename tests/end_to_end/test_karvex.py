@@ -5,17 +5,16 @@ It runs on this machine's own platform, with whatever equipment, sequencer and n
 Run: python3 test_karvex.py --program PATH
 """
 
-import argparse
 from collections.abc import Iterator
 from contextlib import contextmanager
 import os
 from pathlib import Path
 import signal
 import subprocess
-import tempfile
+import sys
 import time
 
-from rig_runner import require, require_equal
+from runner import Rig, main, require, require_equal
 
 LIMIT_SECONDS = 60.0
 """For what takes well under a second on a machine with nothing else to do."""
@@ -58,7 +57,8 @@ class Desktop:
         return self.printed_urls()
 
 
-def check_urls_of_later_starts_reach_the_first(desktop: Desktop) -> None:
+def urls_of_later_starts_reach_the_first(rig: Rig) -> None:
+    desktop = Desktop(rig.program, rig.directory)
     expected = ["URL reçue : karvex://from-the-desktop"]
     with desktop.first("karvex://from-the-desktop") as first:
         require_equal("the first start's own URL", desktop.wait_for_urls(1), expected)
@@ -74,7 +74,18 @@ def check_urls_of_later_starts_reach_the_first(desktop: Desktop) -> None:
         require(first.poll() is None, "the first start ended because of a later one")
 
 
-def check_a_killed_one_is_in_nobodys_way(desktop: Desktop) -> None:
+def without_a_display_it_names_the_other_front(rig: Rig) -> None:
+    away = {name: value for name, value in os.environ.items() if name not in ("DISPLAY", "WAYLAND_DISPLAY")}
+    for environment in (away, {**away, "DISPLAY": ":4711"}):
+        ended = subprocess.run([str(rig.program)], capture_output=True, timeout=LIMIT_SECONDS, check=False,
+                               env={**environment, "QT_QPA_PLATFORM": "xcb"})
+        require_equal("status without a display", ended.returncode, 1)
+        require_equal("lines without a display", ended.stderr.count(b"\n"), 1)
+        require(b"use karvex-console" in ended.stderr, f"without a display: {ended.stderr!r}")
+
+
+def a_killed_one_is_in_nobodys_way(rig: Rig) -> None:
+    desktop = Desktop(rig.program, rig.directory)
     with desktop.first("karvex://killed"):
         desktop.wait_for_urls(1)
     with desktop.first("karvex://next"):
@@ -83,26 +94,16 @@ def check_a_killed_one_is_in_nobodys_way(desktop: Desktop) -> None:
         require_equal("URLs printed by the start behind a killed one", len(desktop.wait_for_urls(2)), 2)
 
 
-def check_the_session_can_end_it(desktop: Desktop) -> None:
+def the_session_can_end_it(rig: Rig) -> None:
+    desktop = Desktop(rig.program, rig.directory)
     with desktop.first("karvex://ended") as first:
         desktop.wait_for_urls(1)
         first.send_signal(signal.SIGTERM)
         require_equal("the exit status of a program that the session ends", first.wait(LIMIT_SECONDS), 0)
 
 
-CHECKS = (check_urls_of_later_starts_reach_the_first, check_a_killed_one_is_in_nobodys_way,
-          check_the_session_can_end_it)
-
-
-def main() -> None:
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program", type=Path, required=True)
-    program = parser.parse_args().program.resolve()
-    for check in CHECKS:
-        with tempfile.TemporaryDirectory(prefix="karvex-") as directory:
-            check(Desktop(program, Path(directory)))
-        print(f"{check.__name__}: ok")
-
+CHECKS = (urls_of_later_starts_reach_the_first, without_a_display_it_names_the_other_front,
+          a_killed_one_is_in_nobodys_way, the_session_can_end_it)
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main("Check the desktop application's way into a session.", CHECKS))

@@ -3,13 +3,10 @@
 Run: python3 test_midi.py --program PATH
 """
 
-import argparse
-from pathlib import Path
 import re
-import subprocess
 import sys
 
-from rig_runner import RUN_LIMIT_SECONDS, require, require_equal
+from runner import Rig, main, require, require_equal
 
 OBJECT_LINE = re.compile(r'( *)(device|entity|output|input) "(.*)"  ID (-?\d+)(  offline)?$')
 EVENT_LINE = re.compile(r"\[ *(\d+\.\d{3})\] (\w+)")
@@ -18,23 +15,12 @@ DEVICE_PROPERTIES = 39
 """Of the 45 properties, those that a device can have."""
 
 
-class Midi:
-    """The command under test."""
-
-    def __init__(self, program: Path) -> None:
-        self._program = program
-
-    def run(self, *arguments: str) -> subprocess.CompletedProcess[str]:
-        command = [str(self._program), "midi", *arguments, "--time", "fast"]
-        return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False,
-                              timeout=RUN_LIMIT_SECONDS)
-
-    def lines(self, *arguments: str) -> list[str]:
-        """What a run that goes well prints."""
-        run = self.run(*arguments)
-        require_equal("exit status", run.returncode, 0)
-        require_equal("standard error", run.stderr, "")
-        return run.stdout.splitlines()
+def lines_of(rig: Rig, *arguments: str) -> list[str]:
+    """What a run that goes well prints."""
+    run = rig.run_plainly("midi", *arguments, "--time", "fast")
+    require_equal("exit status", run.exit_status, 0)
+    require_equal("standard error", run.errors, "")
+    return run.lines
 
 
 def objects_in(lines: list[str]) -> list[re.Match[str]]:
@@ -47,38 +33,38 @@ def properties_in(lines: list[str]) -> dict[str, str]:
     return {pair[1].rstrip(): pair[2] for pair in pairs if pair}
 
 
-def the_tree(midi: Midi) -> None:
-    lines = midi.lines("--boards", "2")
+def the_tree(rig: Rig) -> None:
+    lines = lines_of(rig, "--boards", "2")
     found = objects_in(lines)
     require_equal("lines", len(lines), len(found))
     shape = [(len(match[1]), match[2]) for match in found]
     require_equal("tree", shape, 2 * [(0, "device"), (2, "entity"), (4, "output"), (4, "input")])
     require_equal("distinct unique IDs", len({match[4] for match in found}), len(found))
-    require_equal("no boards", midi.lines("--boards", "0"), [])
+    require_equal("no boards", lines_of(rig, "--boards", "0"), [])
 
 
-def properties_of_one_object(midi: Midi) -> None:
-    name, unique_id = objects_in(midi.lines())[0].group(3, 4)
-    lines = midi.lines("--object", unique_id)
+def properties_of_one_object(rig: Rig) -> None:
+    name, unique_id = objects_in(lines_of(rig))[0].group(3, 4)
+    lines = lines_of(rig, "--object", unique_id)
     properties = properties_in(lines)
     require_equal("number of properties", len(properties), DEVICE_PROPERTIES)
     for label, text in {"Name": name, "Unique ID": unique_id, "Is Offline": "No", "Manufacturer": "Virtual boards",
                         "Receive Channels": "0b00000000", "Image (File URL)": "-"}.items():
         require_equal(label, properties[label], text)
-    everything = properties_in(midi.lines("--object", unique_id, "--all-properties"))
+    everything = properties_in(lines_of(rig, "--object", unique_id, "--all-properties"))
     require_equal("number of all properties", len(everything), 45)
-    by_name = midi.lines("--object", name)
+    by_name = lines_of(rig, "--object", name)
     require(len(by_name) > len(lines), "entity and endpoints have the device's name, too")
 
 
-def an_object_that_is_not_there(midi: Midi) -> None:
-    run = midi.run("--object", "nothing", "--follow")
-    require_equal("exit status", run.returncode, 2)
-    require("nothing" in run.stderr, f"standard error: {run.stderr!r}")
+def an_object_that_is_not_there(rig: Rig) -> None:
+    run = rig.run_plainly("midi", "--object", "nothing", "--follow", "--time", "fast")
+    require_equal("exit status", run.exit_status, 2)
+    require("nothing" in run.errors, f"standard error: {run.errors!r}")
 
 
-def the_notifications_of_the_scene(midi: Midi) -> None:
-    lines = midi.lines("--follow")
+def the_notifications_of_the_scene(rig: Rig) -> None:
+    lines = lines_of(rig, "--follow")
     events = [match.groups() for line in lines if (match := EVENT_LINE.match(line))]
     comes = [("0.500", "added")] * 4 + [("0.500", "setupChanged")]
     leaves, returns = ([(at, "propertyChanged"), (at, "setupChanged")] for at in ("1.000", "4.300"))
@@ -86,11 +72,11 @@ def the_notifications_of_the_scene(midi: Midi) -> None:
     counts = [line.strip() for line in lines if line.endswith(" offline") and not OBJECT_LINE.match(line)]
     require_equal("what the handler saw", counts,
                   [f"4 devices, {offline} of them offline" for offline in (0, 1, 0)])
-    require_equal("a second run", midi.lines("--follow"), lines)
+    require_equal("a second run", lines_of(rig, "--follow"), lines)
 
 
-def following_ends_when_it_is_told_to(midi: Midi) -> None:
-    lines = midi.lines("--follow", "--for", "2")
+def following_ends_when_it_is_told_to(rig: Rig) -> None:
+    lines = lines_of(rig, "--follow", "--for", "2")
     require_equal("last line", lines[-1].strip(), "4 devices, 1 of them offline")
 
 
@@ -111,31 +97,16 @@ TRAFFIC = {
 }
 
 
-def what_is_sent_played_and_forwarded(midi: Midi) -> None:
+def what_is_sent_played_and_forwarded(rig: Rig) -> None:
     for arguments, lines in TRAFFIC.items():
-        require_equal(" ".join(arguments), midi.lines(*arguments), lines)
+        require_equal(" ".join(arguments), lines_of(rig, *arguments), lines)
     for arguments in (("send", "3C"), ("monitor", "90 3"), ("thru", "--boards", "1")):
-        require_equal(f"exit status of {arguments}", midi.run(*arguments).returncode, 2)
+        require_equal(f"exit status of {arguments}", rig.run_plainly("midi", *arguments).exit_status, 2)
 
 
 CHECKS = (the_tree, properties_of_one_object, an_object_that_is_not_there, the_notifications_of_the_scene,
           following_ends_when_it_is_told_to, what_is_sent_played_and_forwarded)
 
 
-def main() -> int:
-    parser = argparse.ArgumentParser(description="Check what karvex-rig midi prints.")
-    parser.add_argument("--program", type=Path, required=True, help="the karvex-rig to test")
-    midi = Midi(parser.parse_args().program.resolve(strict=True))
-    failed = 0
-    for check in CHECKS:
-        try:
-            check(midi)
-        except (AssertionError, KeyError, IndexError, OSError, subprocess.TimeoutExpired) as error:
-            failed += 1
-            print(f"FAILED {check.__name__.replace('_', ' ')}: {type(error).__name__}: {error}")
-    print(f"test_midi.py: {len(CHECKS) - failed} passed, {failed} failed")
-    return 1 if failed else 0
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(main("Check what karvex-rig midi prints.", CHECKS))

@@ -9,9 +9,14 @@ namespace {
 
 class FirmwareImageTest : public testing::Test {
  protected:
-  FirmwareImageTest() { clear_image(); }
+  FirmwareImageTest() {
+    write(0x000, 0x00);
+    write(0xFFFFFD, 0x00);
+    clear_image();
+  }
 
   static void write(std::size_t address, std::uint8_t byte) {
+    note_written(address, 1);
     image_bytes[address] = byte;
     image_mask[address] = 1;
   }

@@ -22,7 +22,6 @@ std::vector<std::uint8_t> block_report(const char* mcu, std::uint32_t address) {
 }
 
 TEST(HalfkayReportTest, TheHeaderHoldsTheAddressAsTheTargetWantsIt) {
-  clear_image();
   struct HeaderCase {
     const char* mcu;
     std::uint32_t address;
@@ -41,6 +40,8 @@ TEST(HalfkayReportTest, TheHeaderHoldsTheAddressAsTheTargetWantsIt) {
   };
   for (const auto& example : header_cases) {
     SCOPED_TRACE(example.mcu);
+    note_written(example.address, 1);
+    image_mask[example.address] = 1;
     image_bytes[example.address] = 0x5A;
     const auto report = block_report(example.mcu, example.address);
     ASSERT_EQ(report.size(), example.length);
@@ -50,17 +51,7 @@ TEST(HalfkayReportTest, TheHeaderHoldsTheAddressAsTheTargetWantsIt) {
     EXPECT_THAT(std::vector(address_end, header_end), Each(0));
     EXPECT_EQ(*header_end, 0x5A);
     EXPECT_THAT(std::vector(header_end + 1, report.end()), Each(0xFF));
-    image_bytes[example.address] = 0xFF;
-  }
-}
-
-TEST(HalfkayReportTest, EveryMcuHasALayoutOfItsReportLength) {
-  for (const auto& mcu : mcu_table()) {
-    const auto layout = layout_for(mcu.code_size, mcu.block_size);
-    ASSERT_TRUE(layout) << mcu.name;
-    EXPECT_EQ(layout->length, report_length(mcu.block_size)) << mcu.name;
-    EXPECT_EQ(layout->length - layout->data_offset, static_cast<std::size_t>(mcu.block_size)) << mcu.name;
-    EXPECT_LE(layout->length, longest_report) << mcu.name;
+    clear_image();
   }
 }
 

@@ -111,16 +111,6 @@ TEST_F(LoadTest, OnlyTheFirstBlockAndThoseThatWriteSomethingAreSent) {
   EXPECT_THAT(std::vector(reports[0].begin() + 64, reports[0].end()), Each(0xFF));
 }
 
-TEST_F(LoadTest, ReportsHaveTheLengthOfTheTarget) {
-  const std::pair<const char*, std::size_t> lengths[] = {
-      {"TEENSY2", 130}, {"at90usb646", 258}, {"TEENSY2PP", 258}, {"TEENSYLC", 576}, {"TEENSY41", 1088}};
-  for (const auto& [mcu, length] : lengths) {
-    reports.clear();
-    ASSERT_EQ(load(hex_end, mcu), "Success");
-    EXPECT_THAT(reports, ElementsAre(SizeIs(length), SizeIs(length))) << mcu;
-  }
-}
-
 TEST_F(LoadTest, TheDeadlinesOfTheFirstBlockALaterOneAndTheBootReport) {
   struct DeadlineCase {
     std::size_t first_refused;
@@ -177,13 +167,6 @@ TEST_F(LoadTest, ABoardThatNeverComesIsWaitedForTwentyFiveSecondsOfVirtualTimeAn
   EXPECT_EQ(searches.back(), "25000 search 16C0:0478");
   EXPECT_EQ(events({"log"}).back(),
             "25500 log > KARVEX Could not open Teensy after programming mode has been set : Abort\n");
-}
-
-TEST_F(LoadTest, ABoardThatComesLateIsFoundAndTheFailedAttemptsCounted) {
-  on_search = [this] { return elapsed() < 24s ? hid_search::none : hid_search::found; };
-  EXPECT_EQ(load(hex_end), "Success");
-  EXPECT_THAT(events(), Contains("25000 log > KARVEX : Teensy HID device open successful after 9 loops"));
-  EXPECT_EQ(get_load_status(), LOAD_STATUS_SUCCESS);
 }
 
 TEST_F(LoadTest, ABoardThatMayNotBeOpenedEndsTheWaitAtOnce) {
@@ -259,17 +242,6 @@ TEST_F(LoadTest, AFailedLoadLeavesNoProgressToTheNext) {
   EXPECT_EQ(load_url("file:///nowhere/a.hex"), "Error: Could not read file");
   EXPECT_EQ(get_load_progress().blocks_sent, 0U);
   EXPECT_EQ(get_load_progress().blocks_to_send, 0U);
-}
-
-TEST_F(LoadTest, ALoadBehindAFailedOneStartsFresh) {
-  refuse_from(0);
-  EXPECT_EQ(load(hex_data(0, 5000)), "Success");
-  EXPECT_EQ(get_load_status(), LOAD_STATUS_ERROR_PROGRAM);
-  EXPECT_EQ(get_load_progress().blocks_sent, 0U);
-  on_report = [](std::size_t) { return hid_delivery::sent; };
-  EXPECT_EQ(load(hex_data(0x400, 10)), "Success");
-  EXPECT_EQ(get_load_status(), LOAD_STATUS_SUCCESS);
-  EXPECT_THAT(reports, SizeIs(3)) << "two blocks and the boot report: nothing of the first file";
 }
 
 }  // namespace

@@ -22,19 +22,6 @@ TEST_F(McuTableTest, ANameIsFoundInAnyLetterCaseAndOnlyWhole) {
   }
 }
 
-TEST_F(McuTableTest, ChipsAndBoardsOfTheSameMakeHaveTheSameSizes) {
-  const std::pair<const char*, const char*> twins[] = {
-      {"imxrt1062", "TEENSY40"},    {"mk64fx512", "TEENSY35"}, {"atmega32u4", "TEENSY2"},
-      {"TEENSY31", "TEENSY32"},     {"mk66fx1m0", "TEENSY36"}, {"mkl26z64", "TEENSYLC"},
-      {"at90usb1286", "TEENSY2PP"},
-  };
-  for (const auto& [chip, board] : twins) {
-    EXPECT_EQ(find_mcu(chip)->code_size, find_mcu(board)->code_size) << chip;
-    EXPECT_EQ(find_mcu(chip)->block_size, find_mcu(board)->block_size) << chip;
-  }
-  EXPECT_EQ(mcu_table().size(), 21U);
-}
-
 TEST_F(McuTableTest, AnUnknownNameEndsTheProcessBehindTheListOfKnownOnes) {
   const std::pair<const char*, std::string> wrong[] = {
       {nullptr, "0 error No MCU specified.\n"},
@@ -60,15 +47,6 @@ TEST_F(McuTableTest, AnUnknownNameEndsTheProcessBehindTheListOfKnownOnes) {
   }
   EXPECT_THAT(printed(), testing::StartsWith("Supported MCUs are:\n - at90usb162\n - atmega32u4\n"));
   EXPECT_THAT(printed(), testing::EndsWith(" - TEENSY41\n - TEENSY_MICROMOD\n"));
-}
-
-TEST(LoadStatusTest, TheTextsAreThoseOfTheNumbersZeroToTwelve) {
-  EXPECT_STREQ(load_status_text(LOAD_STATUS_IDLE), "Idle");
-  EXPECT_STREQ(load_status_text(LOAD_STATUS_CHECKING_DEVICE), "Checking device state...");
-  EXPECT_STREQ(load_status_text(LOAD_STATUS_ERROR_UNKNOWN_MCU), "Error - Unknown MCU device");
-  EXPECT_STREQ(load_status_text(LOAD_STATUS_ERROR_PERMISSION), "Permission denied");
-  EXPECT_EQ(load_status_text(13), nullptr);
-  EXPECT_EQ(load_status_text(0xFFFFFFFF), nullptr);
 }
 
 }  // namespace

@@ -4,7 +4,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <system_error>
 #include <vector>
+
+#include "foundation/TemporaryDirectory.hpp"
 
 namespace karvex::rig {
 namespace {
@@ -12,7 +15,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using Bytes = std::vector<std::uint8_t>;
 
 /// A board on its own, with everything that it tells.
@@ -157,56 +159,28 @@ TEST(VirtualBoardTest, WhatABootloaderWouldStumbleOverIsRefusedWithAComplaint) {
   EXPECT_EQ(std::ranges::count(bench.board.flash(), 0xFF), 0x40000);
 }
 
-TEST(VirtualBoardTest, FaultsShowThemselvesWhenTheirTimeComes) {
+TEST(VirtualBoardTest, WhatIsInAFileIsThereForTheNextProcess) {
+  const foundation::TemporaryDirectory directory;
+  const auto& kind = *findBoardKind("TEENSY2");
+  const auto remembered = [&] {
+    return VirtualBoard(kind, "42", {}, BoardMemory(kind.flashSize, directory.path() / "42"));
+  };
+  const foundation::TimePoint now{};
+  EXPECT_EQ(remembered().state(), BoardState::running);
+  EXPECT_EQ(std::ranges::count(remembered().flash(), 0xFF), kind.flashSize);
   {
-    Bench bench("TEENSY2", {.neverEntersHalfKay = true});
-    bench.enterHalfKay();
-    EXPECT_EQ(bench.board.state(), BoardState::running);
+    auto board = remembered();
+    board.setLineSpeed(now, 134);
   }
-  {
-    Bench bench("TEENSY2", {.entersHalfKayAfter = 5s});
-    bench.enterHalfKay();
-    EXPECT_EQ(bench.board.state(), BoardState::switching);
-    bench.pass(3600ms);
-    EXPECT_EQ(bench.board.state(), BoardState::halfKay);
-  }
-  {
-    Bench bench("TEENSY2", {.refusesReportsFor = 700ms});
-    bench.enterHalfKay();
-    bench.pass(10s);
-    bench.deliver(bench.block(0, 1));
-    EXPECT_EQ(bench.events.back(), "12400 report 0") << "700 ms from the first offer, and the erase";
-  }
-  {
-    Bench bench("TEENSY2", {.refusesReportsForGood = true});
-    bench.enterHalfKay();
-    EXPECT_EQ(bench.offer(bench.boot(130)), ReportOutcome::refused);
-    EXPECT_THAT(bench.board.complaints(), IsEmpty());
-  }
-  {
-    Bench bench("TEENSY2", {.vanishesAtBlock = 1});
-    bench.enterHalfKay();
-    bench.deliver(bench.block(0, 1));
-    EXPECT_EQ(bench.offer(bench.block(0x80, 1)), ReportOutcome::gone);
-    EXPECT_EQ(bench.board.state(), BoardState::gone);
-    EXPECT_EQ(bench.board.flash()[0x80], 0xFF);
-  }
-  {
-    Bench bench("TEENSY2", {.neverReturns = true});
-    bench.enterHalfKay();
-    bench.deliver(bench.boot(130));
-    bench.pass(1h);
-    EXPECT_EQ(bench.board.state(), BoardState::gone);
-  }
-  {
-    Bench bench("TEENSY2", {.returnsAfter = 4s});
-    bench.enterHalfKay();
-    bench.deliver(bench.boot(130));
-    bench.pass(4s - 1ms);
-    EXPECT_EQ(bench.board.state(), BoardState::rebooting);
-    bench.pass(1ms);
-    EXPECT_EQ(bench.board.state(), BoardState::running);
-  }
+  auto board = remembered();
+  EXPECT_EQ(board.state(), BoardState::halfKay) << "it was on its way there";
+  const Bytes block(kind.reportLength(), 0);
+  board.takeReport(now, block);
+  board.takeReport(now + VirtualBoard::eraseTime, block);
+  EXPECT_EQ(remembered().flash()[0], 0) << "also when the process doesn't end";
+  board.unplug(now + VirtualBoard::eraseTime);
+  EXPECT_EQ(remembered().state(), BoardState::running) << "somebody plugged it in again";
+  EXPECT_THROW(BoardMemory(1, directory.path() / "42"), std::system_error);
 }
 
 }  // namespace

@@ -84,25 +84,6 @@ TEST_F(VirtualTerminalsTest, APortHasOneOpenerUntilItIsClosed) {
   EXPECT_EQ(refusalOf(port), inUseBy("this program"));
 }
 
-TEST_F(VirtualTerminalsTest, AnotherProgramsPortIsRefusedUntilItIsVacated) {
-  terminals.occupy("1234", "minicom (process 4711)");
-  EXPECT_EQ(refusalOf(port), inUseBy("minicom (process 4711)"));
-  makeABoardsRound();
-  EXPECT_EQ(refusalOf(port), inUseBy("minicom (process 4711)"));
-  terminals.vacate("1234");
-  EXPECT_EQ(refusalOf(port), std::nullopt);
-}
-
-TEST_F(VirtualTerminalsTest, AnotherProgramThatComesAndGoesTakesNothingFromAnOpenNode) {
-  auto node = openNode();
-  terminals.occupy("1234", "minicom");
-  terminals.vacate("1234");
-  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
-  terminals.occupy("1234", "minicom");
-  node.reset();
-  EXPECT_EQ(refusalOf(port), inUseBy("minicom")) << "our close is not the other's";
-}
-
 TEST_F(VirtualTerminalsTest, AProgramThatWaitsForThePortGetsItBehindItsFirstUse) {
   terminals.occupyBehindUse("1234", "minicom");
   EXPECT_EQ(refusalOf("/dev/cu.usbmodem99991"), absent);
@@ -135,22 +116,6 @@ TEST_F(VirtualTerminalsTest, ANodeOutlivesItsPortWithoutADeviceEvenWhenTheBoardI
   node->configure(request);
   EXPECT_THAT(seen, IsEmpty());
   EXPECT_EQ(refusalOf(port), std::nullopt) << "the board's new port is free";
-}
-
-TEST_F(VirtualTerminalsTest, TheRequestForTheBootloaderMovesTheBoardOrSaysWhoIsInTheWay) {
-  device::SerialPortManagement management(terminals, runtime);
-  terminals.occupy("1234", "minicom (process 4711)");
-  EXPECT_FALSE(management.checkPortAvailability({}, port));
-  EXPECT_FALSE(management.requestHalfkayMode(port));
-  EXPECT_EQ(management.errorText.get(),
-            "Serial port " + port + " can't be opened: it is in use by minicom (process 4711)");
-  terminals.vacate("1234");
-  EXPECT_TRUE(management.checkPortAvailability({}, port));
-  EXPECT_THAT(seen, IsEmpty());
-  EXPECT_TRUE(management.requestHalfkayMode(port));
-  runtime.clock().sleepFor(VirtualBoard::usualSwitchTime);
-  EXPECT_TRUE(bus.firstHalfKayBoard().has_value());
-  EXPECT_THAT(seen, ElementsAre("134 baud", "halfkay"));
 }
 
 }  // namespace

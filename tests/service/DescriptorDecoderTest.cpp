@@ -110,6 +110,8 @@ TEST(DescriptorDecoderTest, OtherFailuresHaveTheirTexts) {
       {with("setupDelay", "5"), "Erreur : Type non conforme 'UInt32' - "},
       {with("setupDelay", -1), "Erreur : Données corrompues - "},
       {with("setupDelay", 4294967296), "Erreur : Données corrompues - "},
+      {with("setupDelay", 4294967296.0), "Erreur : Données corrompues - "},
+      {with("sequenceNumber", 9007199254740994.0), "Erreur : Données corrompues - "},
       {with("setupDelay", 0.5), "Erreur : Données corrompues - "},
       {with("setupDelay", 1e300), "Erreur : Données corrompues - "},
       {with("sequenceNumber", 9223372036854775808U), "Erreur : Données corrompues - "},
@@ -136,6 +138,10 @@ TEST(DescriptorDecoderTest, WhatIsNoJsonIsSaidTwice) {
                                               StartsWith("Erreur : Données corrompues - ")));
     EXPECT_LT(decoded.messages.front().size(), 300U);
   }
+}
+
+TEST(DescriptorDecoderTest, AnExaminationEndsAtTheMostFaults) {
+  EXPECT_EQ(examineDescriptors("[1,2,3]", 2).elements.size(), 2U);
 }
 
 }  // namespace

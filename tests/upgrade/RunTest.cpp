@@ -3,172 +3,233 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <functional>
 #include <random>
 
+#include "app/LoaderHost.hpp"
+#include "device/PortName.hpp"
 #include "foundation/NotificationCenter.hpp"
-#include "tests/upgrade/RunBench.hpp"
+#include "loader/load.hpp"
+#include "tests/upgrade/UpgradeFixture.hpp"
 
 namespace karvex::upgrade {
 namespace {
 
 using namespace std::chrono_literals;
 using testing::Contains;
-using testing::ElementsAre;
+using testing::Each;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
-TEST(RunTest, UpgradesEachDeviceFromTheSelectedOneOn) {
-  RunBench bench(5);
-  bench.appear();
-  bench.forget();
-  bench.upgradeFrom(2);
-  for (std::size_t place = 0; place < 5; ++place) {
+TEST(RunTest, UpgradesEachDeviceFromTheSelectedOneOnAndPassesOverAReportThatFails) {
+  UpgradeFixture fixture(4);
+  fixture.appear();
+  fixture.misbehave("cut-off@complete");
+  fixture.upgradeFrom(2);
+  for (std::size_t place = 0; place < 4; ++place) {
     SCOPED_TRACE(place);
-    EXPECT_EQ(bench.flashMatches(place), place >= 2);
-    EXPECT_EQ(bench.completionsOf(place), place >= 2 ? 1U : 0U);
-    EXPECT_EQ(bench.rows()[place].currentVersion == bench.rows()[place].firmwareVersion, place >= 2);
+    EXPECT_EQ(fixture.flashMatches(place), place >= 2);
+    EXPECT_EQ(fixture.completionsOf(place), place >= 2 ? 1U : 0U);
+    EXPECT_EQ(fixture.rows()[place].currentVersion == fixture.rows()[place].firmwareVersion, place >= 2);
   }
-  EXPECT_THAT(bench.statusesOf(2), ElementsAre(4U, 5U, 6U, 7U));
-  EXPECT_EQ(bench.alert(), Alert::procedureComplete);
-  EXPECT_TRUE(bench.controlsAreFree());
-  EXPECT_EQ(bench.view->selectedDeviceId.get(), std::nullopt);
-  EXPECT_EQ(bench.logged.back(), "> KARVEX : End of loading Sequence");
+  EXPECT_THAT(fixture.debugged, Not(IsEmpty()));
+  EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
+  EXPECT_TRUE(fixture.controlsAreFree());
+  EXPECT_EQ(fixture.view->selectedDeviceId.get(), std::nullopt);
+  fixture.confirm(Alert::procedureComplete);
+  fixture.runFor(5s);  // The last board comes back.
+  fixture.refresh();
+  ASSERT_EQ(fixture.rows().size(), 4U);
+  EXPECT_EQ(fixture.rows()[3].currentVersion, fixture.rows()[3].firmwareVersion) << "the service remembers";
 }
 
-TEST(RunTest, TheServiceRemembersWhatItWasToldOf) {
-  RunBench bench(1);
-  bench.appear();
-  bench.upgradeFrom(0);
-  bench.confirm(Alert::procedureComplete);
-  bench.refresh();
-  EXPECT_EQ(bench.rows()[0].currentVersion, bench.rows()[0].firmwareVersion);
+/// The worker runs to its end before setParameters looks at it.
+void hurryWorker(foundation::Runtime& runtime) {
+  auto host = app::loaderHostOn(runtime);
+  host.run_on_global_queue = [](void*, void (*job)()) { job(); };
+  loader::install_host(host);
+}
+
+/// What no fault of the rig brings about, and what the run says of it.
+TEST(RunTest, EachFailureIsToldAndTheNextRunCompletes) {
+  const struct {
+    const char* what;
+    std::function<void(UpgradeFixture&, std::size_t place)> arrange;
+    std::optional<Alert> alert;
+    const char* detail;
+    const char* line;  ///< of the log or the debug output
+    std::optional<SilentStop> stop = std::nullopt;
+  } failures[] = {
+      {"no URL", [](auto& of, auto place) { of.list(place, [](auto& d) { d.serverFile = "a file.hex"; }); },
+       std::nullopt, "", "Invalid URL : .https://", SilentStop::badUrl},
+      {"a page", [](auto& of, auto place) { of.list(place, [](auto& d) { d.serverFile = "absent.hex"; }); },
+       Alert::uploadError, "Error: Could not read file\nRefresh list then restart upgrade procedure.\n",
+       "> KARVEX : Upload failed => reason Error: Could not read file"},
+      {"the port goes",
+       [](auto& of, auto place) {
+         of.terminals.failsRequest.insert(device::portNameFor(of.serialAt(place)));
+       },
+       Alert::halfkayModeFailed,
+       "An error occurred during an attempt to put the device in programming mode.\n",
+       "> KARVEX : Could not open serial port /dev/cu.usbmodem"},
+      {"the worker fails at once",
+       [](auto& of, auto place) {
+         of.spoil(place, "vanishes=0");
+         hurryWorker(of.runtime);
+       },
+       Alert::uploadError, "Error : Upload error\nRefresh list then",
+       "> KARVEX : Upload failed => reason Error : Upload error"},
+      {"leaves in the middle", [](auto& of, auto place) { of.spoil(place, "vanishes=2"); }, std::nullopt, "",
+       "> KARVEX : Upgrade stopped => reason status 11, ", SilentStop::programError},
+  };
+  for (const auto& failure : failures) {
+    for (const std::size_t place : {0U, 2U}) {
+      SCOPED_TRACE(testing::Message() << failure.what << " at " << place);
+      UpgradeFixture fixture(3);
+      failure.arrange(fixture, place);
+      fixture.appear();
+      fixture.upgradeFrom(0);
+      EXPECT_EQ(fixture.alert(), failure.alert);
+      if (fixture.alert()) {
+        EXPECT_THAT(fixture.view->messageOf(*fixture.alert()), StartsWith(failure.detail));
+        EXPECT_THAT(fixture.logged, Each(Not(StartsWith("> KARVEX : Upgrade stopped"))));
+      }
+      fixture.logged.insert(fixture.logged.end(), fixture.debugged.begin(), fixture.debugged.end());
+      EXPECT_THAT(fixture.logged, Contains(StartsWith(failure.line)));
+      EXPECT_EQ(fixture.view->stopNotice.get(),
+                failure.stop ? noticeOf(*failure.stop, fixture.serialAt(place)) : "");
+      EXPECT_TRUE(fixture.controlsAreFree());
+      EXPECT_THAT(fixture.statusesOf(place), Not(Contains(7U)));
+      EXPECT_EQ(fixture.completionsOf(place), 0U);
+
+      fixture.list(place, [](auto&) {});
+      fixture.terminals.failsRequest.clear();
+      loader::install_host(app::loaderHostOn(fixture.runtime));
+      fixture.repair(place);
+      do {  // A board that is left in its bootloader is told of, and the OK sends it back.
+        if (const auto up = fixture.alert()) {
+          fixture.confirm(*up);
+        }
+        fixture.runFor(5s);
+        fixture.refresh();
+      } while (fixture.alert());
+      EXPECT_EQ(fixture.view->serialPortMgr.errorText.get(), "");
+      fixture.upgradeFrom(place);
+      EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
+      EXPECT_TRUE(fixture.flashMatches(2));
+    }
+  }
+}
+
+TEST(RunTest, ABootloaderThatMayNotBeOpenedIsToldOfInTheLogAndANotice) {
+  UpgradeFixture fixture(1);
+  fixture.spoil(0, "access-denied");
+  fixture.appear();
+  fixture.upgradeFrom(0);
+  EXPECT_EQ(fixture.alert(), std::nullopt);
+  EXPECT_THAT(fixture.logged, Contains("> KARVEX : Upload failed => reason Error - Permission denied"));
+  EXPECT_EQ(fixture.view->stopNotice.get(), noticeOf(SilentStop::permissionDenied, fixture.serialAt(0)));
+  EXPECT_TRUE(fixture.controlsAreFree());
 }
 
 TEST(RunTest, WaitsTheFinishedDevicesDelayAndThenLooksForTheNext) {
-  RunBench bench(2);
-  bench.list(0, [](auto& device) { device.setupDelay = 4'294'968; });
-  bench.appear();
-  const auto start = bench.runtime.clock().now();
-  bench.upgradeFrom(0);
-  EXPECT_THAT(bench.logged, testing::IsSupersetOf({"> KARVEX : Sleeping for 4294968 milliseconds",
-                                                   "> KARVEX : Check if next device is alive..."}));
-  EXPECT_GT(bench.runtime.clock().now() - start, 4'294'968ms);
-  EXPECT_EQ(bench.alert(), Alert::procedureComplete);
+  UpgradeFixture fixture(2);
+  fixture.list(0, [](auto& device) { device.setupDelay = 4'294'968; });
+  fixture.appear();
+  const auto start = fixture.runtime.clock().now();
+  fixture.upgradeFrom(0);
+  EXPECT_THAT(fixture.logged, testing::IsSupersetOf({"> KARVEX : Sleeping for 4294968 milliseconds",
+                                                     "> KARVEX : Check if next device is alive..."}));
+  EXPECT_GT(fixture.runtime.clock().now() - start, 4'294'968ms);
+  EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
 }
 
 TEST(RunTest, ANextDeviceThatIsNotThereEndsTheRunWithALine) {
   for (const std::size_t missing : {1U, 2U, 4U}) {
     SCOPED_TRACE(missing);
-    RunBench bench(5);
-    bench.appear();
-    bench.rig.bus.unplug(bench.serialAt(missing));
-    bench.upgradeFrom(0);
-    EXPECT_EQ(bench.alert(), std::nullopt);
-    EXPECT_THAT(bench.logged, Contains("> KARVEX : Upgrade stopped => reason device #" +
-                                       bench.serialAt(missing) + " is not attached"));
-    EXPECT_TRUE(bench.controlsAreFree());
-    EXPECT_EQ(bench.view->selectedDeviceId.get(), std::nullopt);
-    EXPECT_EQ(bench.view->stopNotice.get(), noticeOf(SilentStop::deviceMissing, bench.serialAt(missing)));
-    EXPECT_EQ(bench.rows()[missing].status, 0U);
-    EXPECT_EQ(bench.rows()[missing - 1].status, 7U);
-    bench.rig.bus.repair(bench.serialAt(missing));
-    bench.refresh();
-    EXPECT_EQ(bench.view->stopNotice.get(), "");
-    bench.upgradeFrom(missing);
-    EXPECT_EQ(bench.alert(), Alert::procedureComplete);
-    EXPECT_TRUE(bench.flashMatches(4));
+    UpgradeFixture fixture(5);
+    fixture.appear();
+    fixture.rig.bus.unplug(fixture.serialAt(missing));
+    fixture.upgradeFrom(0);
+    EXPECT_EQ(fixture.alert(), std::nullopt);
+    EXPECT_THAT(fixture.logged, Contains("> KARVEX : Upgrade stopped => reason device #" +
+                                         fixture.serialAt(missing) + " is not attached"));
+    EXPECT_TRUE(fixture.controlsAreFree());
+    EXPECT_EQ(fixture.view->selectedDeviceId.get(), std::nullopt);
+    EXPECT_EQ(fixture.view->stopNotice.get(), noticeOf(SilentStop::deviceMissing, fixture.serialAt(missing)));
+    EXPECT_EQ(fixture.rows()[missing].status, 0U);
+    EXPECT_EQ(fixture.rows()[missing - 1].status, 7U);
+    fixture.rig.bus.repair(fixture.serialAt(missing));
+    fixture.refresh();
+    EXPECT_EQ(fixture.view->stopNotice.get(), "");
+    fixture.upgradeFrom(missing);
+    EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
+    EXPECT_TRUE(fixture.flashMatches(4));
   }
-}
-
-TEST(RunTest, AReportThatFailsIsPassedOver) {
-  RunBench bench(3);
-  bench.appear();
-  rig::ServiceFaults faults;
-  ASSERT_EQ(rig::addServiceFault("cut-off@complete", faults), std::nullopt);
-  bench.rig.service.setFaults(faults);
-  bench.upgradeFrom(0);
-  EXPECT_EQ(bench.alert(), Alert::procedureComplete);
-  EXPECT_THAT(bench.debugged, Not(IsEmpty()));
-  for (std::size_t place = 0; place < 3; ++place) {
-    EXPECT_EQ(bench.rows()[place].status, 7U);
-    EXPECT_EQ(bench.rows()[place].currentVersion, bench.rows()[place].firmwareVersion);
-  }
-}
-
-TEST(RunTest, AListedBoardInItsBootloaderFailsAtThePortTest) {
-  RunBench bench(1);
-  bench.rig.bus.setLineSpeed(bench.serialAt(0), 134);
-  bench.runFor(3s);
-  bench.appear();
-  ASSERT_EQ(bench.rows().size(), 1U);
-  bench.view->halfkayModeDetected.set(false);
-  bench.model.enableUploadControls();
-  bench.upgradeFrom(0);
-  EXPECT_THAT(bench.logged, Contains("> KARVEX : Already in Halfkay mode... abort!"));
-  EXPECT_EQ(bench.alert(), Alert::portBusy);
 }
 
 TEST(RunTest, WhileARunIsGoingNobodyElseSelects) {
-  RunBench bench(2);
-  bench.appear();
-  bench.runtime.mainQueue().post([&] {
-    bench.view->select(bench.rows()[0].id);
-    bench.model.loadingInProgress.set(true);
-    bench.view->select(bench.rows()[1].id);
-    EXPECT_EQ(bench.view->selectedDeviceId.get(), bench.rows()[0].id);
-    EXPECT_TRUE(bench.model.isUploadButtonDisabled.get());
+  UpgradeFixture fixture(2);
+  fixture.appear();
+  fixture.runtime.mainQueue().post([&] {
+    fixture.view->select(fixture.rows()[0].id);
+    fixture.model.loadingInProgress.set(true);
+    fixture.view->select(fixture.rows()[1].id);
+    EXPECT_EQ(fixture.view->selectedDeviceId.get(), fixture.rows()[0].id);
+    EXPECT_TRUE(fixture.model.isUploadButtonDisabled.get());
   });
-  bench.settle();
-  EXPECT_EQ(bench.alert(), Alert::procedureComplete);
+  fixture.settle();
+  EXPECT_EQ(fixture.alert(), Alert::procedureComplete);
 }
 
 TEST(RunTest, ARefreshThatEndsDuringARunLeavesItItsRows) {
-  RunBench bench(2);
-  bench.appear();
+  UpgradeFixture fixture(2);
+  fixture.appear();
   bool hasBegun = false;
-  const auto subscription = bench.view->deviceManager.managedDevices.observe([&](const auto& devices) {
+  const auto subscription = fixture.view->deviceManager.managedDevices.observe([&](const auto& devices) {
     if (!devices.empty() && !std::exchange(hasBegun, true)) {
-      bench.runtime.mainQueue().post([&] {
-        bench.view->select(bench.rows()[0].id);
-        bench.model.loadingInProgress.set(true);
+      fixture.runtime.mainQueue().post([&] {
+        fixture.view->select(fixture.rows()[0].id);
+        fixture.model.loadingInProgress.set(true);
       });
     }
   });
-  bench.runtime.mainQueue().post([] {
+  fixture.runtime.mainQueue().post([] {
     for (int i = 0; i < 2; ++i) {
       foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification);
     }
   });
-  bench.settle();
-  EXPECT_TRUE(bench.flashMatches(1));
+  fixture.settle();
+  EXPECT_TRUE(fixture.flashMatches(1));
 }
 
 TEST(RunTest, AnUploadWithoutASelectionStartsNothing) {
-  RunBench bench(1);
-  bench.appear();
-  bench.runtime.mainQueue().post([&] { bench.model.loadingInProgress.set(true); });
-  bench.settle();
-  EXPECT_TRUE(bench.controlsAreFree());
-  EXPECT_THAT(bench.logged, Not(Contains("> KARVEX : Calling File loader...")));
+  UpgradeFixture fixture(1);
+  fixture.appear();
+  fixture.runtime.mainQueue().post([&] { fixture.model.loadingInProgress.set(true); });
+  fixture.settle();
+  EXPECT_TRUE(fixture.controlsAreFree());
+  EXPECT_THAT(fixture.logged, Not(Contains("> KARVEX : Calling File loader...")));
 }
 
 TEST(RunTest, OnlyAnAttachedDeviceWakesTheUploadButton) {
-  RunBench bench(2);
-  bench.appear();
-  bench.rig.bus.unplug(bench.serialAt(0));
-  bench.runtime.mainQueue().post([&] {
-    bench.view->select(bench.rows()[0].id);
-    EXPECT_TRUE(bench.model.isUploadButtonDisabled.get());
-    bench.view->autoSelect = true;
-    bench.view->select(bench.rows()[1].id);
-    EXPECT_TRUE(bench.model.isUploadButtonDisabled.get()) << "the run's own selection";
-    EXPECT_FALSE(bench.view->autoSelect);
-    bench.view->select(std::nullopt);
-    EXPECT_TRUE(bench.model.isUploadButtonDisabled.get());
-    bench.view->select(bench.rows()[1].id);
-    EXPECT_FALSE(bench.model.isUploadButtonDisabled.get());
+  UpgradeFixture fixture(2);
+  fixture.appear();
+  fixture.rig.bus.unplug(fixture.serialAt(0));
+  fixture.runtime.mainQueue().post([&] {
+    fixture.view->select(fixture.rows()[0].id);
+    EXPECT_TRUE(fixture.model.isUploadButtonDisabled.get());
+    fixture.view->autoSelect = true;
+    fixture.view->select(fixture.rows()[1].id);
+    EXPECT_TRUE(fixture.model.isUploadButtonDisabled.get()) << "the run's own selection";
+    EXPECT_FALSE(fixture.view->autoSelect);
+    fixture.view->select(std::nullopt);
+    EXPECT_TRUE(fixture.model.isUploadButtonDisabled.get());
+    fixture.view->select(fixture.rows()[1].id);
+    EXPECT_FALSE(fixture.model.isUploadButtonDisabled.get());
   });
-  bench.settle();
+  fixture.settle();
 }
 
 /// The three flags are always one of the four triples, and a run is going just when they say so.
@@ -176,55 +237,40 @@ TEST(RunTest, TheControlsAreInOneOfTheirStatesWhateverHappens) {
   std::mt19937 random(7);
   for (int walk = 0; walk < 8; ++walk) {
     SCOPED_TRACE(walk);
-    RunBench bench(3);
-    bench.appear();
+    UpgradeFixture fixture(3);
+    fixture.appear();
     const auto look = [&] {
-      const std::array flags{bench.model.isUploadButtonDisabled.get(), bench.model.loadingInProgress.get(),
-                             bench.model.actionButtonsDisabled.get()};
+      const std::array flags{fixture.model.isUploadButtonDisabled.get(),
+                             fixture.model.loadingInProgress.get(),
+                             fixture.model.actionButtonsDisabled.get()};
       EXPECT_TRUE(flags == (std::array{true, false, false}) || flags == (std::array{false, false, false}) ||
                   flags == (std::array{true, true, true}))
           << flags[0] << flags[1] << flags[2];
     };
     for (int event = 0; event < 40; ++event) {
       const auto choice = random() % 8;
-      bench.runtime.mainQueue().post([&, choice, row = random() % 3] {
-        const auto rows = bench.rows();
+      fixture.runtime.mainQueue().post([&, choice, row = random() % 3] {
+        const auto rows = fixture.rows();
         if (choice < 2 && row < rows.size()) {
-          bench.view->select(rows[row].id);
-        } else if (choice == 2 && !bench.model.isUploadButtonDisabled.get()) {
-          bench.model.loadingInProgress.set(true);
-        } else if (choice == 3 && !bench.model.actionButtonsDisabled.get()) {
+          fixture.view->select(rows[row].id);
+        } else if (choice == 2 && !fixture.model.isUploadButtonDisabled.get()) {
+          fixture.model.loadingInProgress.set(true);
+        } else if (choice == 3 && !fixture.model.actionButtonsDisabled.get()) {
           foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification);
         } else if (choice == 4) {
-          if (const auto alert = bench.alert()) {
-            bench.view->confirm(*alert);
+          if (const auto alert = fixture.alert()) {
+            fixture.view->confirm(*alert);
           }
         } else if (choice == 5) {
-          bench.rig.bus.unplug(bench.serialAt(row));
+          fixture.rig.bus.unplug(fixture.serialAt(row));
         } else if (choice == 6) {
-          bench.rig.bus.repair(bench.serialAt(row));
+          fixture.rig.bus.repair(fixture.serialAt(row));
         }
       });
-      bench.runFor(std::chrono::milliseconds(random() % 4000));
+      fixture.runFor(std::chrono::milliseconds(random() % 4000));
       look();
     }
   }
-}
-
-TEST(RunTest, TimeBeyondTheToldPausesGrowsWithTheNumberOfBoards) {
-  const auto timeOf = [](std::size_t boards) {
-    RunBench bench(boards);
-    bench.appear();
-    const auto start = bench.runtime.clock().now();
-    bench.upgradeFrom(0);
-    EXPECT_EQ(bench.alert(), Alert::procedureComplete);
-    return std::chrono::duration<double>(bench.runtime.clock().now() - start).count();
-  };
-  // Six kinds of boards take turns, so that runs of a multiple of six are alike.
-  const auto few = timeOf(6);
-  const auto some = timeOf(12);
-  const auto many = timeOf(18);
-  EXPECT_NEAR((many - some) / (some - few), 1.0, 0.01) << few << " s, " << some << " s, " << many << " s";
 }
 
 }  // namespace

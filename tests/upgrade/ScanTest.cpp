@@ -11,15 +11,13 @@
 #include "foundation/NotificationCenter.hpp"
 #include "loader/load_status.hpp"
 #include "rig/midi/MIDIOperation.hpp"
-#include "tests/upgrade/UpgradeBench.hpp"
-#include "upgrade/DeviceListView.hpp"
+#include "tests/upgrade/UpgradeFixture.hpp"
 
 namespace karvex::upgrade {
 namespace {
 
 using namespace std::chrono_literals;
 using midikit::io::MIDIObjectRef;
-using midikit::io::ObservableMIDIManager;
 using midikit::io::PropertyDictionary;
 using records::BootableDevice;
 using testing::ElementsAre;
@@ -31,32 +29,23 @@ constexpr midikit::io::OSStatus unknownObject = -10842;
 
 class ScanTest : public testing::Test {
  protected:
-  ScanTest() { loader::set_load_status(0); }
-  ~ScanTest() override { loader::set_load_status(0); }
-
   void plugIn(const std::string& serialNumber) {
-    bench.bus.plugIn(std::make_unique<rig::VirtualBoard>(*rig::findBoardKind("TEENSY40"), serialNumber));
+    fixture.rig.bus.plugIn(
+        std::make_unique<rig::VirtualBoard>(*rig::findBoardKind("TEENSY40"), serialNumber));
   }
 
   void enterBootloader(const std::string& serialNumber) {
-    ASSERT_TRUE(bench.bus.setLineSpeed(serialNumber, 134));
-    bench.runFor(3s);
-  }
-
-  std::shared_ptr<ObservableMIDIManager> startedManager() {
-    auto manager = ObservableMIDIManager::create(
-        {.service = bench.midiService, .runtime = bench.runtime, .clientName = "ScanTest"});
-    manager->start();
-    return manager;
+    ASSERT_TRUE(fixture.rig.bus.setLineSpeed(serialNumber, 134));
+    fixture.runFor(3s);
   }
 
   MIDIObjectRef addMIDIDevice(const std::string& name, const PropertyDictionary& properties) {
     auto description = rig::simpleDevice(name);
     description.properties.insert(properties.begin(), properties.end());
-    return bench.midiService->addDevice(description);
+    return fixture.rig.midiService->addDevice(description);
   }
 
-  UpgradeBench bench;
+  UpgradeFixture fixture{0};
 };
 
 records::ServerDeviceDescriptor listed(const std::string& serialNumber, std::int64_t sequenceNumber = 1) {
@@ -86,8 +75,8 @@ TEST_F(ScanTest, TheRowsFollowTheServiceAndAreNewAtEachScan) {
   for (const auto* serial : {"10", "20", "30"}) {
     plugIn(serial);
   }
-  const auto midi = startedManager();
-  BootableDeviceManager manager(bench.platform());
+  const auto midi = fixture.startedManager();
+  BootableDeviceManager manager(fixture.platform());
   manager.isServerLoaded = true;
   manager.deviceDescriptors = {listed("30", 9), listed("40", 1), listed("10", 5), listed("30", 2)};
   manager.deviceDescriptors[2].isValid = false;
@@ -114,7 +103,7 @@ TEST_F(ScanTest, TheRowsFollowTheServiceAndAreNewAtEachScan) {
   EXPECT_EQ(first[1], expected);
 
   manager.updateStatus(first[0].id, 7);
-  bench.bus.unplug("10");
+  fixture.rig.bus.unplug("10");
   ASSERT_TRUE(manager.scanDevices(*midi));
   EXPECT_THAT(serialsOf(manager), ElementsAre("30", "30"));
   EXPECT_NE(manager.managedDevices.get()[0].id, first[0].id);
@@ -157,7 +146,7 @@ TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
        true},
   };
   plugIn("10");
-  BootableDeviceManager manager(bench.platform());
+  BootableDeviceManager manager(fixture.platform());
   manager.isServerLoaded = true;
   manager.deviceDescriptors = {listed("10")};
   for (const auto& example : cases) {
@@ -166,11 +155,11 @@ TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
     for (const auto& device : example.devices) {
       refs.push_back(addMIDIDevice(device.name, device.properties));
     }
-    const auto midi = startedManager();
+    const auto midi = fixture.startedManager();
     for (std::size_t i = 0; i < refs.size(); ++i) {
       if (example.devices[i].isUnreadable) {
-        bench.midiService->calls().failNext(rig::MIDIOperation::objectGetProperties, unknownObject, 1,
-                                            refs[i]);
+        fixture.rig.midiService->calls().failNext(rig::MIDIOperation::objectGetProperties, unknownObject, 1,
+                                                  refs[i]);
       }
     }
     ASSERT_TRUE(manager.scanDevices(*midi));
@@ -179,7 +168,7 @@ TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
     EXPECT_EQ(row.deviceName, example.match ? example.devices[*example.match].name : "TEENSY40 MIDI");
     EXPECT_EQ(row.isOffline, example.offline);
     for (const auto ref : refs) {
-      bench.midiService->removeDevice(ref);
+      fixture.rig.midiService->removeDevice(ref);
     }
   }
 }
@@ -187,8 +176,8 @@ TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
 TEST_F(ScanTest, WhatAScanFindsWrong) {
   plugIn("10");
   plugIn("20");
-  const auto midi = startedManager();
-  BootableDeviceManager manager(bench.platform());
+  const auto midi = fixture.startedManager();
+  BootableDeviceManager manager(fixture.platform());
   manager.deviceDescriptors = {listed("10"), listed("20")};
   manager.managedDevices.set({BootableDevice()});
   EXPECT_FALSE(manager.scanDevices(*midi));
@@ -207,8 +196,8 @@ TEST_F(ScanTest, WhatAScanFindsWrong) {
   EXPECT_FALSE(manager.scanDevices(*midi)) << "a board of nobody's is told of, too";
   EXPECT_EQ(manager.errorCode.get(), halfkayDevicePresent);
 
-  bench.bus.repair("20");
-  bench.bus.unplug("20");
+  fixture.rig.bus.repair("20");
+  fixture.rig.bus.unplug("20");
   EXPECT_TRUE(manager.scanDevices(*midi));
   EXPECT_EQ(manager.errorCode.get(), scanComplete);
 }
@@ -217,102 +206,95 @@ TEST_F(ScanTest, WhatAScanFindsWrong) {
 class ListedTest : public ScanTest {
  protected:
   ListedTest() {
-    bench.service.setDevices(
+    fixture.rig.service.setDevices(
         std::vector<rig::ServedDevice>{{.deviceSerialNumber = "10"}, {.deviceSerialNumber = "20"}});
     plugIn("10");
     midiDevice = addMIDIDevice("Pedal", {{"SerialNumber", "10"}, {"offline", 0}});
-    view.emplace(bench.platform(), notificationManager, startedManager(), model);
+    fixture.makeView();
   }
-
-  void appear() {
-    bench.runtime.mainQueue().post([this] { view->appear(); });
-    bench.runFor(1s);
-  }
-
-  std::vector<BootableDevice> rows() const { return view->deviceManager.managedDevices.get(); }
 
   MIDIObjectRef midiDevice = 0;
-  NotificationManager notificationManager;
-  SharedDeviceListModel model;
-  std::optional<DeviceListView> view;
 };
 
 TEST_F(ListedTest, AChangeOfTheMIDISetupRereadsTheMarkAndNothingElse) {
-  appear();
-  ASSERT_THAT(rows(), SizeIs(1));
-  view->deviceManager.updateStatus(rows()[0].id, 6);
-  auto expected = rows();
+  fixture.appear();
+  ASSERT_THAT(fixture.rows(), SizeIs(1));
+  fixture.view->deviceManager.updateStatus(fixture.rows()[0].id, 6);
+  auto expected = fixture.rows();
   const auto expectMark = [&](std::optional<bool> offline, const char* what) {
-    bench.runFor(1s);
+    fixture.runFor(1s);
     expected[0].isOffline = offline;
-    EXPECT_EQ(rows(), expected) << what;
+    EXPECT_EQ(fixture.rows(), expected) << what;
   };
-  bench.midiService->setProperty(midiDevice, "name", std::string("Another name"));
-  bench.midiService->setProperty(midiDevice, "offline", 1);
-  bench.midiService->notify(midikit::io::engine::thruConnectionChangedMessage());
+  fixture.rig.midiService->setProperty(midiDevice, "name", std::string("Another name"));
+  fixture.rig.midiService->setProperty(midiDevice, "offline", 1);
+  fixture.rig.midiService->notify(midikit::io::engine::thruConnectionChangedMessage());
   expectMark(false, "changes of properties and of connections are not looked at");
-  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
+  fixture.rig.midiService->notify(midikit::io::engine::setupChangedMessage());
   expectMark(true, "offline");
-  bench.midiService->removeProperty(midiDevice, "offline");
-  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
+  fixture.rig.midiService->removeProperty(midiDevice, "offline");
+  fixture.rig.midiService->notify(midikit::io::engine::setupChangedMessage());
   expectMark(std::nullopt, "the device doesn't say any more");
-  bench.midiService->setProperty(midiDevice, "offline", 0);
-  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
+  fixture.rig.midiService->setProperty(midiDevice, "offline", 0);
+  fixture.rig.midiService->notify(midikit::io::engine::setupChangedMessage());
   expectMark(false, "online");
-  bench.midiService->setProperty(midiDevice, "offline", 1);
-  bench.midiService->removeDevice(midiDevice);
+  fixture.rig.midiService->setProperty(midiDevice, "offline", 1);
+  fixture.rig.midiService->removeDevice(midiDevice);
   expectMark(false, "an object that has gone keeps the mark as it was");
-  EXPECT_THAT(bench.service.requests(), SizeIs(1));
+  EXPECT_THAT(fixture.rig.service.requests(), SizeIs(1));
 }
 
 TEST_F(ListedTest, AChangeWithAnEmptyListScansWithoutAskingTheService) {
-  bench.bus.unplug("10");
-  appear();
-  ASSERT_THAT(rows(), IsEmpty());
+  fixture.rig.bus.unplug("10");
+  fixture.appear();
+  ASSERT_THAT(fixture.rows(), IsEmpty());
   plugIn("20");
-  bench.runFor(1s);
-  EXPECT_THAT(rows(), IsEmpty());
-  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
-  bench.runFor(1s);
-  EXPECT_THAT(serialsOf(view->deviceManager), ElementsAre("20"));
-  EXPECT_THAT(bench.service.requests(), SizeIs(1));
-  const auto followed = view->midiManager;
-  view.reset();
+  fixture.runFor(1s);
+  EXPECT_THAT(fixture.rows(), IsEmpty());
+  fixture.rig.midiService->notify(midikit::io::engine::setupChangedMessage());
+  fixture.runFor(1s);
+  EXPECT_THAT(serialsOf(fixture.view->deviceManager), ElementsAre("20"));
+  EXPECT_THAT(fixture.rig.service.requests(), SizeIs(1));
+  const auto followed = fixture.view->midiManager;
+  fixture.view.reset();
   EXPECT_FALSE(followed->notificationHandler()) << "nothing of the view stays in the manager";
 }
 
 TEST_F(ListedTest, AChangeBeforeTheListHasComeIsNotLookedAt) {
-  bench.misbehave("slow=5000");
-  appear();
-  bench.midiService->notify(midikit::io::engine::setupChangedMessage());
-  bench.runFor(1s);
-  EXPECT_EQ(view->deviceManager.errorCode.get(), scanComplete) << "a scan would find the service not asked";
-  EXPECT_THAT(rows(), IsEmpty());
-  bench.runFor(4s);
-  EXPECT_THAT(rows(), SizeIs(1));
+  fixture.misbehave("slow=5000");
+  fixture.runtime.mainQueue().post([this] { fixture.view->appear(); });
+  fixture.runFor(1s);
+  fixture.rig.midiService->notify(midikit::io::engine::setupChangedMessage());
+  fixture.runFor(1s);
+  EXPECT_EQ(fixture.view->deviceManager.errorCode.get(), scanComplete)
+      << "a scan would find the service not asked";
+  EXPECT_THAT(fixture.rows(), IsEmpty());
+  fixture.runFor(4s);
+  EXPECT_THAT(fixture.rows(), SizeIs(1));
 }
 
 TEST_F(ListedTest, WithABoardInItsBootloaderTheChangesAreNotFollowed) {
   for (const bool isDenied : {false, true}) {
     SCOPED_TRACE(isDenied);
-    view.emplace(bench.platform(), notificationManager, startedManager(), model);
+    fixture.makeView();
     if (!isDenied) {
       enterBootloader("10");
     }
     loader::set_load_status(isDenied ? loader::LOAD_STATUS_ERROR_PERMISSION : loader::LOAD_STATUS_IDLE);
-    appear();
-    ASSERT_THAT(rows(), SizeIs(1));
-    EXPECT_EQ(view->isUp(Alert::halfkayModeDetected), !isDenied);
-    bench.midiService->setProperty(midiDevice, "offline", isDenied ? 0 : 1);
-    const auto mark = rows()[0].isOffline;
-    bench.midiService->notify(midikit::io::engine::setupChangedMessage());
-    bench.runFor(1s);
-    EXPECT_EQ(rows()[0].isOffline, mark);
+    fixture.appear();
+    ASSERT_THAT(fixture.rows(), SizeIs(1));
+    EXPECT_EQ(fixture.view->isUp(Alert::halfkayModeDetected), !isDenied);
+    fixture.rig.midiService->setProperty(midiDevice, "offline", isDenied ? 0 : 1);
+    const auto mark = fixture.rows()[0].isOffline;
+    fixture.rig.midiService->notify(midikit::io::engine::setupChangedMessage());
+    fixture.runFor(1s);
+    EXPECT_EQ(fixture.rows()[0].isOffline, mark);
   }
-  bench.runtime.mainQueue().post(
+  fixture.runtime.mainQueue().post(
       [] { foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification); });
-  bench.runFor(1s);
-  EXPECT_TRUE(view->isUp(Alert::halfkayModeDetected)) << "a refresh tells of it whatever the load status is";
+  fixture.runFor(1s);
+  EXPECT_TRUE(fixture.view->isUp(Alert::halfkayModeDetected))
+      << "a refresh tells of it whatever the load status is";
 }
 
 }  // namespace

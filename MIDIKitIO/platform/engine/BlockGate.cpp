@@ -4,32 +4,44 @@
 
 namespace midikit::io::engine {
 
+// A call marks the gate before it looks whether that is closed, and close() closes it before it looks for the
+// mark, all of it in one order for all threads. So one of them sees the other.
+
 bool BlockGate::enter() {
-  const std::lock_guard lock(mutex_);
+  occupant_ = std::this_thread::get_id();
   if (isClosed_) {
+    leave();
     return false;
   }
-  occupant_ = std::this_thread::get_id();
   return true;
 }
 
 void BlockGate::leave() {
+  occupant_ = std::thread::id();
+  if (!isClosed_) {
+    return;
+  }
   const std::lock_guard lock(mutex_);
-  occupant_ = {};
   for (const auto& gate : std::exchange(awaited_, {})) {
     gate->open();
   }
 }
 
 void BlockGate::close() {
+  isClosed_ = true;
   std::shared_ptr<karvex::foundation::Gate> gate;
   {
     const std::lock_guard lock(mutex_);
-    isClosed_ = true;
-    if (occupant_ == std::thread::id() || occupant_ == std::this_thread::get_id()) {
+    const std::thread::id occupant = occupant_;
+    if (occupant == std::thread::id() || occupant == std::this_thread::get_id()) {
       return;
     }
     gate = awaited_.emplace_back(runtime_.makeGate());
+    // The call may have left since, and have found nobody to open a gate for.
+    if (occupant_ == std::thread::id()) {
+      awaited_.pop_back();
+      return;
+    }
   }
   gate->wait();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -11,7 +12,7 @@
 namespace midikit::io::engine {
 
 /// Lets the calls of one client's block through until it is closed, and makes sure that none is under way
-/// behind that. All operations may be called on any thread; the calls themselves come one at a time.
+/// after that. All operations may be called on any thread; the calls themselves come one at a time.
 class BlockGate {
  public:
   /// The runtime must outlive the use of the gate.
@@ -34,9 +35,9 @@ class BlockGate {
   void leave();
 
   karvex::foundation::Runtime& runtime_;
+  std::atomic<bool> isClosed_ = false;
+  std::atomic<std::thread::id> occupant_{};  ///< the thread inside a call
   std::mutex mutex_;
-  bool isClosed_ = false;
-  std::thread::id occupant_;  ///< the thread inside a call
   std::vector<std::shared_ptr<karvex::foundation::Gate>>
       awaited_;  ///< of those who wait for the end of the call
 };

@@ -28,7 +28,7 @@ struct EntityDescription {
 struct DeviceDescription {
   std::optional<std::string> name;
   PropertyDictionary properties;
-  /// What the device and each object below it have alike, as a driver gives it: manufacturer, model and so
+  /// What the device and each object below it have alike, as a driver has it: manufacturer, model and so
   /// on.
   PropertyDictionary sharedProperties;
   std::vector<EntityDescription> entities;

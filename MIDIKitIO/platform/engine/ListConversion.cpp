@@ -56,15 +56,14 @@ bool splitsSysEx(const MIDIPacketList& list) {
 
 }  // namespace
 
-const MIDIEventList& ListConverter::toWords(const MIDIList& list, MIDIProtocolID protocol,
-                                            MIDIEventList& room) {
-  const auto* words = std::get_if<MIDIEventList>(&list);
-  if (words != nullptr && words->protocol == protocol) {
-    return *words;
+const MIDIEventList& ListConverter::toWords(MIDIListView list, MIDIProtocolID protocol, MIDIEventList& room) {
+  const auto* words = std::get_if<const MIDIEventList*>(&list);
+  if (words != nullptr && (*words)->protocol == protocol) {
+    return **words;
   }
   room = {.protocol = protocol, .packets = {}};
   if (words != nullptr) {
-    for (const auto& packet : words->packets) {
+    for (const auto& packet : (*words)->packets) {
       const auto finished = room.packets.size();
       forEachMessage(packet, [&](auto message) {
         appendMessages(room, packet.timeStamp, translator_.toProtocol(message, protocol), finished);
@@ -72,7 +71,7 @@ const MIDIEventList& ListConverter::toWords(const MIDIList& list, MIDIProtocolID
     }
     return room;
   }
-  const auto& bytes = std::get<MIDIPacketList>(list);
+  const auto& bytes = *std::get<const MIDIPacketList*>(list);
   for (std::size_t i = 0; i < bytes.packetCount(); ++i) {
     const auto packet = bytes.packet(i);
     splitter_.split(packet.bytes, [&](std::span<const std::uint8_t> message) {
@@ -86,20 +85,20 @@ const MIDIEventList& ListConverter::toWords(const MIDIList& list, MIDIProtocolID
   return room;
 }
 
-const MIDIPacketList& ListConverter::toBytes(const MIDIList& list, MIDIPacketList& room) {
-  const auto* bytes = std::get_if<MIDIPacketList>(&list);
-  if (bytes != nullptr && splitter_.isIdle() && !splitsSysEx(*bytes)) {
-    return *bytes;
+const MIDIPacketList& ListConverter::toBytes(MIDIListView list, MIDIPacketList& room) {
+  const auto* bytes = std::get_if<const MIDIPacketList*>(&list);
+  if (bytes != nullptr && splitter_.isIdle() && !splitsSysEx(**bytes)) {
+    return **bytes;
   }
   room = MIDIPacketList(std::numeric_limits<std::size_t>::max());
   if (bytes == nullptr) {
-    for (const auto& packet : std::get<MIDIEventList>(list).packets) {
+    for (const auto& packet : std::get<const MIDIEventList*>(list)->packets) {
       forEachMessage(packet, [&](auto message) { appendBytes(room, packet.timeStamp, message); });
     }
     return room;
   }
-  for (std::size_t i = 0; i < bytes->packetCount(); ++i) {
-    const auto packet = bytes->packet(i);
+  for (std::size_t i = 0; i < (*bytes)->packetCount(); ++i) {
+    const auto packet = (*bytes)->packet(i);
     splitter_.split(packet.bytes, [&](auto message) { appendPacket(room, packet.timeStamp, message); });
   }
   return room;

@@ -25,8 +25,8 @@ class ListConverter {
   /// memory.
   static constexpr std::size_t longestSysEx = ByteSplitter::longestSysEx;
 
-  const MIDIEventList& toWords(const MIDIList& list, MIDIProtocolID protocol, MIDIEventList& room);
-  const MIDIPacketList& toBytes(const MIDIList& list, MIDIPacketList& room);
+  const MIDIEventList& toWords(MIDIListView list, MIDIProtocolID protocol, MIDIEventList& room);
+  const MIDIPacketList& toBytes(MIDIListView list, MIDIPacketList& room);
 
   /// Nothing is kept for the next list.
   bool isIdle() const { return splitter_.isIdle() && sysEx7_.empty(); }

@@ -43,35 +43,40 @@ void ListReceiver::takeNext() {
     takeFrom(next);
     return;
   }
-  gate_.pass([&] {
-    ListConverter& converter = converterFor(next.sender);
-    handOver(*next.list, converter, nullptr);
-    if (converter.isIdle()) {
-      spare_ = converters_.extract(next.sender);
-    }
-  });
+  gate_.pass([&] { read(viewOf(*next.list), next.sender); });
+}
+
+bool ListReceiver::readAtOnce(MIDIListView list, MIDIObjectRef sender) {
+  return manner_ == Manner::neverWaits && queue_.runIfIdle([&] { gate_.pass([&] { read(list, sender); }); });
 }
 
 void ListReceiver::takeFrom(const Entry& entry) {
   for (std::size_t i = 0; i < entry.count; ++i) {
     gate_.pass([&] {
       if (const auto next = entry.connection->next()) {
-        handOver(*next->list, entry.connection->converter, next->token);
+        handOver(viewOf(*next->list), entry.connection->converter, next->token);
       }
     });
   }
 }
 
-ListConverter& ListReceiver::converterFor(MIDIObjectRef sender) {
-  const auto found = converters_.find(sender);
-  if (found != converters_.end() || spare_.empty()) {
-    return converters_[sender];
+void ListReceiver::read(MIDIListView list, MIDIObjectRef sender) {
+  const auto inside = converters_.find(sender);
+  if (inside == converters_.end()) {
+    handOver(list, idle_, nullptr);
+    if (!idle_.isIdle()) {
+      converters_.emplace(sender, std::exchange(idle_, {}));
+    }
+    return;
   }
-  spare_.key() = sender;
-  return converters_.insert(std::move(spare_)).position->second;
+  handOver(list, inside->second, nullptr);
+  if (inside->second.isIdle()) {
+    idle_ = std::move(inside->second);  // for the memory that it has
+    converters_.erase(inside);
+  }
 }
 
-void ListReceiver::handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token) {
+void ListReceiver::handOver(MIDIListView list, ListConverter& converter, ConnectionToken token) {
   if (const auto* words = std::get_if<WordReader>(&reader_)) {
     MIDIEventList room;
     const MIDIEventList& converted = converter.toWords(list, words->protocol, room);

@@ -39,6 +39,10 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   ListReceiver(karvex::foundation::Runtime& runtime, karvex::foundation::SerialQueue& queue,
                MIDIReader reader, Manner manner = Manner::mayWait);
 
+  /// Has the reader read a list that was sent here, before this returns and on the calling thread, if the
+  /// reader never waits and its queue is idle. Otherwise false, and nothing has happened.
+  bool readAtOnce(MIDIListView list, MIDIObjectRef sender);
+
   /// @name What waits for its turn, in the order of these calls; one handOverNext() for each
   /// @{
 
@@ -46,7 +50,7 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   void add(SharedMIDIList list, const std::shared_ptr<MIDIConnection>& connection);
   /// What waits on a connection that goes on.
   void addWaiting(const std::shared_ptr<MIDIConnection>& connection);
-  /// A list that was sent here. `sender` tells the lists of one sender from those of another: a system
+  /// A list that was sent here. `sender` separates the lists of one sender from those of another: a system
   /// exclusive message may be spread over several lists.
   void add(SharedMIDIList list, MIDIObjectRef sender);
   /// @}
@@ -70,8 +74,8 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   void push(Entry entry);
   void takeNext();
   void takeFrom(const Entry& entry);
-  ListConverter& converterFor(MIDIObjectRef sender);
-  void handOver(const MIDIList& list, ListConverter& converter, ConnectionToken token);
+  void read(MIDIListView list, MIDIObjectRef sender);
+  void handOver(MIDIListView list, ListConverter& converter, ConnectionToken token);
 
   karvex::foundation::SerialQueue& queue_;
   MIDIReader reader_;
@@ -81,8 +85,8 @@ class ListReceiver : public std::enable_shared_from_this<ListReceiver> {
   karvex::foundation::WaitingLine<Entry> line_;
   /// By sender, those inside of a message. Used on the queue alone, as what follows.
   std::map<MIDIObjectRef, ListConverter> converters_;
-  /// One that is inside of none, for the memory that it has.
-  std::map<MIDIObjectRef, ListConverter>::node_type spare_;
+  /// For all other senders.
+  ListConverter idle_;
 };
 
 /// The receivers to which lists were added under a lock, for the handover after it.

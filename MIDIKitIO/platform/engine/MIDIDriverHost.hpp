@@ -39,7 +39,7 @@ class MIDIDriverHost {
   virtual OSStatus setProperty(Ref object, std::string_view key, PropertyValue value) = 0;
   /// From now on the object doesn't have the property, not even a unique ID. Clients get `propertyChanged`.
   virtual OSStatus removeProperty(Ref object, std::string_view key) = 0;
-  /// From now on, until it is set, reading this text or dictionary succeeds and gives nothing.
+  /// From now on, until it is set, reading this text or dictionary succeeds and returns nothing.
   virtual OSStatus answerWithNone(Ref object, std::string_view key) = 0;
 
   /// Clients get this message, whatever is in it.
@@ -47,7 +47,7 @@ class MIDIDriverHost {
 
   /// A list comes from a source that isn't one of this program's own. The driver makes the handovers.
   virtual OSStatus sendFromEquipment(Ref source, const MIDIList& list, Handovers& handovers) = 0;
-  /// A list comes to one of this program's own destinations from outside. `sender` tells the streams of
+  /// A list comes to one of this program's own destinations from outside. `sender` separates the streams of
   /// several senders apart; it must not be the reference of an object.
   virtual OSStatus sendFromOutside(Ref destination, Ref sender, const MIDIList& list,
                                    Handovers& handovers) = 0;

@@ -10,7 +10,7 @@ namespace midikit::io::engine {
 namespace {
 
 const PropertyValue* valueOf(const MIDIObject& object, std::string_view key) {
-  const auto found = object.properties.find(std::string(key));
+  const auto found = object.properties.find(key);
   return found != object.properties.end() ? &found->second : nullptr;
 }
 
@@ -20,7 +20,7 @@ std::string textOf(const MIDIObject& object, std::string_view key) {
   return text != nullptr ? *text : std::string();
 }
 
-/// Keeps the kind of the value that is there, as who sets a property must.
+/// Keeps the kind of the value that is there, as anyone who sets a property must.
 template <typename Value>
 bool hasOtherKind(const MIDIObject& object, std::string_view key) {
   const auto* value = valueOf(object, key);

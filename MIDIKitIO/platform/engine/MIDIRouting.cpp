@@ -96,10 +96,15 @@ void MIDIRouting::deliverFrom(Ref source, const SharedMIDIList& list, Handovers&
 
 void MIDIRouting::deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list,
                             Handovers& handovers) const {
-  if (const auto found = readers_.find(endpoint); found != readers_.end() && found->second != nullptr) {
-    found->second->add(list, sender);
-    handovers.add(found->second);
+  if (auto reader = readerOf(endpoint)) {
+    reader->add(list, sender);
+    handovers.add(std::move(reader));
   }
+}
+
+MIDIRouting::Receiver MIDIRouting::readerOf(Ref destination) const {
+  const auto found = readers_.find(destination);
+  return found != readers_.end() ? found->second : nullptr;
 }
 
 std::set<MIDIObjectRef> MIDIRouting::connectedSources() const {

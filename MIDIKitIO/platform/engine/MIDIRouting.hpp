@@ -26,7 +26,7 @@ class MIDIRouting {
 
   /// An output port has no receiver.
   void addPort(Ref port, Receiver receiver);
-  /// Gives the receiver of an input port through `removed`.
+  /// Returns the receiver of an input port through `removed`.
   OSStatus removePort(Ref port, Receiver& removed);
   bool isOutputPort(Ref port) const;
 
@@ -38,11 +38,11 @@ class MIDIRouting {
   /// Ends what is due. Returns when the next connection is; none if no connection is held.
   std::optional<TimePoint> endConnections(TimePoint now);
 
-  /// What comes to the destination is read by this from now on. Gives the receiver that did so before.
+  /// What comes to the destination is read by this from now on. Returns the receiver that did so before.
   Receiver setReader(Ref destination, Receiver reader);
-  /// What the source sends is read by this too, from now on. Gives the receiver that did so before.
+  /// What the source sends is read by this too, from now on. Returns the receiver that did so before.
   Receiver setListener(Ref source, Receiver listener) { return setReader(source, std::move(listener)); }
-  /// Forgets an endpoint that goes. Gives the receiver that it had.
+  /// Forgets an endpoint that goes. Returns the receiver that it had.
   Receiver removeEndpoint(Ref endpoint);
 
   /// Adds a list to those that wait for the ports that are connected to the source.
@@ -52,6 +52,9 @@ class MIDIRouting {
 
   /// Adds a list to those that wait for the reader of the destination, or the listener of the source.
   void deliverTo(Ref endpoint, Ref sender, const SharedMIDIList& list, Handovers& handovers) const;
+
+  /// The reader of a destination; null for none.
+  Receiver readerOf(Ref destination) const;
 
   /// All receivers there are.
   std::vector<Receiver> receivers() const;

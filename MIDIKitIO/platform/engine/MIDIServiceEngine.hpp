@@ -47,8 +47,8 @@ namespace midikit::io::engine {
 /// A connection ends late. From MIDIPortDisconnectSource on, the port's block gets nothing from the source,
 /// but a block that is running at that moment runs on. What waits and what comes is kept for lingerTime: if
 /// the port connects to the source again until then, the block gets it, with the new token, and a
-/// half-received system exclusive message goes on. So who follows a change of the setup by ending and making
-/// its connections loses nothing.
+/// half-received system exclusive message goes on. So anyone who follows a change of the setup by ending and
+/// making its connections loses nothing.
 class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
  public:
   using Ref = MIDIObjectRef;
@@ -183,11 +183,15 @@ class MIDIServiceEngine final : public MIDIService, private MIDIDriverHost {
   OSStatus addPort(Ref client, std::optional<MIDIReader> reader, Ref& out);
   OSStatus addVirtualEndpoint(Ref client, const VirtualEndpoint& description,
                               std::optional<MIDIReader> reader, Ref& out);
-  OSStatus send(Ref port, Ref destination, const SharedMIDIList& list, Handovers& handovers);
+  /// Who reads what is sent from that port to that destination; null for nobody.
+  OSStatus readerFor(Ref port, Ref destination, MIDIRouting::Receiver& out) const;
+  template <typename List>
+  void deliver(const MIDIRouting::Receiver& reader, Ref port, const List& list);
   OSStatus receive(Ref source, const SharedMIDIList& list, bool isOwn, Handovers& handovers);
-  /// Tells that a property was changed, if it was.
+  /// Reports that a property was changed, if it was.
   OSStatus tellChange(OSStatus result, Ref object, std::string_view key);
-  /// The same, and tells the driver too if the object is one of this program's own endpoints. Not locked.
+  /// The same, and reports it to the driver too if the object is one of this program's own endpoints. Not
+  /// locked.
   OSStatus changeProperty(Ref object, std::string_view key, const std::function<OSStatus()>& change);
   OSStatus tellAdded(OSStatus result, Ref endpoint, MIDIObjectKind kind);
   OSStatus tellRoutes(OSStatus result);

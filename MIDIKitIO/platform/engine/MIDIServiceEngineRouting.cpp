@@ -211,16 +211,24 @@ OSStatus MIDIServiceEngine::MIDIEndpointDispose(Ref endpoint) {
   return result;
 }
 
-OSStatus MIDIServiceEngine::send(Ref port, Ref destination, const SharedMIDIList& list,
-                                 Handovers& handovers) {
+OSStatus MIDIServiceEngine::readerFor(Ref port, Ref destination, MIDIRouting::Receiver& out) const {
   if (!routing_.isOutputPort(port)) {
     return statusOf(MIDIOSStatus::invalidPort);
   }
   const OSStatus failure = checkEndpoint(destination, MIDIObjectKind::destination);
   if (failure == noErr) {
-    routing_.deliverTo(destination, port, list, handovers);
+    out = routing_.readerOf(destination);
   }
   return failure;
+}
+
+/// Without a copy of the list where its reader can take it now.
+template <typename List>
+void MIDIServiceEngine::deliver(const MIDIRouting::Receiver& reader, Ref port, const List& list) {
+  if (reader != nullptr && !reader->readAtOnce(&list, port)) {
+    reader->add(lists_.share(list), port);
+    reader->handOverNext(ListReceiver::Thread::queues);
+  }
 }
 
 OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool isOwn,
@@ -237,15 +245,20 @@ OSStatus MIDIServiceEngine::receive(Ref source, const SharedMIDIList& list, bool
 }
 
 OSStatus MIDIServiceEngine::MIDISend(Ref port, Ref destination, const MIDIPacketList& list) {
-  return delivering(
-      [&](Handovers& handovers) { return send(port, destination, lists_.share(list), handovers); });
+  MIDIRouting::Receiver reader;
+  const OSStatus failure = locked([&] { return readerFor(port, destination, reader); });
+  deliver(reader, port, list);
+  return failure;
 }
 
 OSStatus MIDIServiceEngine::MIDISendEventList(Ref port, Ref destination, const MIDIEventList& list) {
-  return delivering([&](Handovers& handovers) {
-    const OSStatus failure = checkProtocol(list.protocol);
-    return failure != noErr ? failure : send(port, destination, lists_.share(list), handovers);
+  MIDIRouting::Receiver reader;
+  const OSStatus failure = locked([&] {
+    const OSStatus wrongProtocol = checkProtocol(list.protocol);
+    return wrongProtocol != noErr ? wrongProtocol : readerFor(port, destination, reader);
   });
+  deliver(reader, port, list);
+  return failure;
 }
 
 OSStatus MIDIServiceEngine::MIDIReceived(Ref source, const MIDIPacketList& list) {

@@ -61,7 +61,7 @@ class MIDISetup {
   /// object has.
   OSStatus setProperty(Ref object, std::string_view key, PropertyValue value);
   OSStatus removeProperty(Ref object, std::string_view key);
-  /// From now on, reading this text or dictionary succeeds and gives nothing.
+  /// From now on, reading this text or dictionary succeeds and returns nothing.
   OSStatus answerWithNone(Ref object, std::string_view key);
 
  private:

@@ -12,7 +12,7 @@ namespace midikit::io::engine {
 
 /// Several changes of a setup that belong together, and the messages about them: `added` for each object that
 /// came, parents first, `removed` for each that went, children first, `propertyChanged`, all in the order of
-/// the changes, and one `setupChanged` behind them where objects came or went. Not locked.
+/// the changes, and one `setupChanged` after them where objects came or went. Not locked.
 class SetupEditor {
  public:
   using Ref = MIDIObjectRef;
@@ -34,10 +34,10 @@ class SetupEditor {
   /// Sets any property to any kind of value, as a driver does.
   OSStatus setProperty(Ref object, std::string_view key, const PropertyValue& value);
   /// The same for the object and all below it, as what concerns a whole device. The message is for the object
-  /// alone, and a `setupChanged` stands behind all.
+  /// alone, and a `setupChanged` follows all.
   OSStatus setPropertyThroughout(Ref object, std::string_view key, const PropertyValue& value);
 
-  /// What clients are to be told.
+  /// What is to be reported to clients.
   std::vector<MIDINotification> messages() const;
   /// Who read at what has gone; to be closed when no lock is held.
   const std::vector<MIDIRouting::Receiver>& removedReceivers() const { return removed_; }

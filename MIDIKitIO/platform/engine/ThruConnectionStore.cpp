@@ -15,7 +15,7 @@ ThruConnectionStore::ThruConnectionStore(Keeper keeper) : keeper_(std::move(keep
   reload();
 }
 
-/// True if something is different then. Connections that are equal in everything are told apart by their
+/// True if something is different then. Connections that are equal in everything are distinguished by their
 /// order alone.
 bool ThruConnectionStore::adopt(std::vector<Stored> kept) {
   std::map<MIDIObjectRef, Stored> former = std::exchange(connections_, {});

@@ -11,7 +11,7 @@
 
 namespace midikit::io::engine {
 
-/// A thru connection. In one with an owner, endpoints are told by their unique ID alone.
+/// A thru connection. In one with an owner, endpoints are recognised by their unique ID alone.
 struct ThruConnection {
   MIDIObjectRef ref = 0;
   MIDIThruConnectionParams parameters;
@@ -52,7 +52,7 @@ class ThruConnectionStore {
   void reload();
 
   /// Whether this program is the one of all those that share the connections that forwards between endpoints
-  /// that each of them sees. True unless told otherwise.
+  /// that each of them sees. True unless set otherwise.
   bool isForwarding() const { return isForwarding_; }
   void setForwarding(bool isForwarding);
 

@@ -141,7 +141,7 @@ SharedMIDIList ThruConnections::filteredFor(const ThruConnection& connection, Re
   auto& converter = converters_[key];
   MIDIEventList room;
   const auto protocol = words != nullptr ? words->protocol : MIDIProtocolID::midi1_0;
-  auto left = filtered(converter.toWords(*list, protocol, room), connection.parameters);
+  auto left = filtered(converter.toWords(viewOf(*list), protocol, room), connection.parameters);
   if (converter.isIdle()) {
     converters_.erase(key);
   }

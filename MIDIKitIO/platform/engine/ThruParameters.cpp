@@ -39,7 +39,7 @@ bool holdsBackSystem(std::uint32_t status, const MIDIThruConnectionParams& param
   }
 }
 
-/// Control change, and what stands for it in the MIDI 2.0 protocol: the messages for registered and
+/// Control change, and what it is in the MIDI 2.0 protocol: the messages for registered and
 /// assignable controllers, absolute and relative.
 bool isControl(std::uint32_t opcode, bool isMidi2) {
   return opcode == 0xB || (isMidi2 && opcode >= 0x2 && opcode <= 0x5);

@@ -10,7 +10,7 @@ namespace midikit::io::engine {
 /// Which object has which unique ID. Not locked.
 class UniqueIds {
  public:
-  /// Gives an object an ID that no other has. The same calls give the same IDs on every machine.
+  /// Gives an object an ID that no other has. The same calls assign the same IDs on every machine.
   std::int32_t assign(MIDIObjectRef object);
 
   /// Gives an object this ID in place of the one it has. False, and nothing changes, if another object has

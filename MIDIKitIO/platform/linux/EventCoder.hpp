@@ -27,6 +27,7 @@ class EventEncoder {
   void reset();
 
  private:
+  std::uint8_t runningStatus_ = 0;  ///< which the coder doesn't know of yet; 0 for none
   std::unique_ptr<snd_midi_event_t, void (*)(snd_midi_event_t*)> coder_;
 };
 

@@ -53,7 +53,7 @@ void Outlet::send(const MIDIPacketList& list) {
       const auto packet = list.packet(index);
       auto bytes = packet.bytes;
       const TimePoint stamp{Duration(static_cast<Duration::rep>(packet.timeStamp))};
-      while (const auto event = encoder_.next(bytes)) {
+      while (auto event = encoder_.next(bytes)) {
         accept(*event, std::clamp(stamp, now, now + farthest), now);
       }
     }
@@ -98,8 +98,8 @@ bool Outlet::connect(PortAddress place) {
   return failure == 0;
 }
 
-void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, TimePoint now) {
-  if (!isAttached_ || !hasPlaceFor(event)) {
+void Outlet::accept(snd_seq_event_t& event, TimePoint wanted, TimePoint now) {
+  if (!isAttached_ || goesAtOnce(event, wanted, now) || !hasPlaceFor(event)) {
     return;
   }
   Waiting waiting{.event = event, .bytes = {}, .isLater = wanted > now, .due = std::nullopt};
@@ -108,7 +108,8 @@ void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, TimePoint no
     waiting.bytes.assign(bytes, bytes + event.data.ext.len);
     waiting.event.data.ext.ptr = waiting.bytes.data();  // Moving the list leaves its bytes where they are.
   }
-  if (backlog_.empty() && go(wanted, waiting, now)) {
+  const bool wasTried = backlog_.empty() && blockedSince_;
+  if (backlog_.empty() && !wasTried && go(wanted, waiting, now)) {
     return;
   }
   waitingBytes_ += sizeof(event) + waiting.bytes.size();
@@ -116,6 +117,13 @@ void Outlet::accept(const snd_seq_event_t& event, TimePoint wanted, TimePoint no
   if (place == backlog_.begin() && backlog_.size() > 1 && !blockedSince_) {
     wake_ = {};  // It goes before what was waited for.
   }
+}
+
+/// Nearly every event does: a short one that waits neither for its time nor for others. True if it is done
+/// with.
+bool Outlet::goesAtOnce(snd_seq_event_t& event, TimePoint wanted, TimePoint now) {
+  return backlog_.empty() && wanted == now && !snd_seq_ev_is_variable(&event) &&
+         transmit(event, std::nullopt, now);
 }
 
 /// Whole messages are taken or left out.
@@ -162,16 +170,21 @@ bool Outlet::go(TimePoint wanted, Waiting& waiting, TimePoint now) {
     const auto rate = waiting.bytes.empty() ? std::nullopt : route_.sysExRate();
     waiting.due = rate ? pacer_.next(wanted, static_cast<std::int64_t>(waiting.bytes.size()), *rate) : wanted;
   }
-  const auto schedule = scheduleFor(waiting, now);
+  auto schedule = scheduleFor(waiting, now);
   if (!schedule && *waiting.due > now) {
     wake_ = *waiting.due;
     return false;
   }
+  return transmit(waiting.event, std::move(schedule), now);
+}
+
+/// True if the event is done with; false if there is no room for it.
+bool Outlet::transmit(snd_seq_event_t& event, std::optional<Schedule> schedule, TimePoint now) {
   if (now != attachedAt_ && route_.place() != wire_.to) {
     dropAll();
     return true;
   }
-  const int result = context_.sink->send(waiting.event, wire_, {.now = now, .schedule = schedule});
+  const int result = context_.sink->send(event, wire_, {.now = now, .schedule = std::move(schedule)});
   if (hasNoRoom(result)) {
     return waitForRoom(now);
   }

@@ -1,12 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <shared_mutex>
 #include <string_view>
 #include <vector>
 
@@ -26,20 +25,26 @@ class OutputGate {
  public:
   template <typename Work>
   void pass(const Work& work) {
-    const std::shared_lock lock(mutex_);
+    ++inside_;
     if (!isClosed_) {
       work();
+    }
+    if (--inside_ == 0 && isClosed_) {
+      inside_.notify_all();
     }
   }
   /// No work begins any more, and none is under way when this returns.
   void close() {
-    const std::unique_lock lock(mutex_);
     isClosed_ = true;
+    for (int inside = inside_; inside != 0; inside = inside_) {
+      inside_.wait(inside);
+    }
   }
 
  private:
-  std::shared_mutex mutex_;
-  bool isClosed_ = false;
+  // Counted before the look at isClosed_, as close() looks at the count after closing.
+  std::atomic<int> inside_ = 0;
+  std::atomic<bool> isClosed_ = false;
 };
 
 /// What all ways out share. The runtime must outlive them.
@@ -100,10 +105,12 @@ class Outlet : public std::enable_shared_from_this<Outlet> {
 
   bool attach(TimePoint now);
   bool connect(PortAddress place);
-  void accept(const snd_seq_event_t& event, TimePoint wanted, TimePoint now);
+  void accept(snd_seq_event_t& event, TimePoint wanted, TimePoint now);
+  bool goesAtOnce(snd_seq_event_t& event, TimePoint wanted, TimePoint now);
   bool hasPlaceFor(const snd_seq_event_t& event);
   void drain();
   bool go(TimePoint wanted, Waiting& waiting, TimePoint now);
+  bool transmit(snd_seq_event_t& event, std::optional<Schedule> schedule, TimePoint now);
   std::optional<Schedule> scheduleFor(const Waiting& waiting, TimePoint now);
   bool waitForRoom(TimePoint now);
   void leaveOut(std::string_view reason);

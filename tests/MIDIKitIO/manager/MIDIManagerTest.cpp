@@ -42,29 +42,22 @@ class MIDIManagerTest : public MIDITestBench {
   /// Writes down each notification.
   MIDIManager::NotificationHandler writer() {
     return [this](const MIDIIONotification& notification, MIDIManager&) {
-      told_.push_back(notification.description(*service));
+      reported_.push_back(notification.description(*service));
     };
   }
-  /// What was told since the last time, once everything has run.
-  std::vector<std::string> told() {
+  /// What was reported since the last time, once everything has run.
+  std::vector<std::string> reported() {
     settleMain();
-    return std::exchange(told_, {});
+    return std::exchange(reported_, {});
   }
   std::uint64_t refreshes() const { return service->calls().count(MIDIOperation::getNumberOfDevices); }
-  static std::vector<std::string> namesOf(const std::vector<MIDIDevice>& devices) {
-    std::vector<std::string> names;
-    for (const auto& device : devices) {
-      names.push_back(device.name);
-    }
-    return names;
-  }
   /// The devices of the cache, or "none".
   std::vector<std::string> cached(const MIDIManager& manager) {
     const auto cache = manager.notificationCache();
     return cache ? namesOf(cache->devices) : std::vector<std::string>{"none"};
   }
 
-  std::vector<std::string> told_;
+  std::vector<std::string> reported_;
 };
 
 TEST_F(MIDIManagerTest, ANewManagerHasNeitherClientNorLists) {
@@ -201,15 +194,16 @@ TEST_F(MIDIManagerTest, AttachingAndTakingAwayADeviceIsToldObjectByObject) {
   auto description = simpleDevice("dev");
   description.properties["uniqueID"] = 10;
   const auto ref = service->addDevice(description);
-  EXPECT_THAT(told(), ElementsAre("added(MIDIDevice(name: \"dev\", uniqueID: 10, exists: true))",
-                                  HasSubstr("added(MIDIEntity(name: \"dev\""),
-                                  HasSubstr("added(MIDIOutputEndpoint(name: \"dev\""),
-                                  HasSubstr("added(MIDIInputEndpoint(name: \"dev\""), "setupChanged"));
+  EXPECT_THAT(reported(), ElementsAre("added(MIDIDevice(name: \"dev\", uniqueID: 10, exists: true))",
+                                      HasSubstr("added(MIDIEntity(name: \"dev\""),
+                                      HasSubstr("added(MIDIOutputEndpoint(name: \"dev\""),
+                                      HasSubstr("added(MIDIInputEndpoint(name: \"dev\""), "setupChanged"));
   service->setProperty(ref, "offline", 1);
-  EXPECT_THAT(told(), ElementsAre("propertyChanged(MIDIDevice(name: \"dev\", uniqueID: 10, exists: true), "
-                                  "for: isOffline)"));
+  EXPECT_THAT(reported(),
+              ElementsAre("propertyChanged(MIDIDevice(name: \"dev\", uniqueID: 10, exists: true), "
+                          "for: isOffline)"));
   service->removeDevice(ref);
-  const auto removals = told();
+  const auto removals = reported();
   ASSERT_EQ(removals.size(), 5U);
   EXPECT_THAT(std::vector(removals.begin(), removals.begin() + 2),
               Each(testing::AnyOf(HasSubstr("removed(MIDIOutputEndpoint(name: \"dev\""),
@@ -225,7 +219,7 @@ TEST_F(MIDIManagerTest, ARemovalBeforeEverythingElseFindsNoCache) {
   settle();
   const auto manager = started(writer());
   service->removeDevice(ref);
-  EXPECT_THAT(told(),
+  EXPECT_THAT(reported(),
               ElementsAre("removed(MIDIDevice(name: \"\", uniqueID: 0, exists: false))", "setupChanged"));
 }
 
@@ -246,8 +240,8 @@ TEST_F(MIDIManagerTest, RemovalsInARowAreLookedUpInTheSameCache) {
   settle();
   EXPECT_THAT(manager->devices().devices, IsEmpty());
   EXPECT_THAT(cached(*manager), ElementsAre("first", "second"));
-  EXPECT_THAT(told(), ElementsAre(HasSubstr("removed(MIDIDevice(name: \"first\""),
-                                  HasSubstr("removed(MIDIDevice(name: \"second\"")));
+  EXPECT_THAT(reported(), ElementsAre(HasSubstr("removed(MIDIDevice(name: \"first\""),
+                                      HasSubstr("removed(MIDIDevice(name: \"second\"")));
 }
 
 TEST_F(MIDIManagerTest, EachKindOfMessageDoesItsOwnToListsAndCache) {
@@ -256,7 +250,7 @@ TEST_F(MIDIManagerTest, EachKindOfMessageDoesItsOwnToListsAndCache) {
     MIDINotification message;
     bool refreshes;
     bool replacesCache;
-    bool isTold;
+    bool isReported;
   };
   const MIDINotification::Child child{.child = 1, .childType = 0};
   const std::vector<Row> rows = {
@@ -277,7 +271,7 @@ TEST_F(MIDIManagerTest, EachKindOfMessageDoesItsOwnToListsAndCache) {
   settle();
   for (std::size_t row = 0; row < rows.size(); ++row) {
     SCOPED_TRACE(row);
-    const auto& [message, refreshesLists, replacesCache, isTold] = rows[row];
+    const auto& [message, refreshesLists, replacesCache, isReported] = rows[row];
     const auto manager = MIDIManager::create(settings(), writer());
     service->calls().failNext(MIDIOperation::getNumberOfDevices, noErr);
     manager->start();
@@ -288,7 +282,7 @@ TEST_F(MIDIManagerTest, EachKindOfMessageDoesItsOwnToListsAndCache) {
     if (replacesCache) {
       EXPECT_THAT(cached(*manager), IsEmpty()) << "the lists from before the refresh";
     }
-    EXPECT_EQ(told().size(), isTold ? 1U : 0U);
+    EXPECT_EQ(reported().size(), isReported ? 1U : 0U);
   }
 }
 
@@ -297,13 +291,13 @@ TEST_F(MIDIManagerTest, AHandlerThatComesLaterIsNotToldOfWhatWas) {
   service->notify({.messageID = 1});
   settle();
   manager->setNotificationHandler(writer());
-  EXPECT_THAT(told(), IsEmpty());
+  EXPECT_THAT(reported(), IsEmpty());
   service->notify({.messageID = 1});
   settle();
   manager->setNotificationHandler(nullptr);
-  EXPECT_THAT(told(), ElementsAre("setupChanged")) << "it was there when the message came";
+  EXPECT_THAT(reported(), ElementsAre("setupChanged")) << "it was there when the message came";
   service->notify({.messageID = 1});
-  EXPECT_THAT(told(), IsEmpty());
+  EXPECT_THAT(reported(), IsEmpty());
 }
 
 TEST_F(MIDIManagerTest, WhatIsQueuedKeepsTheManagerAndNothingElseDoes) {
@@ -313,24 +307,24 @@ TEST_F(MIDIManagerTest, WhatIsQueuedKeepsTheManagerAndNothingElseDoes) {
   settle();
   manager.reset();
   EXPECT_FALSE(weak.expired()) << "the handler is still to be called with it";
-  EXPECT_THAT(told(), ElementsAre("serialPortOwnerChanged"));
+  EXPECT_THAT(reported(), ElementsAre("serialPortOwnerChanged"));
   EXPECT_TRUE(weak.expired());
   service->calls().resetCounts();
   service->notify({.messageID = 1});
-  EXPECT_THAT(told(), IsEmpty());
+  EXPECT_THAT(reported(), IsEmpty());
   EXPECT_EQ(service->calls().total(), 0U) << "a late message does nothing";
 }
 
 TEST_F(MIDIManagerTest, AHandlerMayReplaceItselfAndRefresh) {
   const auto manager = started();
   manager->setNotificationHandler([&](const MIDIIONotification&, MIDIManager& its) {
-    told_.emplace_back("once");
+    reported_.emplace_back("once");
     its.setNotificationHandler(nullptr);
     its.refreshObjects();
     its.removeAll();
   });
   service->notify({.messageID = 1});
-  EXPECT_THAT(told(), ElementsAre("once"));
+  EXPECT_THAT(reported(), ElementsAre("once"));
 }
 
 }  // namespace

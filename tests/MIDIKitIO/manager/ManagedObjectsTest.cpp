@@ -152,7 +152,7 @@ TEST_F(ManagedObjectsTest, WhileAnEndpointIsMadeNobodyTakesItForAForeignOne) {
       runtime.globalQueue().post(
           [&] { ownedThen = manager->ownedUniqueIDs(MIDIEndpointType::output).size(); });
       runtime.clock().sleepFor(std::chrono::milliseconds(5));
-      EXPECT_THAT(unowned, IsEmpty()) << "who asks waits";
+      EXPECT_THAT(unowned, IsEmpty()) << "anyone who asks waits";
     });
     manager->addOutput({.name = "mine", .tag = "mine", .persistence = persistence});
     settle();

@@ -55,6 +55,11 @@ TEST_F(PacketsOfListsTest, WordsAreSplitIntoTheMessagesThatCanBeRead) {
     }
     EXPECT_EQ(linesOf(packetsOf(list, nullptr, *service)), expected) << what;
   }
+  for (const std::int32_t number : {0, 1, 2, 3}) {
+    const bool isFirst =
+        protocolOf({.protocol = MIDIProtocolID(number)}) == core::MIDIProtocolVersion::midi1_0;
+    EXPECT_EQ(isFirst, number == 1) << number;
+  }
 }
 
 TEST_F(PacketsOfListsTest, BytesAndSourcesAreThoseOfTheMoment) {

@@ -1,4 +1,5 @@
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -138,6 +139,8 @@ TEST_F(ConnectionsTest, AFilterDropsIdentitiesNotEndpointsAndTheOwnOnesOfTheOthe
   addOutputConnection(MIDIOutputConnectionMode::allInputs(), {true, {}});
   addDestination("pads", 12);
   EXPECT_THAT(reached(), ElementsAre("keys", "pads"));
+  EXPECT_EQ(sending()->inputsCriteria(), (MIDIEndpointIdentities{uniqueID(11), uniqueID(12)}))
+      << "no devices and entities";
 }
 
 TEST_F(ConnectionsTest, ARefreshConnectsEachSourceOnceAndAListWithAnOldTokenHasItsSource) {
@@ -157,10 +160,21 @@ TEST_F(ConnectionsTest, ARefreshConnectsEachSourceOnceAndAListWithAnOldTokenHasI
   settle();
   EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U)
       << "only what comes, goes and changes the setup";
-  service->notify({.messageID = 1});
-  settle();
-  EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 4U);
-  EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 4U);
+  for (const std::int32_t change : {1, 2, 3}) {
+    calls.resetCounts();
+    service->notify({.messageID = change});
+    settle();
+    EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 2U) << change;
+    EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 2U) << change;
+  }
+  calls.resetCounts();
+  listening()->disconnect(std::set{two});
+  EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 1U);
+  calls.resetCounts();
+  listening()->removeOutputs({uniqueID(2)});
+  EXPECT_EQ(calls.count(MIDIOperation::portDisconnectSource), 3U) << "it, and then all for the refresh";
+  EXPECT_EQ(calls.count(MIDIOperation::portConnectSource), 1U);
+  listening()->addOutputs({uniqueID(2)});
   // The refresh comes while the block asks for the source of its token.
   play(one, 60);
   calls.interruptNext(MIDIOperation::objectGetStringProperty, [&] { listening()->removeAllOutputs(); });
@@ -200,11 +214,22 @@ TEST_F(ConnectionsTest, WithoutAPortTheErrorsSaySo) {
   EXPECT_THAT(sending()->description(), testing::HasSubstr("outputPortRef: nil)"));
 
   const auto connection = listening();
+  service->calls().interruptNext(MIDIOperation::portDispose, [&] {
+    EXPECT_EQ(connection->coreMIDIInputPortRef(), std::nullopt) << "no lock is held";
+  });
   connection->dispose();
   connection->dispose();
+  EXPECT_EQ(connection->receiveHandler(), nullptr);
   connection->addOutputs({uniqueID(2)});
   EXPECT_EQ(errorOf([&] { connection->connect(); }), notListening) << "nothing brings it back";
   EXPECT_EQ(errorOf([&] { connection->disconnect(); }), nothing);
+  addDestination("keys", 11);
+  EXPECT_THAT(reached(), ElementsAre("keys"));
+  sending()->dispose();
+  sending()->addInputs({uniqueID(11)});
+  sending()->create();
+  EXPECT_THAT(reached(), IsEmpty());
+  EXPECT_EQ(sending()->coreMIDIOutputPortRef(), std::nullopt);
   manager.reset();
   EXPECT_EQ(errorOf([&] { connection->connect(); }), notListening);
 }

@@ -81,7 +81,7 @@ TEST_F(VirtualEndpointsTest, TheUniqueIDIsTheKeptOneUnlessItIsTaken) {
       {"fixed and taken", Persistence::unmanaged(5), {}, {}},
       {"user defaults without the key", Persistence::userDefaultsManaged("k", defaults), {}, {}},
       {"user defaults", Persistence::userDefaultsManaged("k", defaults), -43, -43},
-      {"user defaults beyond 32 bits", Persistence::userDefaultsManaged("k", defaults), 1LL << 31, {}},
+      {"user defaults beyond 32 bits", Persistence::userDefaultsManaged("k", defaults), 1LL << 32, {}},
       {"user defaults with what is taken", Persistence::userDefaultsManaged("k", defaults), 5, {}},
       {"handlers", handlers(44), {}, 44},
       {"handlers without an ID", handlers({}), {}, {}},
@@ -98,7 +98,7 @@ TEST_F(VirtualEndpointsTest, TheUniqueIDIsTheKeptOneUnlessItIsTaken) {
     const auto kind = persistence.asCase().index();
     EXPECT_EQ(defaults->value, kind == 1 ? std::optional<std::int64_t>(uniqueID) : inDefaults);
     EXPECT_TRUE(stored.empty() || stored == std::vector{std::optional(uniqueID)});
-    const auto reader = input();  // Who holds the object doesn't hold its ID.
+    const auto reader = input();  // Holding the object doesn't hold its ID.
     addInput(persistence);
     EXPECT_TRUE(!expected || input()->uniqueID() == *expected) << "the one before is off the platform";
     EXPECT_EQ(reader->coreMIDIInputPortRef(), std::nullopt);
@@ -125,6 +125,10 @@ TEST_F(VirtualEndpointsTest, AFailureReachesTheCallerAndLeavesTheObjectUnderItsT
     EXPECT_EQ(input()->coreMIDIInputPortRef().has_value(), isThere);
     EXPECT_TRUE(isThere || errorOf([&] { input()->setPrivate(true); }));
   }
+  addDestination("equipment", 5);
+  service->calls().failNext(MIDIOperation::destinationCreateWithProtocol, -50);
+  EXPECT_TRUE(errorOf([&] { addInput(Persistence::unmanaged(5)); }));
+  EXPECT_EQ(input()->uniqueID(), std::nullopt) << "it is another endpoint's";
   addInput();
   EXPECT_NE(input()->endpoint().uniqueID, 0) << "the next one takes the place";
 

@@ -102,7 +102,7 @@ TEST_F(ReceiveHandlerTest, EachReceiverGetsWhatItAskedFor) {
        MIDIReceiver::group({events(noOptions, "a"), MIDIReceiver::group({events(noOptions, "b")})}),
        {"90 3C 40", "3C 00"},
        {"a[90 3C 40]", "b[90 3C 40]", "a[90 3C 00]", "b[90 3C 00]"}},
-      {"what gives no event makes no call", events(noOptions), {"41", "F4", "words 60 00 00 00"}, {}},
+      {"what has no event makes no call", events(noOptions), {"41", "F4", "words 60 00 00 00"}, {}},
       {"velocity 0 is a note-off if asked for, in bytes alone",
        events(Options::noteOnZeroAsNoteOff),
        {"90 3C 00", "words 20 90 3C 00"},

@@ -1,3 +1,4 @@
+#include <array>
 #include <string>
 #include <vector>
 
@@ -147,6 +148,27 @@ TEST_P(ThruConnectionTest, AFailureLeavesNothingBehindAndAProxyFollowsWithBothCo
   proxy->inputConnection()->dispose();  // From now on it fails to follow.
   removeDeviceOf(*findDestination(*service, 11));
   EXPECT_THAT(proxy->outputConnection()->coreMIDIInputEndpointRefs(), IsEmpty());
+}
+
+TEST_P(ThruConnectionTest, WhatIsSentHasTheFormOfTheInterfaceThatThePlatformHas) {
+  const auto newest = CoreMIDIAPIVersion::newCoreMIDI(core::MIDIProtocolVersion::midi2_0);
+  for (const auto wanted : {newest, CoreMIDIAPIVersion::legacyCoreMIDI()}) {
+    const auto expected = GetParam() < PlatformVersion{11, 0} ? CoreMIDIAPIVersion::legacyCoreMIDI() : wanted;
+    manager->setPreferredAPI(wanted);
+    manager->addOutput({.name = "out", .tag = "tag"});
+    manager->addOutputConnection({.mode = MIDIOutputConnectionMode::allInputs(), .tag = "tag"});
+    const auto output = manager->managedOutputs().at("tag");
+    const auto connection = manager->managedOutputConnections().at("tag");
+    EXPECT_EQ(output->api(), expected);
+    EXPECT_EQ(connection->api(), expected);
+    for (internal::MessageSender* sender : {static_cast<internal::MessageSender*>(output.get()),
+                                            static_cast<internal::MessageSender*>(connection.get())}) {
+      const bool takesBytes = !errorOf([&] { sender->sendRawMessages({}); });
+      const bool takesWords = !errorOf([&] { sender->sendUniversalWords(std::array{0x10F80000U}); });
+      EXPECT_EQ(takesBytes, expected != newest);
+      EXPECT_EQ(takesWords, expected == newest);
+    }
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Platforms, ThruConnectionTest,

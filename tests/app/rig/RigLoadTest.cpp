@@ -1,12 +1,14 @@
 #include "app/rig/RigLoad.hpp"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
-
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <random>
 
 #include "app/rig/LoadReport.hpp"
 #include "foundation/Log.hpp"
@@ -109,6 +111,50 @@ TEST_F(RigLoadTest, ABoardThatHoldsSomethingElseThanTheFileIsNotLoaded) {
   EXPECT_FALSE(outcome.flashMatches);
   EXPECT_FALSE(outcome.isLoaded());
   EXPECT_THAT(sentenceOf(outcome), HasSubstr("FAILED: The board's flash differs from the file."));
+}
+
+/// Firmware by chance: pieces that overlap, end at the edges of blocks, are blank or reach beyond the flash.
+std::string randomHex(std::mt19937& random, const rig::BoardKind& kind) {
+  std::string text;
+  std::uint32_t upper = 0;
+  for (auto pieces = random() % 8; pieces > 0; --pieces) {
+    const auto edge = random() % (kind.flashSize / kind.blockSize + 1) * kind.blockSize;
+    auto address = static_cast<std::uint32_t>(std::min(edge + random() % 5, 0xFFFD00UL));
+    const auto fill = random() % 3 == 0 ? 0xFFU : random() % 256;
+    for (auto records = random() % 40 + 1; records > 0; --records, address += 16) {
+      if (address >> 16U != upper) {
+        upper = address >> 16U;
+        text += fmt::format(":02000004{:04X}{:02X}\n", upper, (0x100 - (6 + (upper >> 8U) + upper)) & 0xFFU);
+      }
+      const auto sum = 16 + ((address >> 8U) & 0xFFU) + (address & 0xFFU) + 16 * fill;
+      text += fmt::format(":10{:04X}00", address & 0xFFFFU);
+      for (int i = 0; i < 16; ++i) {
+        text += fmt::format("{:02X}", fill);
+      }
+      text += fmt::format("{:02X}\n", (0x100 - (sum & 0xFFU)) & 0xFFU);
+    }
+  }
+  return text + ":00000001FF\n";
+}
+
+TEST_F(RigLoadTest, WhateverIsLoadedTheBoardHoldsWhatItReadsInTheFileItself) {
+  std::mt19937 random(1);
+  const auto file = std::filesystem::temp_directory_path() / ("karvex-random-" + std::to_string(getpid()));
+  for (const auto& kind : rig::boardKinds()) {
+    for (int turn = 0; turn < 12; ++turn) {
+      SCOPED_TRACE(testing::Message() << kind.mcu << ", file " << turn);
+      std::ofstream(file) << randomHex(random, kind);
+      foundation::VirtualRuntime runtime;
+      rig::VirtualBus bus(runtime.clock());
+      auto& board = bus.plugIn(std::make_unique<rig::VirtualBoard>(kind, "42"));
+      const auto outcome =
+          runLoad(runtime, bus, {.file = file, .mcu = std::string(kind.mcu), .serialNumber = "42"},
+                  [](const LoadOutcome&) {});
+      EXPECT_TRUE(outcome.isLoaded()) << sentenceOf(outcome);
+      EXPECT_THAT(board.complaints(), testing::IsEmpty());
+    }
+  }
+  std::filesystem::remove(file);
 }
 
 TEST(LoaderAndBoards, AgreeOnTheSizesOfEveryMicrocontroller) {

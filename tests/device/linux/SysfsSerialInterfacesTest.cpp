@@ -38,12 +38,6 @@ TEST(SysfsSerialInterfaces, ABoardIsFoundByItsWholeSerialNumberAmongOtherTermina
   EXPECT_EQ(ttyNodeForSerialNumber("123"), std::nullopt);
 }
 
-TEST(SysfsSerialInterfaces, ABoardWithoutATerminalIsNotPresent) {
-  SysfsTree tree;
-  tree.addInterface(addBoard(tree, "1-1", {{"serial", "1234"}}), "1-1:1.0");
-  EXPECT_FALSE(SysfsSerialInterfaces().isPresent("usbmodem12341"));
-}
-
 TEST(SysfsSerialInterfaces, PresenceFollowsTheTerminal) {
   SysfsTree tree;
   SysfsSerialInterfaces interfaces;

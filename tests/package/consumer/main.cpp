@@ -1,7 +1,6 @@
 #include <iostream>
 
-#include "MIDIKitCore/MIDIIOError.hpp"
-#include "MIDIKitCore/SysExParser.hpp"
+#include "MIDIKitCore/MIDIKitCore.hpp"
 #include "MIDIKitInternals/Text.hpp"
 
 int main() {

@@ -30,10 +30,10 @@ class BoardMidiDevicesTest : public midikit::io::engine::MIDIServiceFixture {
     EXPECT_EQ(service.MIDIObjectGetStringProperty(object, key, value), noErr) << key;
     return value.value_or("none");
   }
-  /// Waits until that moment, and gives what was told until then.
-  std::vector<std::string> toldUntil(foundation::TimePoint moment) {
+  /// Waits until that moment, and returns what was reported until then.
+  std::vector<std::string> reportedUntil(foundation::TimePoint moment) {
     runtime.clock().sleepUntil(moment);
-    return std::exchange(told_, {});
+    return std::exchange(reported_, {});
   }
   ReportOutcome sendBoot() {
     std::vector<std::uint8_t> report(130, 0xFF);
@@ -59,9 +59,9 @@ TEST_F(BoardMidiDevicesTest, BoardsAreDevicesFromTheStartAndWhenTheyComeLater) {
   EXPECT_EQ(offline(service.MIDIGetDevice(1)), 1) << "on its way into the bootloader";
   EXPECT_EQ(service.MIDIGetNumberOfDestinations(), 2U);
 
-  told();
+  reported();
   plugIn("TEENSYLC", "30");
-  EXPECT_EQ(told().size(), 5U) << "device, entity, source, destination, setup";
+  EXPECT_EQ(reported().size(), 5U) << "device, entity, source, destination, setup";
   EXPECT_EQ(text(boards.devices().at(2), serialNumberPropertyKey), "30");
 }
 
@@ -70,24 +70,24 @@ TEST_F(BoardMidiDevicesTest, ABoardIsOfflineFromTheMomentItLeavesUntilTheMomentI
   plugIn("TEENSY2", "20");
   const BoardMidiDevices boards(runtime, bus, service);
   const Ref device = boards.devices()[1];
-  told();
+  reported();
   const auto change = fmt::format("4 {}/0 offline", device);
   const auto request = runtime.clock().now();
   bus.setLineSpeed("20", 134);
-  EXPECT_THAT(toldUntil(request + 1ms), ElementsAre(change, "1"));
+  EXPECT_THAT(reportedUntil(request + 1ms), ElementsAre(change, "1"));
   EXPECT_EQ(offline(device), 1);
   EXPECT_EQ(offline(source(1)), 1) << "what is below the device goes with it";
   EXPECT_EQ(offline(boards.devices()[0]), 0);
-  EXPECT_THAT(toldUntil(request + 60s), IsEmpty()) << "its bootloader is no MIDI device";
+  EXPECT_THAT(reportedUntil(request + 60s), IsEmpty()) << "its bootloader is no MIDI device";
 
   const auto boot = runtime.clock().now();
   ASSERT_EQ(sendBoot(), ReportOutcome::accepted);
-  EXPECT_THAT(toldUntil(boot + VirtualBoard::usualBootTime - 1ns), IsEmpty());
+  EXPECT_THAT(reportedUntil(boot + VirtualBoard::usualBootTime - 1ns), IsEmpty());
   EXPECT_EQ(offline(device), 1);
-  EXPECT_THAT(toldUntil(boot + VirtualBoard::usualBootTime + 1ns), ElementsAre(change, "1"))
+  EXPECT_THAT(reportedUntil(boot + VirtualBoard::usualBootTime + 1ns), ElementsAre(change, "1"))
       << "although nobody asked the bus meanwhile";
   EXPECT_EQ(offline(device), 0);
-  EXPECT_THAT(toldUntil(boot + 1h), IsEmpty());
+  EXPECT_THAT(reportedUntil(boot + 1h), IsEmpty());
 }
 
 TEST_F(BoardMidiDevicesTest, ABoardThatLeavesForGoodStaysOfflineUntilItIsPluggedInAgain) {
@@ -95,15 +95,15 @@ TEST_F(BoardMidiDevicesTest, ABoardThatLeavesForGoodStaysOfflineUntilItIsPlugged
   const BoardMidiDevices boards(runtime, bus, service);
   bus.setLineSpeed("10", 134);
   runtime.clock().sleepFor(5s);
-  told();
+  reported();
   ASSERT_EQ(sendBoot(), ReportOutcome::accepted);
-  EXPECT_THAT(toldUntil(runtime.clock().now() + 1h), IsEmpty());
+  EXPECT_THAT(reportedUntil(runtime.clock().now() + 1h), IsEmpty());
   EXPECT_EQ(offline(boards.devices()[0]), 1);
   bus.repair("10");
-  EXPECT_EQ(told().size(), 2U);
+  EXPECT_EQ(reported().size(), 2U);
   EXPECT_EQ(offline(boards.devices()[0]), 0);
   bus.unplug("10");
-  EXPECT_EQ(told().size(), 2U);
+  EXPECT_EQ(reported().size(), 2U);
   EXPECT_EQ(offline(boards.devices()[0]), 1);
 }
 
@@ -125,8 +125,8 @@ TEST_F(BoardMidiDevicesTest, NothingIsDoneWhileNothingHappensNorBehindTheEnd) {
     runtime.clock().sleepFor(VirtualBoard::eraseTime);
     ASSERT_EQ(sendBoot(), ReportOutcome::accepted);
   }
-  told();
-  EXPECT_THAT(toldUntil(runtime.clock().now() + 1h), IsEmpty());
+  reported();
+  EXPECT_THAT(reportedUntil(runtime.clock().now() + 1h), IsEmpty());
 }
 
 TEST(BoardMidiDevicesThreadsTest, BoardsChangeUnderTheirDevices) {

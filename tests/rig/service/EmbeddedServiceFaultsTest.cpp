@@ -25,7 +25,6 @@ using testing::StartsWith;
 
 constexpr const char* list = "/services/loaderInfo.php";
 constexpr const char* complete = "/services/uploadComplete.php";
-constexpr const char* report = "/services/deviceExplorer.php";
 constexpr const char* image = "/firmware/image.hex";
 
 /// A service with two devices and one file, on the machine's own clock, with faults as a user gives them.
@@ -60,72 +59,6 @@ class EmbeddedServiceFaultsTest : public testing::Test {
   TestClient client_{service_};
 };
 
-TEST_F(EmbeddedServiceFaultsTest, ErrorPagesAreHtmlWithTheirStatus) {
-  for (const auto& [fault, status] : {std::pair("not-found", 404), std::pair("server-error", 500)}) {
-    setFaults({fault});
-    for (const auto& reply :
-         {client_.post(list), client_.post(complete), client_.post(report), client_.get(image)}) {
-      EXPECT_TRUE(reply.isWhole());
-      EXPECT_EQ(reply.status, status);
-      EXPECT_EQ(reply.contentType, "text/html");
-      EXPECT_THAT(reply.body, StartsWith("<!DOCTYPE html>"));
-    }
-  }
-}
-
-TEST_F(EmbeddedServiceFaultsTest, AFaultOfOnePlaceLeavesTheOthersAlone) {
-  setFaults({"not-found@complete", "server-error@firmware"});
-  EXPECT_EQ(client_.post(list).status, 200);
-  EXPECT_EQ(client_.post(complete).status, 404);
-  EXPECT_EQ(client_.post(report).status, 200);
-  EXPECT_EQ(client_.get(image).status, 500);
-  setFaults({});
-  EXPECT_EQ(client_.get(image).body, std::string(imageSize, ':'));
-}
-
-TEST_F(EmbeddedServiceFaultsTest, ACutOffAnswerPromisesMoreThanComes) {
-  setFaults({"cut-off"});
-  for (const auto& reply : {client_.get(image), client_.post(list), client_.post(complete)}) {
-    EXPECT_EQ(reply.status, 200);
-    EXPECT_EQ(reply.error, "Read");
-    ASSERT_TRUE(reply.promised);
-    EXPECT_EQ(reply.body.size(), *reply.promised / 2);
-  }
-  EXPECT_EQ(client_.get(image).promised, imageSize);
-  service_.setListText("");
-  EXPECT_EQ(client_.post(list).error, "Read") << "also when there is nothing to send";
-}
-
-TEST_F(EmbeddedServiceFaultsTest, AWrongCertificateFailsVerificationBeforeAnythingIsAsked) {
-  setFaults({"wrong-certificate"});
-  EXPECT_EQ(client_.post(list).error, "SSLServerVerification");
-  EXPECT_EQ(client_.get(image).error, "SSLServerVerification");
-  EXPECT_THAT(service_.requests(), SizeIs(0));
-  setFaults({});
-  EXPECT_EQ(client_.post(list).status, 200) << "the right certificate comes back with the next connection";
-}
-
-TEST_F(EmbeddedServiceFaultsTest, TheListIsSpoiledAsTheFaultSays) {
-  setFaults({"not-json"});
-  const auto notJson = client_.post(list);
-  EXPECT_EQ(notJson.status, 200);
-  EXPECT_FALSE(json::accept(notJson.body));
-  EXPECT_TRUE(listed("missing-key")[0].contains("firmwareVersion"));
-  EXPECT_FALSE(listed("missing-key")[1].contains("firmwareVersion"));
-  EXPECT_TRUE(listed("null-value=mcu")[1]["mcu"].is_null());
-  EXPECT_TRUE(listed("wrong-type=sequenceNumber")[1]["sequenceNumber"].is_string());
-  EXPECT_EQ(listed("out-of-range")[1]["setupDelay"], 4294967296);
-  EXPECT_EQ(listed("empty-list"), json::array());
-  EXPECT_EQ(client_.get(image).body.size(), imageSize) << "none of these touches another answer";
-}
-
-TEST_F(EmbeddedServiceFaultsTest, ARedirectPointsToAnotherScheme) {
-  setFaults({"redirect-elsewhere", "redirect-elsewhere@firmware=ftp://127.0.0.1/image.hex"});
-  EXPECT_EQ(client_.post(list).status, 302);
-  EXPECT_EQ(client_.post(list).location, "file:///etc/passwd");
-  EXPECT_EQ(client_.get(image).location, "ftp://127.0.0.1/image.hex");
-}
-
 TEST_F(EmbeddedServiceFaultsTest, AnEndlessAnswerGoesOnUntilTheClientLeaves) {
   setFaults({"endless"});
   client_.largestBody = 20UL * 1024 * 1024;
@@ -136,15 +69,6 @@ TEST_F(EmbeddedServiceFaultsTest, AnEndlessAnswerGoesOnUntilTheClientLeaves) {
     EXPECT_EQ(reply.error, "Canceled");
   }
   EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 0; })) << "the service went on sending";
-}
-
-TEST_F(EmbeddedServiceFaultsTest, AnEndlessAnswerEndsWhenTheServiceStops) {
-  setFaults({"endless"});
-  client_.largestBody = std::numeric_limits<std::size_t>::max();
-  auto reply = std::async(std::launch::async, [this] { return client_.get(image); });
-  EXPECT_TRUE(comesTrue([this] { return !service_.requests().empty(); }));
-  service_.stop();
-  EXPECT_NE(reply.get().error, "");
 }
 
 TEST_F(EmbeddedServiceFaultsTest, ASilentServiceLetsGoWhenTheClientLeaves) {
@@ -174,19 +98,6 @@ TEST_F(EmbeddedServiceFaultsTest, ASilentServiceLetsGoWhenItStops) {
     EXPECT_EQ(seen.status, 0) << "not a byte of an answer, also at the end";
     EXPECT_EQ(seen.error, "Read");
   }
-}
-
-TEST_F(EmbeddedServiceFaultsTest, ASlowServiceLetsGoWhenTheClientLeavesAndWhenItStops) {
-  setFaults({"slow=3600000"});
-  client_.patience = 50ms;
-  EXPECT_EQ(client_.post(list).status, 0);
-  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 1; }));
-  EXPECT_TRUE(comesTrue([this] { return service_.openConnections() == 0; }));
-  client_.patience = 60s;
-  auto reply = std::async(std::launch::async, [this] { return client_.post(list); });
-  EXPECT_TRUE(comesTrue([this] { return service_.requests().size() == 2; }));
-  service_.stop();
-  EXPECT_EQ(reply.get().status, 0);
 }
 
 TEST_F(EmbeddedServiceFaultsTest, StoppingDoesNotWaitForClientsThatSayNothing) {

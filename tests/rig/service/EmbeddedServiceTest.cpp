@@ -1,13 +1,9 @@
 #include "rig/service/EmbeddedService.hpp"
 
 #include <gmock/gmock.h>
-#include <sys/stat.h>
 
-#include <array>
 #include <fstream>
 #include <iterator>
-#include <nlohmann/json.hpp>
-#include <thread>
 #include <vector>
 
 #include "foundation/SystemRuntime.hpp"
@@ -18,8 +14,6 @@ namespace karvex::rig {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr const char* list = "/services/loaderInfo.php";
@@ -36,31 +30,6 @@ void write(const fs::path& path, const std::string& text) {
 
 std::string example(const char* name) {
   return read(fs::path(KARVEX_EXAMPLES_DIRECTORY) / name);
-}
-
-/// The devices of docs/examples/loaderInfo.json.
-std::vector<ServedDevice> exampleDevices() {
-  return {{.midiName = "Step Sequencer",
-           .deviceSerialNumber = "14527360",
-           .mcu = "TEENSY40",
-           .firmwareName = "Step Sequencer",
-           .firmwareVersion = "2.4.0",
-           .setupDelay = 3000,
-           .serverURL = "https://firmware.example.com/",
-           .serverDirectory = "firmware/",
-           .serverFile = "step-sequencer.TEENSY40.hex",
-           .sequenceNumber = 1,
-           .currentVersion = "2.3.1"},
-          {.deviceSerialNumber = "9038410",
-           .mcu = "TEENSY31",
-           .firmwareName = "Expression Pedal & Switch",
-           .firmwareVersion = "1.10",
-           .setupDelay = 0,
-           .serverURL = "https://firmware.example.com",
-           .serverDirectory = "/firmware/",
-           .serverFile = "expression-pedal.TEENSY31.hex",
-           .sequenceNumber = 2,
-           .currentVersion = "1.9"}};
 }
 
 class EmbeddedServiceTest : public testing::Test {
@@ -92,23 +61,6 @@ class EmbeddedServiceTest : public testing::Test {
   EmbeddedService service_{runtime_, firmware_};
   TestClient client_{service_};
 };
-
-TEST_F(EmbeddedServiceTest, ServesTheListOfTheDocumentedExample) {
-  service_.setDevices(exampleDevices());
-  const auto reply = client_.post(list);
-  EXPECT_TRUE(reply.isWhole()) << reply.error;
-  EXPECT_EQ(reply.status, 200);
-  EXPECT_EQ(reply.contentType, "application/json");
-  EXPECT_EQ(json::parse(reply.body), json::parse(example("loaderInfo.json")));
-}
-
-TEST_F(EmbeddedServiceTest, ServesAnyTextAsTheListAndNoDeviceAtFirst) {
-  EXPECT_EQ(json::parse(client_.post(list).body), json::array());
-  for (const auto& text : {std::string("\0\xFF{", 3), std::string(), std::string(1'000'000, 'x')}) {
-    service_.setListText(text);
-    EXPECT_EQ(client_.post(list).body, text);
-  }
-}
 
 TEST_F(EmbeddedServiceTest, WritesDownWhatItIsSentByteForByteInTheOrderOfArrival) {
   const std::string form = "application/x-www-form-urlencoded";
@@ -164,20 +116,6 @@ TEST_F(EmbeddedServiceTest, NothingLeadsOutOfTheFirmwareDirectory) {
   }
 }
 
-TEST_F(EmbeddedServiceTest, WhatNobodyServesIsRefusedAndWrittenDownAllTheSame) {
-  EXPECT_EQ(client_.get("/").status, 404);
-  EXPECT_EQ(client_.post("/services/loaderInfo").status, 404);
-  EXPECT_EQ(client_.post("/%0A" + std::string(8000, 'a'), "text/plain", "body").status, 404);
-  EXPECT_EQ(client_.get(list).status, 405);
-  EXPECT_EQ(client_.post("/firmware/image.hex").status, 405);
-  EXPECT_EQ(client_.send("DELETE", "/firmware/image.hex", "", "").status, 405);
-  EXPECT_EQ(client_.get("/firmware/image.hex").status, 200);
-  const auto sent = service_.requests();
-  ASSERT_THAT(sent, SizeIs(7));
-  EXPECT_EQ(sent[2].body, "body");
-  EXPECT_EQ(sent[5].method, "DELETE");
-}
-
 TEST_F(EmbeddedServiceTest, IsKnownByItsNamesToWhoTrustsItsAuthorityOnly) {
   EXPECT_EQ(service_.baseAddress(), "https://127.0.0.1:" + std::to_string(client_.port));
   client_.host = "localhost";
@@ -188,45 +126,19 @@ TEST_F(EmbeddedServiceTest, IsKnownByItsNamesToWhoTrustsItsAuthorityOnly) {
   EXPECT_EQ(reply.error, "SSLServerVerification");
 }
 
-TEST_F(EmbeddedServiceTest, TheAuthorityIsInAPrivateDirectoryThatGoesWithTheService) {
-  fs::path caFile;
-  {
-    const EmbeddedService service(runtime_, firmware_);
-    caFile = service.caFile();
-    struct stat status{};
-    ASSERT_EQ(stat(caFile.parent_path().c_str(), &status), 0);
-    EXPECT_EQ(status.st_mode & 07777U, 0700U);
-    EXPECT_EQ(read(caFile).find("PRIVATE KEY"), std::string::npos);
-  }
-  EXPECT_FALSE(fs::exists(caFile.parent_path()));
-}
-
-TEST_F(EmbeddedServiceTest, ServesSeveralClientsAtOnce) {
-  constexpr std::size_t clients = 6;
-  constexpr std::size_t rounds = 8;
-  service_.setDevices(exampleDevices());
-  std::array<std::size_t, clients> good{};
-  std::vector<std::thread> threads;
-  for (std::size_t number = 0; number < clients; ++number) {
-    threads.emplace_back([this, number, &good] {
-      for (std::size_t round = 0; round < rounds; ++round) {
-        const auto body = std::to_string(number) + "/" + std::to_string(round);
-        good[number] += client_.post("/services/uploadComplete.php", "text/plain", body).isWhole() ? 1U : 0U;
-        good[number] += client_.post(list).body.empty() ? 0U : 1U;
-        good[number] += client_.get("/firmware/image.hex").body == image_ ? 1U : 0U;
-      }
-    });
-  }
-  for (std::size_t round = 0; round < 50; ++round) {
-    service_.setDevices(exampleDevices());
-    service_.setFaults({});
-    EXPECT_LE(service_.requests().size(), clients * rounds * 3);
-  }
-  for (auto& thread : threads) {
-    thread.join();
-  }
-  EXPECT_THAT(good, testing::Each(rounds * 3));
-  EXPECT_THAT(service_.requests(), SizeIs(clients * rounds * 3));
+TEST_F(EmbeddedServiceTest, APortIsHeldByOneServiceAndFreeAgainAtOnce) {
+  client_.post(list);
+  const auto port = static_cast<std::uint16_t>(client_.port);
+  EXPECT_THROW(EmbeddedService(runtime_, firmware_, port), std::runtime_error);
+  service_.stop();
+  EmbeddedService next(runtime_, firmware_, port);
+  EXPECT_EQ(next.baseAddress(), service_.baseAddress());
+  std::string heard;
+  next.setRequestListener([&heard](const ServiceRequest& request) { heard += request.path; });
+  EXPECT_EQ(TestClient(next).post(list).status, 200);
+  next.stop();
+  EXPECT_EQ(heard, list);
+  EXPECT_THAT(next.requests(), testing::IsEmpty()) << "a service that runs for days keeps nothing";
 }
 
 /// Threads of this process, or files that it has open: what a directory of /proc/self lists.

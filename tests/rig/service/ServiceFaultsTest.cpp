@@ -32,20 +32,6 @@ TEST(ServiceFaultsTest, AFaultShowsWhereItIsSaidTo) {
   EXPECT_FALSE(faults.hasWrongCertificate());
 }
 
-TEST(ServiceFaultsTest, FaultsOfTheListAreInTheListOnlyAndACertificateIsNoAnswer) {
-  const auto faults = faultsOf({"wrong-certificate", "missing-key@list=mcu"});
-  EXPECT_TRUE(faults.hasWrongCertificate());
-  EXPECT_EQ(faults.answerAt(ServicePlace::list)->text, "mcu");
-  EXPECT_EQ(faults.answerAt(ServicePlace::firmware), nullptr);
-  EXPECT_EQ(faults.delayAt(ServicePlace::list), 0ms);
-}
-
-TEST(ServiceFaultsTest, AUrlMayHoldTheSignsOfTheSyntax) {
-  const auto faults = faultsOf({"redirect-elsewhere@firmware=ftp://user@host/?a=b"});
-  EXPECT_EQ(faults.answerAt(ServicePlace::firmware)->text, "ftp://user@host/?a=b");
-  EXPECT_EQ(faults.answerAt(ServicePlace::list), nullptr);
-}
-
 TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
   ServiceFaults faults;
   for (const char* text : {"",
@@ -74,16 +60,6 @@ TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
   EXPECT_TRUE(faults.faults.empty());
 }
 
-TEST(ServiceFaultsTest, TheHelpNamesEachFaultThatIsUnderstood) {
-  const auto help = describeServiceFaults();
-  ServiceFaults faults;
-  for (std::size_t at = 0; at < help.find("  PLACE"); at = help.find('\n', at) + 1) {
-    const auto name = help.substr(at + 2, help.find_first_of(" [", at + 2) - at - 2);
-    EXPECT_EQ(addServiceFault(name, faults), std::nullopt) << name;
-  }
-  EXPECT_EQ(faults.faults.size(), 15U);
-}
-
 TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
   const std::vector<ServedDevice> devices = {{.mcu = "TEENSY40"}, {.midiName = "Keys", .mcu = "TEENSY41"}};
   const auto good = json::parse(listText(devices));
@@ -109,16 +85,6 @@ TEST(SpoilListTest, OnlyTheKeyOfTheLastDeviceIsSpoiled) {
       json::parse(spoilList(good.dump(), {.kind = Misbehaviour::unknownMcu, .only = {}, .text = "TEENSY99"}));
   EXPECT_EQ(unknown[1]["mcu"], "TEENSY99");
   EXPECT_EQ(unknown[0], good[0]);
-}
-
-TEST(SpoilListTest, AListWithoutDevicesGetsOneAndOtherTextStaysAsItIs) {
-  const ServiceFault fault{.kind = Misbehaviour::missingKey, .only = {}, .text = "mcu"};
-  const auto list = json::parse(spoilList("[]", fault));
-  ASSERT_EQ(list.size(), 1U);
-  EXPECT_EQ(list[0].size(), servedDeviceKeys().size() - 1);
-  for (const char* text : {"", "{}", "[1]", "[", "null"}) {
-    EXPECT_EQ(spoilList(text, fault), text);
-  }
 }
 
 }  // namespace

@@ -2,28 +2,9 @@
 
 #include <httplib.h>
 
-#include <stdexcept>
 #include <thread>
 
 namespace karvex::rig {
-namespace {
-
-/// Takes a local port before the connection is made, so that it has a name before the far side can know of
-/// it.
-int bindLocally(int socket) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  auto* generic = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(socket, generic, length) != 0 || ::getsockname(socket, generic, &length) != 0) {
-    throw std::runtime_error("no local port");
-  }
-  return ntohs(address.sin_port);
-}
-
-}  // namespace
-
 TestClient::TestClient(const std::string& baseAddress, std::filesystem::path trusted)
     : port(std::stoi(baseAddress.substr(baseAddress.rfind(':') + 1))), caFile(std::move(trusted)) {}
 
@@ -34,9 +15,6 @@ Reply TestClient::send(const std::string& method, const std::string& path, const
   client.enable_server_certificate_verification(true);
   client.set_connection_timeout(60);
   client.set_read_timeout(patience);
-  if (onLocalPort) {
-    client.set_socket_options([this](int socket) { onLocalPort(bindLocally(socket)); });
-  }
   Reply reply;
   httplib::Request request;
   request.method = method;

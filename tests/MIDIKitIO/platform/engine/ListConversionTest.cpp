@@ -21,11 +21,11 @@ std::vector<std::uint8_t> sysEx(std::size_t bodyLength) {
 struct Converter : ListConverter {
   MIDIEventList toWords(const MIDIList& list, MIDIProtocolID protocol) {
     MIDIEventList room;
-    return ListConverter::toWords(list, protocol, room);
+    return ListConverter::toWords(viewOf(list), protocol, room);
   }
   MIDIPacketList toBytes(const MIDIList& list) {
     MIDIPacketList room(0);
-    return ListConverter::toBytes(list, room);
+    return ListConverter::toBytes(viewOf(list), room);
   }
 };
 
@@ -49,6 +49,10 @@ TEST(ListConversionTest, BytesBecomeWordsMessageByMessage) {
        {0xF1, 0x23, 0xF2, 0x01, 0x02, 0xF6},
        "1| 0: 10F12300 10F20102 10F60000",
        "2| 0: 10F12300 10F20102 10F60000"},
+      {"no running status after a system message",
+       {0x90, 0x3C, 0x40, 0xF3, 0x05, 0x06, 0x07},
+       "1| 0: 20903C40 10F30500",
+       "2| 0: 40903C00 80000000 10F30500"},
       {"a clock within a note",
        {0x90, 0x3C, 0xF8, 0x40},
        "1| 0: 10F80000 20903C40",
@@ -135,7 +139,8 @@ TEST(ListConversionTest, WhatHasTheWantedFormStaysAsItIs) {
 
 TEST(ListConversionTest, SystemExclusiveMessagesAreCollectedOverListsAndComeWhole) {
   Converter toBytes;
-  EXPECT_EQ(lineOf(toBytes.toBytes(packets({{1, {0xFE, 0xF0, 0x41}}, {2, {0x42, 0xF8}}}))), "1: FE; 2: F8");
+  EXPECT_EQ(lineOf(toBytes.toBytes(packets({{1, {0xFE, 0xF0, 0x41, 0xF8}}}))), "1: FE; 1: F8");
+  EXPECT_EQ(lineOf(toBytes.toBytes(packets({{2, {0x42, 0xF8}}}))), "2: F8");
   EXPECT_FALSE(toBytes.isIdle());
   EXPECT_EQ(lineOf(toBytes.toBytes(packets({{3, {0x43, 0xF7, 0x90, 0x3C, 0x40}}}))),
             "3: F0 41 42 43 F7; 3: 90 3C 40");

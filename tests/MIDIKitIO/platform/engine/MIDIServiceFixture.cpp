@@ -63,13 +63,13 @@ MIDIEventList events(MIDIProtocolID protocol, const std::vector<std::vector<std:
 
 MIDIServiceFixture::MIDIServiceFixture() {
   EXPECT_EQ(service.MIDIClientCreateWithBlock(
-                "client", client, [this](const auto& message) { told_.push_back(lineOf(message)); }),
+                "client", client, [this](const auto& message) { reported_.push_back(lineOf(message)); }),
             noErr);
 }
 
-std::vector<std::string> MIDIServiceFixture::told() {
+std::vector<std::string> MIDIServiceFixture::reported() {
   settle();
-  return std::exchange(told_, {});
+  return std::exchange(reported_, {});
 }
 
 MIDIReadBlock MIDIServiceFixture::byteReader(const std::string& name) {

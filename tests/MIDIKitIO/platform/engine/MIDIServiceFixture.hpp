@@ -35,9 +35,9 @@ class MIDIServiceFixture : public testing::Test {
 
   /// Lets all that waits on the service's threads run.
   void settle() { runtime.clock().sleepFor(std::chrono::milliseconds(1)); }
-  /// What was told since the last time.
-  std::vector<std::string> told();
-  /// A reader that writes down what it is given, behind the name.
+  /// What was reported since the last time.
+  std::vector<std::string> reported();
+  /// A reader that writes down what it is given, after the name.
   MIDIReadBlock byteReader(const std::string& name);
   MIDIReceiveBlock wordReader(const std::string& name);
   /// What the readers were given since the last time.
@@ -47,7 +47,7 @@ class MIDIServiceFixture : public testing::Test {
   Ref destination(std::size_t index = 0) const { return service.MIDIGetDestination(index); }
 
   karvex::foundation::VirtualRuntime runtime;
-  std::vector<std::string> told_;
+  std::vector<std::string> reported_;
   std::vector<std::string> read_;
   std::shared_ptr<ThruConnectionStore> store = std::make_shared<ThruConnectionStore>();
   karvex::rig::VirtualMidiService service{runtime, {.major = 13, .minor = 0}, store};

@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
-#include <future>
 #include <thread>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
@@ -21,38 +20,6 @@ void walk(const karvex::rig::VirtualMidiService& service) {
     static_cast<void>(service.MIDIObjectGetProperties(device, all, true));
     static_cast<void>(service.MIDIEntityGetSource(service.MIDIDeviceGetEntity(device, 0), 0));
   }
-}
-
-TEST(MIDIServiceThreadsTest, TheSetupChangesAThousandTimesUnderReadersAndListeners) {
-  constexpr int changes = 1000;
-  karvex::foundation::SystemRuntime runtime;
-  karvex::rig::VirtualMidiService service(runtime);
-  std::promise<void> allHeard;
-  int heard = 0;
-  MIDIObjectRef client = 0;
-  ASSERT_EQ(service.MIDIClientCreateWithBlock("listener", client,
-                                              [&](const MIDINotification& message) {
-                                                walk(service);
-                                                if (message.messageID == 1 && ++heard == 2 * changes) {
-                                                  allHeard.set_value();
-                                                }
-                                              }),
-            noErr);
-  std::atomic<bool> isDone = false;
-  std::thread reader([&] {
-    while (!isDone) {
-      walk(service);
-    }
-  });
-  for (int i = 0; i < changes; ++i) {
-    const auto device = service.addDevice(simpleDevice("Desk"));
-    static_cast<void>(service.MIDIObjectSetStringProperty(device, kMIDIPropertyName, "Other"));
-    EXPECT_TRUE(service.removeDevice(device));
-  }
-  allHeard.get_future().wait();
-  isDone = true;
-  reader.join();
-  EXPECT_EQ(service.MIDIGetNumberOfDevices(), 0U);
 }
 
 TEST(MIDIServiceThreadsTest, PortsComeAndGoWhileTheirListsArrive) {

@@ -56,7 +56,7 @@ class ThruConnectionsTest : public MIDIServiceFixture {
 };
 
 TEST_F(ThruConnectionsTest, WhatComesFromASourceGoesToTheDestinationUntilTheConnectionIsDisposedOf) {
-  told();
+  reported();
   const Ref connection = connect(parameters());
   static_cast<void>(service.sendFromEquipment(source(0), packet({0x90, 0x3C, 0x40})));
   static_cast<void>(service.sendFromEquipment(source(1), packet({0xFE})));
@@ -65,7 +65,7 @@ TEST_F(ThruConnectionsTest, WhatComesFromASourceGoesToTheDestinationUntilTheConn
   EXPECT_EQ(service.MIDIThruConnectionDispose(connection), statusOf(MIDIOSStatus::objectNotFound));
   static_cast<void>(service.sendFromEquipment(source(0), packet({0x90, 0x3C, 0x40})));
   EXPECT_THAT(read(), IsEmpty());
-  EXPECT_THAT(told(), ElementsAre("5", "5"));
+  EXPECT_THAT(reported(), ElementsAre("5", "5"));
 }
 
 TEST_F(ThruConnectionsTest, EachFilterHoldsItsOwnMessagesBack) {
@@ -104,8 +104,10 @@ TEST_F(ThruConnectionsTest, FiltersSeeMessagesThatComeInPiecesAndInWords) {
   static_cast<void>(service.sendFromEquipment(source(), packet({0xF0, 0x01})));
   static_cast<void>(service.sendFromEquipment(source(), packet({0x02, 0xF7, 0xB0, 0x01, 0x02})));
   static_cast<void>(service.sendFromEquipment(
-      source(), events(MIDIProtocolID::midi2_0,
-                       {{0x40B00700, 1}, {0x40200001, 2}, {0x40300001, 2}, {0x40903C00, 0x80000000}})));
+      source(),
+      events(
+          MIDIProtocolID::midi2_0,
+          {{0x40B00700, 1}, {0x40200001, 2}, {0x40300001, 2}, {0x40500001, 2}, {0x40903C00, 0x80000000}})));
   EXPECT_THAT(read(), ElementsAre("desk 0: F0 01 02 F7", "desk 0: 90 3C 40"));
 }
 
@@ -145,7 +147,8 @@ TEST_F(ThruConnectionsTest, WhatMakesNoSenseOrCantBeDoneIsRefused) {
 TEST_F(ThruConnectionsTest, OnlyConnectionsWithAnOwnerOutliveTheServiceThatMadeThem) {
   const auto second =
       std::make_unique<karvex::rig::VirtualMidiService>(runtime, PlatformVersion{13, 0}, store);
-  second->addDevice({});  // So that references differ.
+  second->addDevice({});  // So that references differ; the other one has a client.
+  second->addDevice({});
   connectEquipment(*second);
   connect(parameters());
   EXPECT_THAT(owned(service, "me"), IsEmpty());

@@ -37,10 +37,10 @@ class EquipmentModelTest : public testing::Test {
   using Ref = MIDIObjectRef;
 
   EquipmentModelTest() {
-    EXPECT_EQ(
-        service_.MIDIClientCreateWithBlock(
-            "test", client_, [this](const MIDINotification& message) { told_.push_back(lineOf(message)); }),
-        noErr);
+    EXPECT_EQ(service_.MIDIClientCreateWithBlock(
+                  "test", client_,
+                  [this](const MIDINotification& message) { reported_.push_back(lineOf(message)); }),
+              noErr);
   }
 
   /// What clients were told when the sequencer came to look like this.
@@ -54,7 +54,7 @@ class EquipmentModelTest : public testing::Test {
     driver_->host->edit(
         [&](engine::SetupEditor& editor) { model_.update(equipmentOf(clients, cards, 200), editor); });
     runtime_.clock().sleepFor(std::chrono::milliseconds(1));
-    return std::exchange(told_, {});
+    return std::exchange(reported_, {});
   }
 
   static std::string lineOf(const MIDINotification& message) {
@@ -79,7 +79,7 @@ class EquipmentModelTest : public testing::Test {
   }
 
   karvex::foundation::VirtualRuntime runtime_;
-  std::vector<std::string> told_;
+  std::vector<std::string> reported_;
   std::shared_ptr<BareDriver> driver_ = std::make_shared<BareDriver>();
   engine::MIDIServiceEngine service_{
       runtime_, {13, 0}, std::make_shared<engine::ThruConnectionStore>(), driver_};

@@ -61,6 +61,9 @@ TEST(EventCoderTest, AMessageMayGoOverSeveralCalls) {
   EXPECT_THAT(throughEvents(encoder, {0xF8, 3, 0xF7, 0x90, 60}).first,
               ElementsAre(0xF8, 0xF0, 1, 2, 3, 0xF7));
   EXPECT_THAT(throughEvents(encoder, {1, 61, 2}).first, ElementsAre(0x90, 60, 1, 0x90, 61, 2));
+  EXPECT_THAT(throughEvents(encoder, {0xF0, 1}).first, ElementsAre());
+  EXPECT_THAT(throughEvents(encoder, {0x91, 60, 1}).first, ElementsAre(0x91, 60, 1));
+  EXPECT_THAT(throughEvents(encoder, {61, 2}).first, ElementsAre(0x91, 61, 2));
 }
 
 TEST(EventCoderTest, EventsFromOtherProgramsAreCutToWhatMidiHas) {

@@ -17,6 +17,7 @@ using namespace std::chrono_literals;
 using karvex::foundation::Duration;
 using karvex::foundation::TimePoint;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
 using testing::SizeIs;
 using Bytes = std::vector<std::uint8_t>;
@@ -124,9 +125,10 @@ TEST_F(OutletTest, WhatHasNoRoomWaitsAndIsTriedLessAndLessOften) {
   EXPECT_THAT(lines(), SizeIs(2));
   sink_->room = 0;
   send({0x90, 3, 1});
-  sink_->room = 1;
+  sink_->room = 2;
+  send({0x90, 4, 1});
   pass(3ms);
-  EXPECT_THAT(lines(), SizeIs(1)) << "a new wait begins with short pauses";
+  EXPECT_THAT(lines(), ElementsAre(EndsWith("03 01"), EndsWith("04 01"))) << "and with short pauses again";
 }
 
 TEST_F(OutletTest, AFullBacklogLeavesOutWholeMessagesAndSaysSoOnce) {
