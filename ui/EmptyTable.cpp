@@ -6,6 +6,9 @@ namespace karvex::ui {
 namespace {
 
 std::string nothingAttached(const EmptyTable& table) {
+  if (table.isInProgrammingMode) {
+    return "A board is in programming mode already. Refresh the list to bring it back.";
+  }
   if (table.seenOnTheBus == 0) {
     return "No board was seen on the USB bus. Connect your equipment and power it up, then refresh the list.";
   }
@@ -33,7 +36,8 @@ std::string textOf(const EmptyTable& table) {
     case upgrade::ListRequest::State::answered:
       break;
   }
-  return table.listed == 0 ? "The service lists no device." : nothingAttached(table);
+  return table.listed == 0 && !table.isInProgrammingMode ? "The service lists no device."
+                                                         : nothingAttached(table);
 }
 
 }  // namespace karvex::ui

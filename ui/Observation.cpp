@@ -76,7 +76,8 @@ Snapshot snapshotOf(const ContentView& view) {
   if (snapshot.rows.empty()) {
     snapshot.emptyText = textOf(EmptyTable{.request = manager.listRequest.get(),
                                            .listed = manager.deviceDescriptors.size(),
-                                           .seenOnTheBus = manager.deviceExplorer.devices.get().size()});
+                                           .seenOnTheBus = manager.deviceExplorer.devices.get().size(),
+                                           .isInProgrammingMode = manager.errorCode.get() == upgrade::halfkayDevicePresent});
   }
   return snapshot;
 }
@@ -86,6 +87,7 @@ std::vector<foundation::Subscription> observe(ContentView& view, const std::func
   auto& table = view.deviceListView;
   std::vector<foundation::Subscription> subscriptions;
   subscriptions.push_back(table.deviceManager.managedDevices.observe(onChange));
+  subscriptions.push_back(table.deviceManager.errorCode.observe(onChange));
   subscriptions.push_back(table.deviceManager.listRequest.observe(onChange));
   subscriptions.push_back(table.selectedDeviceId.observe(onChange));
   subscriptions.push_back(table.uploadErrorText.observe(onChange));

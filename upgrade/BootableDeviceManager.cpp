@@ -55,12 +55,13 @@ BootableDeviceManager::BootableDeviceManager(const Platform& platform)
 
 Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
   using enum ListRequest::State;
-  listRequest.set({underWay});
+  request_ = {underWay};
   co_await foundation::resumeOn(runtime_.globalQueue());
   if (!service_.canAskForDescriptors()) {
     co_await foundation::resumeOn(runtime_.mainQueue());
     isServerLoaded = false;
-    listRequest.set({unreachable, "its address is no URL"});
+    request_ = {unreachable, "its address is no URL"};
+    listRequest.set(request_);
     co_return false;
   }
   std::string answer;
@@ -81,7 +82,7 @@ Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
     deviceDescriptors = std::move(*decoded.descriptors);
   }
   isServerLoaded = true;
-  listRequest.set({!failure.empty() ? unreachable : (decoded.descriptors ? answered : unreadable), failure});
+  request_ = {!failure.empty() ? unreachable : (decoded.descriptors ? answered : unreadable), failure};
   co_return true;
 }
 
@@ -95,6 +96,7 @@ bool BootableDeviceManager::scanDevices(const midikit::io::ObservableMIDIManager
   managedDevices.set(attachedDevices(midiManager));
   const bool halfkay = deviceExplorer.isHalfkayDevicePresent();
   errorCode.set(halfkay ? halfkayDevicePresent : scanComplete);
+  listRequest.set(request_);
   return !halfkay;
 }
 

@@ -29,7 +29,7 @@ class BootableDeviceManager {
   foundation::Published<std::vector<records::BootableDevice>> managedDevices;
   /// Result of the last scan: a ScanResult.
   foundation::Published<std::int64_t> errorCode{0};
-  /// Of a front that has no rows to show, the reason.
+  /// What became of the list that the rows are from. Its answer is published after the scan that it leads to.
   foundation::Published<ListRequest> listRequest;
   /// The service's last good answer.
   std::vector<records::ServerDeviceDescriptor> deviceDescriptors;
@@ -69,6 +69,7 @@ class BootableDeviceManager {
   void addMIDIFindings(records::BootableDevice& device,
                        const std::vector<midikit::io::MIDIDevice>& midiDevices) const;
 
+  ListRequest request_;  ///< whose answer, once it is there, the next scan publishes
   foundation::Runtime& runtime_;
   std::shared_ptr<const midikit::io::MIDIService> midiService_;
   service::FirmwareService service_;

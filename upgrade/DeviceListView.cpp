@@ -77,6 +77,7 @@ void DeviceListView::startRefresh() {
 }
 
 Task<bool> DeviceListView::rebuildList() {
+  deviceManager.listRequest.set({ListRequest::State::underWay});  // A front without rows knows why.
   deviceManager.managedDevices.set({});
   const bool isAsked = co_await deviceManager.fetchDeviceDescriptors();
   // A run that began during the exchange, on the list of an earlier one, keeps its rows.

@@ -45,6 +45,12 @@ void addListChanges(Lines& lines, const Snapshot& before, const Snapshot& after)
   }
 }
 
+void addEmptyText(Lines& lines, const Snapshot& before, const Snapshot& after) {
+  if (before.emptyText != after.emptyText && !after.emptyText.empty()) {
+    lines.push_back(lineOf(after.emptyText));
+  }
+}
+
 void addSelectionChange(Lines& lines, const Snapshot& before, const Snapshot& after) {
   if (before.selected == after.selected || !after.selected) {
     return;
@@ -80,6 +86,7 @@ void addAlertChange(Lines& lines, const Snapshot& before, const Snapshot& after)
 std::vector<std::string> changesBetween(const Snapshot& before, const Snapshot& after) {
   Lines lines;
   addListChanges(lines, before, after);
+  addEmptyText(lines, before, after);
   addSelectionChange(lines, before, after);
   addAlertChange(lines, before, after);
   if (before.stopNotice != after.stopNotice && !after.stopNotice.empty()) {

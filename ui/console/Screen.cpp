@@ -68,7 +68,7 @@ Page rowLines(const Snapshot& snapshot, const TableLayout& layout, const upgrade
     }
   }
   if (lines.empty()) {
-    addWrapped(lines, snapshot.emptyText.empty() ? "(no device)" : snapshot.emptyText, "  ", columns);
+    addWrapped(lines, snapshot.emptyText, "  ", columns);
   }
   return lines;
 }

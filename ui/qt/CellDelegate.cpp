@@ -17,7 +17,7 @@ constexpr qreal barHeight = 4;
 constexpr qreal barBottom = 5;
 constexpr qreal ringWidth = 3;
 /// What a long text asks for; it gets more where the column is wider.
-constexpr int mostTextWidth = 190;
+constexpr int mostCharactersAsked = 27;
 
 /// A disc for a device that is there and a ring for one that isn't, so that the colour doesn't carry it
 /// alone.
@@ -47,6 +47,21 @@ void paintBar(QPainter& painter, const QRectF& groove, const QPointF& piece, con
   painter.setBrush(palette.color(QPalette::Active, QPalette::Highlight));
   painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
   painter.setClipping(false);
+}
+
+/// The status column is as wide as it is: where the font is too large for its words, they are written smaller.
+QFont fittingFont(QFont font, const QString& text, const QRectF& room) {
+  constexpr qreal step = 0.5;
+  constexpr qreal least = 7;  // Points.
+  const auto fits = [&] {
+    const auto needed =
+        QFontMetricsF(font).boundingRect(room, Qt::AlignCenter | Qt::TextWordWrap, text).size();
+    return needed.width() <= room.width() && needed.height() <= room.height();
+  };
+  while (font.pointSizeF() > least && !fits()) {
+    font.setPointSizeF(font.pointSizeF() - step);
+  }
+  return font;
 }
 
 }  // namespace
@@ -88,7 +103,8 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
 QSize CellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
   auto cell = option;
   initStyleOption(&cell, index);
-  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), mostTextWidth) +
+  const auto most = mostCharactersAsked * cell.fontMetrics.averageCharWidth();
+  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), most) +
               leftPaddingOf(index.column()) + cellPadding + 1,
           cell.fontMetrics.height()};
 }
@@ -112,7 +128,7 @@ void StatusDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option
                         barHeight);
     paintBar(*painter, groove, bar.toPointF(), ground, option.palette);
   }
-  painter->setFont(cell.font);
+  painter->setFont(fittingFont(cell.font, cell.text, text));
   painter->setPen(textColourOf(option, index));
   painter->drawText(text, Qt::AlignCenter | Qt::TextWordWrap, cell.text);
   painter->restore();

@@ -4,19 +4,23 @@
 #include <QHeaderView>
 #include <QPainter>
 #include <algorithm>
+#include <array>
+#include <cstddef>
 #include <utility>
-#include <vector>
 
 #include "ui/qt/CellDelegate.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
 #include "ui/qt/RoundedFrame.hpp"
+#include "ui/qt/Shades.hpp"
 #include "ui/qt/ShownSelection.hpp"
 #include "ui/qt/TableHeader.hpp"
+#include "ui/qt/Text.hpp"
 
 namespace karvex::ui::qt {
 namespace {
 
 constexpr int statusColumn = static_cast<int>(Column::status);
+constexpr int leastColumnWidth = 90;
 constexpr int leastRowHeight = 44;
 /// Room above and below two lines of status text.
 constexpr int rowPadding = 10;
@@ -64,7 +68,7 @@ DeviceTable::DeviceTable(std::function<void(std::optional<foundation::Uuid>)> se
   setItemDelegate(new CellDelegate(this));
   setItemDelegateForColumn(statusColumn, new StatusDelegate(this));
   setAccessibleName(tr("Devices"));
-  setAccessibleDescription(tr("The devices that can be upgraded. Choose one with the arrow keys."));
+  describe();
   layOutColumns();
   setRowHeight();
 }
@@ -79,23 +83,38 @@ void DeviceTable::layOutColumns() {
   addScrollBarWidget(new ScrollBarEnd(nullptr, this), Qt::AlignBottom);
 }
 
-/// Each column gets what it asks for, and the first one the rest. Where the width is short, the widest give
-/// way.
+/// Serial numbers and versions first, names give way; then the titles get their line. What is left goes to all.
 void DeviceTable::shareWidth() {
+  constexpr std::array inOrder{Column::serialNumber, Column::currentVersion, Column::targetVersion,
+                               Column::device, Column::firmwareName};
+  constexpr auto columns = static_cast<int>(inOrder.size());
   auto room = std::max(0, viewport()->width() - statusColumnWidth);
-  std::vector<std::pair<int, int>> wishes;  // The width, and the column.
-  for (int column = 0; column < statusColumn; ++column) {
-    const auto wish = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
-    wishes.emplace_back(column == 0 ? std::max(room, wish) : wish, column);
+  std::array<int, inOrder.size()> widths{};
+  const auto raise = [&](Column column, int wish) {
+    auto& width = widths.at(static_cast<std::size_t>(column));
+    const auto more = std::clamp(wish - width, 0, room);
+    width += more;
+    room -= more;
+  };
+  const auto& titles = static_cast<TableHeader&>(*horizontalHeader());
+  const auto least = std::min(leastColumnWidth, room / columns);
+  for (const auto column : inOrder) {
+    raise(column, least);
   }
-  // The narrowest are served first, and none gets more than an equal share of what is left; the first column
-  // comes last, as what it asks for grows with the room.
-  std::ranges::sort(wishes);
-  for (auto left = static_cast<int>(wishes.size()); const auto& [wish, column] : wishes) {
-    const auto width = std::min(wish, room / left--);
-    horizontalHeader()->resizeSection(column, width);
-    room -= width;
+  for (const auto column : inOrder) {
+    const auto place = static_cast<int>(column);
+    raise(column, std::max(sizeHintForColumn(place), titles.leastWidthOf(place)));
   }
+  for (const auto column : inOrder) {
+    raise(column, titles.sectionSizeHint(static_cast<int>(column)));
+  }
+  for (auto left = columns; const auto column : inOrder) {
+    raise(column, widths.at(static_cast<std::size_t>(column)) + room / left--);
+  }
+  for (int column = 0; column < columns; ++column) {
+    horizontalHeader()->resizeSection(column, widths.at(static_cast<std::size_t>(column)));
+  }
+  updateGeometries();  // The titles may take another line.
 }
 
 void DeviceTable::setRowHeight() {
@@ -108,10 +127,34 @@ void DeviceTable::draw(const Snapshot& snapshot) {
   const auto wasSelected = selection_->currentIndex();
   model_->draw(snapshot);
   shareWidth();
+  drawEmptyText(lineText(snapshot.emptyText));
   const auto selected = model_->indexOf(snapshot.selected);
   selection_->showSelected(selected);
   if (selected.isValid() && selected != wasSelected) {
     scrollTo(selected);
+  }
+}
+
+void DeviceTable::drawEmptyText(const QString& text) {
+  if (text != emptyText_) {
+    emptyText_ = text;
+    describe();
+    viewport()->update();
+  }
+}
+
+void DeviceTable::describe() {
+  setAccessibleDescription(
+      emptyText_.isEmpty() ? tr("The devices that can be upgraded. Choose one with the arrow keys.") : emptyText_);
+}
+
+void DeviceTable::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  if (!emptyText_.isEmpty()) {
+    QPainter painter(viewport());
+    painter.setPen(shadeOf(Tone::gray, palette().color(QPalette::Base)));
+    painter.drawText(viewport()->rect().adjusted(tableRadius, 0, -tableRadius, 0),
+                     Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
   }
 }
 
@@ -123,10 +166,17 @@ bool DeviceTable::hasBar() const {
   return model_->hasBar();
 }
 
-/// Home and End go to the ends of the list, not of the row.
+/// Home and End go to the ends of the list, not of the row, also if no row is current.
 QModelIndex DeviceTable::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
-  const bool isToTheEnd = action == MoveHome || action == MoveEnd;
-  return QTableView::moveCursor(action, isToTheEnd ? modifiers | Qt::ControlModifier : modifiers);
+  const auto column = std::max(0, currentIndex().column());
+  switch (action) {
+    case MoveHome:
+      return model_->index(0, column);
+    case MoveEnd:
+      return model_->index(model_->rowCount({}) - 1, column);
+    default:
+      return QTableView::moveCursor(action, modifiers);
+  }
 }
 
 void DeviceTable::changeEvent(QEvent* event) {

@@ -12,7 +12,7 @@ namespace karvex::ui::qt {
 class DeviceTableModel;
 class ShownSelection;
 
-/// The table of devices. One row at most is selected: that of the snapshot.
+/// The table of devices. One row at most is selected: that of the snapshot. Without a row, its body says why.
 class DeviceTable final : public QTableView {
   Q_OBJECT
 
@@ -29,14 +29,18 @@ class DeviceTable final : public QTableView {
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   void changeEvent(QEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
  private:
+  void drawEmptyText(const QString& text);
+  void describe();
   void layOutColumns();
   void shareWidth();
   void setRowHeight();
 
   DeviceTableModel* model_;
   ShownSelection* selection_;
+  QString emptyText_;
 };
 
 }  // namespace karvex::ui::qt

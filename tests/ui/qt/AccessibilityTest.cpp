@@ -8,7 +8,7 @@
 
 #include "tests/ui/qt/WindowBench.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
 namespace karvex::ui::qt {
@@ -83,7 +83,7 @@ TEST(Accessibility, TheSheetsButtonsAreReachedByTab) {
 TEST(Accessibility, TheReasonWhyTheWindowStaysIsReadOut) {
   WindowBench bench(samples::running());
   bench.window.close();
-  EXPECT_THAT(nameOf(bench.window.findChild<CloseNotice*>()), testing::StartsWith("An upgrade is running."));
+  EXPECT_THAT(nameOf(bench.window.findChild<NoticeStrip*>()), testing::StartsWith("An upgrade is running."));
 }
 
 }  // namespace

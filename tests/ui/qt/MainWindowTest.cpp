@@ -5,7 +5,7 @@
 
 #include "tests/ui/qt/WindowBench.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
 namespace karvex::ui::qt {
@@ -250,7 +250,7 @@ TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
   bench.window.close();
   EXPECT_TRUE(bench.window.isVisible());
   EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser));
-  EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+  EXPECT_FALSE(bench.window.findChild<NoticeStrip*>()->isVisible());
   bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
   EXPECT_EQ(bench.closeRequests.size(), 2U) << "nobody has answered yet";
   bench.window.closeForGood();
@@ -259,7 +259,7 @@ TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
 
 TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForBehindItsSuccess) {
   WindowBench bench(samples::running());
-  auto* notice = bench.window.findChild<CloseNotice*>();
+  auto* notice = bench.window.findChild<NoticeStrip*>();
   QTest::keyClick(&bench.table(), Qt::Key_Q, Qt::ControlModifier);
   EXPECT_TRUE(notice->isVisible());
   auto snapshot = samples::running();
@@ -283,7 +283,7 @@ TEST(Closing, IsGivenUpWhenTheRunFailsSoThatTheRedRowIsSeen) {
   bench.window.draw(failed);
   bench.window.draw(samples::idle());
   EXPECT_THAT(bench.closeRequests, IsEmpty());
-  EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+  EXPECT_FALSE(bench.window.findChild<NoticeStrip*>()->isVisible());
   bench.window.close();
   EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser)) << "now it has been seen";
 }
@@ -292,7 +292,7 @@ TEST(Closing, ByOrderWaitsForTheRunAndForNothingElse) {
   WindowBench bench(samples::running());
   bench.window.closeByOrder();
   bench.window.close();
-  EXPECT_TRUE(bench.window.findChild<CloseNotice*>()->isVisible());
+  EXPECT_TRUE(bench.window.findChild<NoticeStrip*>()->isVisible());
   EXPECT_THAT(bench.closeRequests, IsEmpty());
   bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
   EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byOrder));

@@ -17,7 +17,7 @@
 #include "app/rig/RigCore.hpp"
 #include "foundation/Log.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/DeviceTable.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
@@ -280,7 +280,7 @@ TEST_F(RunInWindow, AClosedWindowStaysForAFailureThatNoAlertTellsOf) {
   click("upload");
   ASSERT_TRUE(eventually([&] { return !button("refresh").isEnabled(); }));
   window().close();
-  auto& notice = *window().findChild<ui::qt::CloseNotice*>();
+  auto& notice = *window().findChild<ui::qt::NoticeStrip*>();
   EXPECT_TRUE(notice.isVisible());
   isClosed.set_value();
   ASSERT_TRUE(eventually([&] { return button("refresh").isEnabled() && !notice.isVisible(); }));

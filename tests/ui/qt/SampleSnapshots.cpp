@@ -46,6 +46,13 @@ DeviceRow rowWith(std::uint32_t status, std::uint8_t seed) {
   return row;
 }
 
+Snapshot empty() {
+  return {.emptyText =
+              "The service could not be reached: fw.example: could not resolve host name. Check your internet "
+              "connection, then refresh the list.",
+          .canAct = true};
+}
+
 Snapshot idle() {
   Snapshot snapshot{.canAct = true};
   for (std::uint8_t seed = 1; seed <= names.size(); ++seed) {

@@ -9,6 +9,8 @@
 /// Snapshots of usual moments, made by hand.
 namespace karvex::ui::qt::samples {
 
+/// No row, and why.
+Snapshot empty();
 /// Waiting: five devices, the second one up to date, nothing selected.
 Snapshot idle();
 /// The same with a selected row whose device can be upgraded.
