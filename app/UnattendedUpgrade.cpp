@@ -26,8 +26,8 @@ std::string_view reasonFor(std::uint32_t status) {
 }
 
 std::string sentenceOf(const records::BootableDevice& device, std::uint32_t status) {
-  const auto name = ui::lineOf(fmt::format(
-      "#{} {} - {}", device.portSerialNumber, device.sequenceNumber, device.deviceName.value_or("")));
+  const auto name = ui::lineOf(fmt::format("#{} {} - {}", device.portSerialNumber, device.sequenceNumber,
+                                           device.deviceName.value_or("")));
   if (status == loader::LOAD_STATUS_SUCCESS) {
     return fmt::format("{}: upgraded.", name);
   }

@@ -72,7 +72,8 @@ void addOptions(CLI::App& command, Choices& choices) {
       "  0 ended by its user, all devices of the upgrade were upgraded, or the diagnosis is printed\n"
       "  1 unknown MCU, or a failure of the program\n"
       "  2 wrong use, or not on a terminal\n"
-      "  3 not all devices were upgraded, an alert comes back whatever is answered, or the lines could not be\n"
+      "  3 not all devices were upgraded, an alert comes back whatever is answered, or the lines could not "
+      "be\n"
       "    written");
 }
 

@@ -221,8 +221,7 @@ void addApplicationOptions(CLI::App& command, Choices& choices) {
       ->check(CLI::Range(0, 1000));
   addMakerOptions(command, choices.serve.maker, /*needsFiles=*/true);
   command.get_option("--list")->excludes("--boards");
-  command
-      .add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end, unattended")
+  command.add_option("--upgrade", options.upgradeFrom, "upgrade from this row on, to the end, unattended")
       ->type_name("FROM")
       ->check(CLI::Range(1, 1000));
   command

@@ -12,10 +12,9 @@ std::string nothingAttached(const EmptyTable& table) {
   if (table.seenOnTheBus == 0) {
     return "No board was seen on the USB bus. Connect your equipment and power it up, then refresh the list.";
   }
-  return fmt::format(
-      "{} {} seen on the USB bus, but the service has no firmware for {}. Notify your dealer.",
-      table.seenOnTheBus, table.seenOnTheBus == 1 ? "board was" : "boards were",
-      table.seenOnTheBus == 1 ? "it" : "any of them");
+  return fmt::format("{} {} seen on the USB bus, but the service has no firmware for {}. Notify your dealer.",
+                     table.seenOnTheBus, table.seenOnTheBus == 1 ? "board was" : "boards were",
+                     table.seenOnTheBus == 1 ? "it" : "any of them");
 }
 
 }  // namespace

@@ -10,8 +10,8 @@ namespace karvex::ui {
 /// Why there may be no row to show.
 struct EmptyTable {
   upgrade::ListRequest request;
-  std::size_t listed = 0;      ///< devices of the service's last good list
-  std::size_t seenOnTheBus = 0;  ///< boards that the last scan found, listed or not
+  std::size_t listed = 0;            ///< devices of the service's last good list
+  std::size_t seenOnTheBus = 0;      ///< boards that the last scan found, listed or not
   bool isInProgrammingMode = false;  ///< one of them
 };
 

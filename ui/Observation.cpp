@@ -74,10 +74,11 @@ Snapshot snapshotOf(const ContentView& view) {
     snapshot.rows.push_back(rowOf(device));
   }
   if (snapshot.rows.empty()) {
-    snapshot.emptyText = textOf(EmptyTable{.request = manager.listRequest.get(),
-                                           .listed = manager.deviceDescriptors.size(),
-                                           .seenOnTheBus = manager.deviceExplorer.devices.get().size(),
-                                           .isInProgrammingMode = manager.errorCode.get() == upgrade::halfkayDevicePresent});
+    snapshot.emptyText =
+        textOf(EmptyTable{.request = manager.listRequest.get(),
+                          .listed = manager.deviceDescriptors.size(),
+                          .seenOnTheBus = manager.deviceExplorer.devices.get().size(),
+                          .isInProgrammingMode = manager.errorCode.get() == upgrade::halfkayDevicePresent});
   }
   return snapshot;
 }

@@ -1,5 +1,5 @@
-#include "ui/LineText.hpp"
 #include "ui/console/TableLayout.hpp"
+#include "ui/LineText.hpp"
 
 #include <algorithm>
 #include <numeric>

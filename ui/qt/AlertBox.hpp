@@ -9,7 +9,8 @@ namespace karvex::ui::qt {
 
 /// The dialog of an alert, over the window. Its OK, also by Enter or Escape, is handed on, and the dialog
 /// stays until the snapshot has no alert any more: the window shows the state that there is, not the one that
-/// is to come. (A QMessageBox is gone as soon as it is answered.) The copy key takes the title and the message.
+/// is to come. (A QMessageBox is gone as soon as it is answered.) The copy key takes the title and the
+/// message.
 class AlertBox final : public QDialog {
   Q_OBJECT
 

@@ -49,7 +49,8 @@ void paintBar(QPainter& painter, const QRectF& groove, const QPointF& piece, con
   painter.setClipping(false);
 }
 
-/// The status column is as wide as it is: where the font is too large for its words, they are written smaller.
+/// The status column is as wide as it is: where the font is too large for its words, they are written
+/// smaller.
 QFont fittingFont(QFont font, const QString& text, const QRectF& room) {
   constexpr qreal step = 0.5;
   constexpr qreal least = 7;  // Points.
@@ -104,8 +105,8 @@ QSize CellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelInd
   auto cell = option;
   initStyleOption(&cell, index);
   const auto most = mostCharactersAsked * cell.fontMetrics.averageCharWidth();
-  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), most) +
-              leftPaddingOf(index.column()) + cellPadding + 1,
+  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), most) + leftPaddingOf(index.column()) +
+              cellPadding + 1,
           cell.fontMetrics.height()};
 }
 

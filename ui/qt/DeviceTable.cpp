@@ -5,10 +5,10 @@
 #include <QPainter>
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <utility>
 
 #include "ui/qt/CellDelegate.hpp"
+#include "ui/qt/ColumnShares.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
 #include "ui/qt/RoundedFrame.hpp"
 #include "ui/qt/Shades.hpp"
@@ -20,7 +20,6 @@ namespace karvex::ui::qt {
 namespace {
 
 constexpr int statusColumn = static_cast<int>(Column::status);
-constexpr int leastColumnWidth = 90;
 constexpr int leastRowHeight = 44;
 /// Room above and below two lines of status text.
 constexpr int rowPadding = 10;
@@ -83,38 +82,21 @@ void DeviceTable::layOutColumns() {
   addScrollBarWidget(new ScrollBarEnd(nullptr, this), Qt::AlignBottom);
 }
 
-/// Serial numbers and versions first, names give way; then the titles get their line. What is left goes to all.
 void DeviceTable::shareWidth() {
-  constexpr std::array inOrder{Column::serialNumber, Column::currentVersion, Column::targetVersion,
-                               Column::device, Column::firmwareName};
-  constexpr auto columns = static_cast<int>(inOrder.size());
-  auto room = std::max(0, viewport()->width() - statusColumnWidth);
-  std::array<int, inOrder.size()> widths{};
-  const auto raise = [&](Column column, int wish) {
-    auto& width = widths.at(static_cast<std::size_t>(column));
-    const auto more = std::clamp(wish - width, 0, room);
-    width += more;
-    room -= more;
-  };
-  const auto& titles = static_cast<TableHeader&>(*horizontalHeader());
-  const auto least = std::min(leastColumnWidth, room / columns);
-  for (const auto column : inOrder) {
-    raise(column, least);
+  auto& titles = static_cast<TableHeader&>(*horizontalHeader());
+  std::array<ColumnWish, sharingColumns> wishes;
+  for (int column = 0; auto& wish : wishes) {
+    wish = {.content = std::max(sizeHintForColumn(column), titles.leastWidthOf(column)),
+            .title = titles.sectionSizeHint(column)};
+    ++column;
   }
-  for (const auto column : inOrder) {
-    const auto place = static_cast<int>(column);
-    raise(column, std::max(sizeHintForColumn(place), titles.leastWidthOf(place)));
+  const auto room = std::max(0, viewport()->width() - statusColumnWidth);
+  for (int column = 0; const auto width : shareOut(room, wishes)) {
+    titles.resizeSection(column++, width);
   }
-  for (const auto column : inOrder) {
-    raise(column, titles.sectionSizeHint(static_cast<int>(column)));
+  if (titles.height() != titles.sizeHint().height()) {  // They take another line, or one less.
+    scheduleDelayedItemsLayout();
   }
-  for (auto left = columns; const auto column : inOrder) {
-    raise(column, widths.at(static_cast<std::size_t>(column)) + room / left--);
-  }
-  for (int column = 0; column < columns; ++column) {
-    horizontalHeader()->resizeSection(column, widths.at(static_cast<std::size_t>(column)));
-  }
-  updateGeometries();  // The titles may take another line.
 }
 
 void DeviceTable::setRowHeight() {
@@ -144,8 +126,9 @@ void DeviceTable::drawEmptyText(const QString& text) {
 }
 
 void DeviceTable::describe() {
-  setAccessibleDescription(
-      emptyText_.isEmpty() ? tr("The devices that can be upgraded. Choose one with the arrow keys.") : emptyText_);
+  setAccessibleDescription(emptyText_.isEmpty()
+                               ? tr("The devices that can be upgraded. Choose one with the arrow keys.")
+                               : emptyText_);
 }
 
 void DeviceTable::paintEvent(QPaintEvent* event) {

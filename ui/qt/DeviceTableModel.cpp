@@ -51,6 +51,14 @@ QVariant toneIn(const DeviceRow& row, Column column) {
   }
 }
 
+/// A face alone, so that its size is the table's.
+QFont monospaced() {
+  QFont font;
+  font.setFamilies({QFontDatabase::systemFont(QFontDatabase::FixedFont).family()});
+  font.setStyleHint(QFont::Monospace);
+  return font;
+}
+
 /// From one end of the bar to the other and back.
 QPointF wanderingPiece(int step) {
   constexpr double length = 0.3;
@@ -164,8 +172,7 @@ QVariant DeviceTableModel::data(const QModelIndex& index, int role) const {
       return plainToolTip(more.isEmpty() ? text : text + QStringLiteral(" (") + more + QStringLiteral(")"));
     }
     case Qt::FontRole:
-      return column == Column::serialNumber ? QFontDatabase::systemFont(QFontDatabase::FixedFont)
-                                            : QVariant();
+      return column == Column::serialNumber ? monospaced() : QVariant();
     case toneRole:
       return toneIn(row, column);
     case markRole:

@@ -4,8 +4,8 @@
 
 namespace karvex::ui::qt {
 
-/// The titles of the table's columns, flat, in line with the cells below them. Where a column is narrower than
-/// its title, the title's words are below each other.
+/// The titles of the table's columns, flat, in line with the cells below them. Where a column is narrower
+/// than its title, the title's words are below each other.
 class TableHeader final : public QHeaderView {
   Q_OBJECT
 

@@ -11,9 +11,7 @@ struct RulesFile {
   std::filesystem::path path;  ///< empty if there is none where udev looks
   bool isOff = false;          ///< the file is empty, as who wants no rules makes it
 
-  RulesState state() const {
-    return path.empty() || isOff ? RulesState::missing : RulesState::there;
-  }
+  RulesState state() const { return path.empty() || isOff ? RulesState::missing : RulesState::there; }
 };
 
 /// Looks into the folders of udev(7) below `root`, which is another one than "/" for tests.

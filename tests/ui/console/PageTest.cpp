@@ -69,9 +69,6 @@ std::vector<std::string> textOf(const Snapshot& snapshot, const upgrade::LoadPro
 std::string pagesAt(std::size_t columns) {
   auto crowded = samples::everyStatus();
   crowded.isRunning = true;
-  auto refused = samples::running();
-  refused.isRunning = false;
-  refused.stopNotice = upgrade::noticeOf(upgrade::SilentStop::permissionDenied, "1000030");
   const std::vector<std::string> notices{"the first of four", "POST /services/uploadComplete.php: 500",
                                          "> KARVEX : The run stops: the device can't be programmed.",
                                          "> KARVEX : Acknowledged Status value = 10"};
@@ -88,7 +85,7 @@ std::string pagesAt(std::size_t columns) {
        samples::progress(),
        {notices.begin() + 1, notices.end()}},
       {"a run before its first block", samples::running(), {}, {}},
-      {"a run that has ended in its third row has no bar", refused, samples::progress(), {}},
+      {"a run that has ended in its third row has no bar", samples::stopped(), samples::progress(), {}},
       {"every status, and rows that give way to notices", crowded, {}, notices},
       {"an alert", samples::withAlert(upgrade::Alert::halfkayModeFailed), {}, {"a notice"}},
       {"the sheet", samples::withSheet(true), {}, {}},

@@ -263,7 +263,7 @@ TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
       EXPECT_EQ(header.sectionSize(5), 180);
       EXPECT_FALSE(bench.table().horizontalScrollBar()->isVisible());
       for (int column = 0; column < 5; ++column) {
-        EXPECT_GE(header.sectionSize(column), 100) << column;
+        EXPECT_GE(header.sectionSize(column), 90) << column;
       }
     }
   }

@@ -17,8 +17,8 @@
 #include "app/rig/RigCore.hpp"
 #include "foundation/Log.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/DeviceTable.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
 namespace karvex::app {

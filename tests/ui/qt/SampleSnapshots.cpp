@@ -3,6 +3,8 @@
 #include <array>
 #include <string>
 
+#include "upgrade/StopNotice.hpp"
+
 namespace karvex::ui::qt::samples {
 namespace {
 
@@ -47,10 +49,11 @@ DeviceRow rowWith(std::uint32_t status, std::uint8_t seed) {
 }
 
 Snapshot empty() {
-  return {.emptyText =
-              "The service could not be reached: fw.example: could not resolve host name. Check your internet "
-              "connection, then refresh the list.",
-          .canAct = true};
+  return {
+      .emptyText =
+          "The service could not be reached: fw.example: could not resolve host name. Check your internet "
+          "connection, then refresh the list.",
+      .canAct = true};
 }
 
 Snapshot idle() {
@@ -82,6 +85,16 @@ Snapshot running() {
   setStatus(snapshot.rows[2], 5);
   snapshot.rows[2].onlineMark = Tone::orange;
   snapshot.selected = snapshot.rows[2].id;
+  return snapshot;
+}
+
+Snapshot stopped() {
+  auto snapshot = running();
+  snapshot.isRunning = false;
+  snapshot.canAct = true;
+  snapshot.selected.reset();
+  snapshot.stopNotice = upgrade::noticeOf(upgrade::SilentStop::permissionDenied, "1000030",
+                                          {.node = "/dev/hidraw3", .rules = device::RulesState::missing});
   return snapshot;
 }
 

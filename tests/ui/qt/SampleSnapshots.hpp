@@ -17,6 +17,8 @@ Snapshot idle();
 Snapshot selected();
 /// The third device is being programmed.
 Snapshot running();
+/// That run has stopped, for a reason that no dialog tells of; its row is as it was.
+Snapshot stopped();
 upgrade::LoadProgress progress();
 Snapshot withAlert(upgrade::Alert alert);
 Snapshot withSheet(bool isSending);

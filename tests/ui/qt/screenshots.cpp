@@ -1,17 +1,21 @@
 // Draws the window in its usual states and writes the pictures into a directory: window_screenshots DIRECTORY
-// [SCENE...]. Everything is drawn on the offscreen platform; QT_SCALE_FACTOR=2 gives the pictures of a dense
-// display.
+// POINTS [SCENE...], with the size of the font in points. The scene "contact" is all of them on one sheet.
+// Everything is drawn on the offscreen platform; QT_SCALE_FACTOR=2 gives the pictures of a dense display.
 
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
+#include <QHash>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTest>
+#include <algorithm>
 #include <functional>
 #include <iostream>
+#include <optional>
+#include <utility>
 #include <vector>
 
 #include "tests/ui/qt/RecordingActions.hpp"
@@ -59,44 +63,133 @@ QImage pictureOf(QWidget& window) {
 struct Scene {
   QString name;
   Snapshot snapshot;
+  karvex::upgrade::LoadProgress progress = samples::progress();
+  QSize size = {};  ///< none: the window's own
   std::function<void(MainWindow&)> prepare = [](MainWindow&) {};
 };
 
+/// The smallest size that the window is made for, on a small screen.
+constexpr QSize smallWindow{800, 440};
+
 std::vector<Scene> scenes() {
+  auto beforeFirstBlock = samples::running();
+  beforeFirstBlock.rows[2].firmwareName = "before its first block";
+  auto asking = samples::empty();
+  asking.emptyText = "Asking the service for its list of devices...";
+  const auto close = [](MainWindow& window) { window.close(); };
   std::vector<Scene> all{
-      {QStringLiteral("idle"), samples::idle()},
-      {QStringLiteral("selected"), samples::selected()},
-      {QStringLiteral("focus"), samples::selected(),
-       [](MainWindow& window) {
-         window.activateWindow();
-         window.findChild<QPushButton*>(QStringLiteral("refresh"))->setFocus(Qt::TabFocusReason);
-       }},
-      {QStringLiteral("running"), samples::running()},
-      {QStringLiteral("closing"), samples::running(), [](MainWindow& window) { window.close(); }},
-      {QStringLiteral("sync"), samples::withSheet(false)},
-      {QStringLiteral("sync-sending"), samples::withSheet(true)},
-      {QStringLiteral("every-status"), samples::everyStatus(),
-       [](MainWindow& window) { window.resize(window.minimumSize()); }},
-      {QStringLiteral("every-status-large"), samples::everyStatus(),
-       [](MainWindow& window) { window.resize(1300, 860); }},
+      {.name = QStringLiteral("empty"), .snapshot = samples::empty()},
+      {.name = QStringLiteral("asking"), .snapshot = asking},
+      {.name = QStringLiteral("idle"), .snapshot = samples::idle()},
+      {.name = QStringLiteral("selected"), .snapshot = samples::selected()},
+      {.name = QStringLiteral("focus"),
+       .snapshot = samples::selected(),
+       .prepare =
+           [](MainWindow& window) {
+             window.activateWindow();
+             window.findChild<QPushButton*>(QStringLiteral("refresh"))->setFocus(Qt::TabFocusReason);
+           }},
+      {.name = QStringLiteral("before-first-block"), .snapshot = beforeFirstBlock, .progress = {}},
+      {.name = QStringLiteral("running"), .snapshot = samples::running()},
+      {.name = QStringLiteral("closing"), .snapshot = samples::running(), .prepare = close},
+      {.name = QStringLiteral("stopped"), .snapshot = samples::stopped()},
+      {.name = QStringLiteral("sync"), .snapshot = samples::withSheet(false)},
+      {.name = QStringLiteral("sync-sending"), .snapshot = samples::withSheet(true)},
+      {.name = QStringLiteral("every-status"), .snapshot = samples::everyStatus(), .size = {1300, 860}},
+      {.name = QStringLiteral("small"), .snapshot = samples::everyStatus(), .size = smallWindow},
+      {.name = QStringLiteral("small-stopped"), .snapshot = samples::stopped(), .size = smallWindow},
   };
   for (const auto alert : karvex::upgrade::alertsInOrder) {
-    all.push_back({QStringLiteral("alert-%1").arg(static_cast<int>(alert) + 1), samples::withAlert(alert)});
+    all.push_back({.name = QStringLiteral("alert-%1").arg(static_cast<int>(alert) + 1),
+                   .snapshot = samples::withAlert(alert)});
   }
   return all;
 }
 
-bool take(const Scene& scene, const QString& file) {
+/// In the 256 colours that stand for most of it: half the size, and nobody sees it. Shades that are nearly
+/// alike stand for each other, so that no rare colour goes.
+QImage withFewColours(const QImage& picture) {
+  constexpr QRgb alike = 0xFFF0F0F0;
+  const auto opaque = picture.convertToFormat(QImage::Format_RGB32);
+  QHash<QRgb, qsizetype> pixelsOf;
+  for (int y = 0; y < opaque.height(); ++y) {
+    for (int x = 0; x < opaque.width(); ++x) {
+      ++pixelsOf[opaque.pixel(x, y)];
+    }
+  }
+  auto colours = pixelsOf.keys();
+  std::ranges::sort(colours, std::greater(), [&](QRgb colour) { return pixelsOf[colour]; });
+  QList<QRgb> table;
+  QHash<QRgb, bool> taken;
+  for (const auto colour : colours) {
+    if (table.size() < 256 && !std::exchange(taken[colour & alike], true)) {
+      table << colour;
+    }
+  }
+  return opaque.convertToFormat(QImage::Format_Indexed8, table, Qt::ThresholdDither | Qt::AvoidDither);
+}
+
+bool save(const QImage& picture, const QString& file) {
+  constexpr int smallest = 0;  // Of PNG's qualities, which are all without loss.
+  return withFewColours(picture).save(file, "PNG", smallest);
+}
+
+std::optional<QImage> take(const Scene& scene) {
   RecordingActions actions;
-  MainWindow window({actions, samples::progress, [](Leaving) {}});
+  MainWindow window({actions, [&scene] { return scene.progress; }, [](Leaving) {}});
   window.draw(scene.snapshot);
+  if (scene.size.isValid()) {
+    window.resize(scene.size);
+  }
   window.show();
   if (!QTest::qWaitForWindowExposed(&window)) {
-    return false;
+    return std::nullopt;
   }
+  QTest::qWait(1);  // Dialogs come after the window.
   scene.prepare(window);
   QApplication::processEvents();
-  return pictureOf(window).save(file);
+  return pictureOf(window);
+}
+
+/// All of them, small, beside each other with their names.
+QImage contactOf(const std::vector<std::pair<QString, QImage>>& pictures) {
+  constexpr int columns = 4;
+  constexpr QSize cell{480, 330};
+  constexpr int nameHeight = 20;
+  const auto rows = (static_cast<int>(pictures.size()) + columns - 1) / columns;
+  QImage sheet(cell.width() * columns, cell.height() * rows, QImage::Format_RGB32);
+  sheet.fill(Qt::gray);
+  QPainter painter(&sheet);
+  painter.setFont(QFont(QStringLiteral("Sans"), 9));
+  for (int place = 0; const auto& [name, picture] : pictures) {
+    const QPoint corner(place % columns * cell.width(), place / columns * cell.height());
+    auto small =
+        picture.scaled(cell - QSize(8, nameHeight + 4), Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    small.setDevicePixelRatio(1);
+    painter.drawText(QRect(corner, QSize(cell.width(), nameHeight)), Qt::AlignCenter, name);
+    painter.drawImage(corner + QPoint((cell.width() - small.width()) / 2, nameHeight), small);
+    ++place;
+  }
+  return sheet;
+}
+
+/// The pictures of one palette. `end` is the end of their files' names.
+bool takeAll(const QDir& directory, const QStringList& wanted, const QString& end) {
+  std::vector<std::pair<QString, QImage>> pictures;
+  const auto isWanted = [&](const QString& name) { return wanted.isEmpty() || wanted.contains(name); };
+  const auto fileOf = [&](const QString& name) { return directory.filePath(name + end); };
+  const auto contact = QStringLiteral("contact");
+  for (const auto& scene : scenes()) {
+    if (!isWanted(scene.name) && !isWanted(contact)) {
+      continue;
+    }
+    const auto picture = take(scene);
+    if (!picture || (isWanted(scene.name) && !save(*picture, fileOf(scene.name)))) {
+      return false;
+    }
+    pictures.emplace_back(scene.name, *picture);
+  }
+  return !isWanted(contact) || save(contactOf(pictures), fileOf(contact));
 }
 
 }  // namespace
@@ -108,20 +201,20 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setStyle(QStringLiteral("Fusion"));
   const auto arguments = QApplication::arguments();
-  if (arguments.size() < 2) {
-    std::cerr << "use: window_screenshots DIRECTORY [SCENE...]\n";
+  if (arguments.size() < 3) {
+    std::cerr << "use: window_screenshots DIRECTORY POINTS [SCENE...]\n";
     return 2;
   }
-  const QDir directory(arguments[1]);
-  const auto wanted = arguments.mid(2);
+  auto font = QApplication::font();
+  font.setPointSize(arguments[2].toInt());
+  QApplication::setFont(font);
   for (const auto& [palette, name] : {std::pair(lightPalette(), "light"), std::pair(darkPalette(), "dark")}) {
     QApplication::setPalette(palette);
-    for (const auto& scene : scenes()) {
-      const auto file = directory.filePath(scene.name + u'-' + QLatin1String(name) + QStringLiteral(".png"));
-      if ((wanted.isEmpty() || wanted.contains(scene.name)) && !take(scene, file)) {
-        std::cerr << "can't make " << file.toStdString() << '\n';
-        return 1;
-      }
+    const auto end =
+        QStringLiteral("-%1-%2pt-%3x.png").arg(name, arguments[2]).arg(qRound(qApp->devicePixelRatio()));
+    if (!takeAll(QDir(arguments[1]), arguments.mid(3), end)) {
+      std::cerr << "can't make the pictures\n";
+      return 1;
     }
   }
   return 0;
