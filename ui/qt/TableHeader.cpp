@@ -81,7 +81,10 @@ void TableHeader::paintSection(QPainter* painter, const QRect& rect, int section
   painter->setFont(titleFont());
   painter->setPen(palette().color(QPalette::Text));
   const auto alignment = isCentred ? Qt::AlignCenter : Qt::AlignVCenter | Qt::AlignLeft;
-  painter->drawText(room, static_cast<int>(alignment) | Qt::TextWordWrap, titleOf(section));
+  const auto title = titleOf(section);
+  const bool isOneLine = QFontMetrics(titleFont()).horizontalAdvance(title) <= room.width();
+  painter->drawText(room, static_cast<int>(alignment) | (isOneLine ? Qt::TextSingleLine : Qt::TextWordWrap),
+                    title);
   painter->restore();
 }
 

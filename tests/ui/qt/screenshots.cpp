@@ -131,7 +131,7 @@ QImage withFewColours(const QImage& picture) {
 
 bool save(const QImage& picture, const QString& file) {
   constexpr int smallest = 0;  // Of PNG's qualities, which are all without loss.
-  return withFewColours(picture).save(file, "PNG", smallest);
+  return picture.save(file, "PNG", smallest);
 }
 
 std::optional<QImage> take(const Scene& scene) {
@@ -189,7 +189,7 @@ bool takeAll(const QDir& directory, const QStringList& wanted, const QString& en
     }
     pictures.emplace_back(scene.name, *picture);
   }
-  return !isWanted(contact) || save(contactOf(pictures), fileOf(contact));
+  return !isWanted(contact) || save(withFewColours(contactOf(pictures)), fileOf(contact));
 }
 
 }  // namespace
