@@ -37,7 +37,8 @@ std::array<int, sharingColumns> shareOut(int room, const std::array<ColumnWish, 
   const auto contentOf = [&](Column column) { return wishes.at(static_cast<std::size_t>(column)).content; };
   std::array names{Column::device, Column::firmwareName};
   std::ranges::sort(names, {}, contentOf);
-  const std::array inOrder{Column::serialNumber, Column::currentVersion, Column::targetVersion, names[0], names[1]};
+  const std::array inOrder{Column::serialNumber, Column::currentVersion, Column::targetVersion, names[0],
+                           names[1]};
 
   Shares shares(room);
   for (const auto column : inOrder) {

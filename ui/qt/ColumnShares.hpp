@@ -17,9 +17,9 @@ struct ColumnWish {
   int title = 0;    ///< for its title in one line
 };
 
-/// The widths of the columns, in their order and in points; together they are `room`. Serial numbers and versions
-/// are served first and names give way, the longer one more; then the titles get their line. What is left goes
-/// to all.
+/// The widths of the columns, in their order and in points; together they are `room`. Serial numbers and
+/// versions are served first and names give way, the longer one more; then the titles get their line. What is
+/// left goes to all.
 std::array<int, sharingColumns> shareOut(int room, const std::array<ColumnWish, sharingColumns>& wishes);
 
 }  // namespace karvex::ui::qt

@@ -23,6 +23,7 @@ NoticeStrip::NoticeStrip(QWidget* parent) : QWidget(parent), text_(new QLabel(th
   text_->setWordWrap(true);
   text_->setAlignment(Qt::AlignCenter);
   text_->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+  text_->setFocusPolicy(Qt::StrongFocus);
   text_->installEventFilter(this);
   auto* layout = new QVBoxLayout(this);
   // In line with the table below.

@@ -80,10 +80,10 @@ TEST(Accessibility, TheSheetsButtonsAreReachedByTab) {
   EXPECT_EQ(nameOf(sheet->findChild<QProgressBar*>()), "Sending");
 }
 
-TEST(Accessibility, TheReasonWhyTheWindowStaysIsReadOut) {
-  WindowBench bench(samples::running());
-  bench.window.close();
-  EXPECT_THAT(nameOf(bench.window.findChild<NoticeStrip*>()), testing::StartsWith("An upgrade is running."));
+TEST(Accessibility, ANoticeIsReadOutAndReachedByTab) {
+  WindowBench bench(samples::stopped());
+  EXPECT_EQ(nameOf(bench.window.findChild<NoticeStrip*>()), samples::stopped().stopNotice);
+  EXPECT_THAT(roundByTab(bench.window), testing::Contains(samples::stopped().stopNotice));
 }
 
 }  // namespace

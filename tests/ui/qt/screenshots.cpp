@@ -5,13 +5,11 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDir>
-#include <QHash>
 #include <QPainter>
 #include <QPushButton>
 #include <QStyle>
 #include <QStyleFactory>
 #include <QTest>
-#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <optional>
@@ -106,29 +104,6 @@ std::vector<Scene> scenes() {
   return all;
 }
 
-/// In the 256 colours that stand for most of it: half the size, and nobody sees it. Shades that are nearly
-/// alike stand for each other, so that no rare colour goes.
-QImage withFewColours(const QImage& picture) {
-  constexpr QRgb alike = 0xFFF0F0F0;
-  const auto opaque = picture.convertToFormat(QImage::Format_RGB32);
-  QHash<QRgb, qsizetype> pixelsOf;
-  for (int y = 0; y < opaque.height(); ++y) {
-    for (int x = 0; x < opaque.width(); ++x) {
-      ++pixelsOf[opaque.pixel(x, y)];
-    }
-  }
-  auto colours = pixelsOf.keys();
-  std::ranges::sort(colours, std::greater(), [&](QRgb colour) { return pixelsOf[colour]; });
-  QList<QRgb> table;
-  QHash<QRgb, bool> taken;
-  for (const auto colour : colours) {
-    if (table.size() < 256 && !std::exchange(taken[colour & alike], true)) {
-      table << colour;
-    }
-  }
-  return opaque.convertToFormat(QImage::Format_Indexed8, table, Qt::ThresholdDither | Qt::AvoidDither);
-}
-
 bool save(const QImage& picture, const QString& file) {
   constexpr int smallest = 0;  // Of PNG's qualities, which are all without loss.
   return picture.save(file, "PNG", smallest);
@@ -189,7 +164,8 @@ bool takeAll(const QDir& directory, const QStringList& wanted, const QString& en
     }
     pictures.emplace_back(scene.name, *picture);
   }
-  return !isWanted(contact) || save(withFewColours(contactOf(pictures)), fileOf(contact));
+  return !isWanted(contact) ||
+         save(contactOf(pictures).convertToFormat(QImage::Format_RGB16), fileOf(contact));
 }
 
 }  // namespace
