@@ -73,6 +73,7 @@ Snapshot snapshotOf(const ContentView& view) {
   for (const auto& device : manager.managedDevices.get()) {
     snapshot.rows.push_back(rowOf(device));
   }
+  snapshot.isAsking = manager.listRequest.get().state == upgrade::ListRequest::State::underWay;
   if (snapshot.rows.empty()) {
     snapshot.emptyText =
         textOf(EmptyTable{.request = manager.listRequest.get(),

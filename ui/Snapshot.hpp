@@ -44,6 +44,7 @@ struct AlertText {
 struct Snapshot {
   std::vector<DeviceRow> rows;
   std::string emptyText;  ///< why there are no rows, in one line; empty if there are some
+  bool isAsking = false;  ///< the service's list is waited for
   std::optional<foundation::Uuid> selected;
   bool canUpload = false;
   bool canAct = false;       ///< the refresh and sync buttons are free

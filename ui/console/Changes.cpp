@@ -46,7 +46,7 @@ void addListChanges(Lines& lines, const Snapshot& before, const Snapshot& after)
 }
 
 void addEmptyText(Lines& lines, const Snapshot& before, const Snapshot& after) {
-  if (before.emptyText != after.emptyText && !after.emptyText.empty()) {
+  if (before.emptyText != after.emptyText && !after.emptyText.empty() && !after.isAsking) {
     lines.push_back(lineOf(after.emptyText));
   }
 }

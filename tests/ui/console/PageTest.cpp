@@ -201,9 +201,9 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
               ElementsAre("#10 1 - Pedal: carries pedal 2.0\xEF\xBF\xBD[2J now", "! stopped"));
   EXPECT_THAT(linesOf([](auto& now) {
                 now.rows.clear();
-                now.emptyText = "asking";
+                now.emptyText = "nothing listed";
               }),
-              ElementsAre("asking"));
+              ElementsAre("nothing listed"));
   const auto list = linesOf([](auto& now) { now.rows.erase(now.rows.begin()); });
   ASSERT_EQ(list.size(), 2U);
   EXPECT_THAT(list[0], AllOf(StartsWith("  Device"), testing::EndsWith("Status")));
