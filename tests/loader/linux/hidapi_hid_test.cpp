@@ -168,6 +168,7 @@ class HidapiHidWithoutPermission : public HidapiHid {
 
 TEST_F(HidapiHidWithoutPermission, ARefusalIsBelievedWhenItLastsASecond) {
   EXPECT_EQ(hid.open(hid.context, find()), hid_access::not_permitted);
+  EXPECT_STREQ(hid.refused_node(hid.context), "/dev/hidraw0");
   EXPECT_GE(host.now, milliseconds(1000));
   EXPECT_LE(host.now, milliseconds(1050));
   EXPECT_THAT(host.log, ElementsAre(">>> KARVEX : /dev/hidraw0 : Permission denied"));

@@ -129,7 +129,7 @@ std::optional<QImage> take(const Scene& scene) {
 /// All of them, small, beside each other with their names.
 QImage contactOf(const std::vector<std::pair<QString, QImage>>& pictures) {
   constexpr int columns = 4;
-  constexpr QSize cell{480, 330};
+  constexpr QSize cell{360, 250};
   constexpr int nameHeight = 20;
   const auto rows = (static_cast<int>(pictures.size()) + columns - 1) / columns;
   QImage sheet(cell.width() * columns, cell.height() * rows, QImage::Format_RGB32);
@@ -165,7 +165,7 @@ bool takeAll(const QDir& directory, const QStringList& wanted, const QString& en
     pictures.emplace_back(scene.name, *picture);
   }
   return !isWanted(contact) ||
-         save(contactOf(pictures).convertToFormat(QImage::Format_RGB16), fileOf(contact));
+         save(contactOf(pictures).convertToFormat(QImage::Format_RGB444), fileOf(contact));
 }
 
 }  // namespace
@@ -182,13 +182,13 @@ int main(int argc, char** argv) {
     return 2;
   }
   auto font = QApplication::font();
+  const auto size = font.pointSize() == arguments[2].toInt() ? QString() : u'-' + arguments[2] + "pt";
+  const auto scale = qApp->devicePixelRatio() == 1 ? QString() : QStringLiteral("@2x");
   font.setPointSize(arguments[2].toInt());
   QApplication::setFont(font);
   for (const auto& [palette, name] : {std::pair(lightPalette(), "light"), std::pair(darkPalette(), "dark")}) {
     QApplication::setPalette(palette);
-    const auto end =
-        QStringLiteral("-%1-%2pt-%3x.png").arg(name, arguments[2]).arg(qRound(qApp->devicePixelRatio()));
-    if (!takeAll(QDir(arguments[1]), arguments.mid(3), end)) {
+    if (!takeAll(QDir(arguments[1]), arguments.mid(3), u'-' + QLatin1String(name) + size + scale + ".png")) {
       std::cerr << "can't make the pictures\n";
       return 1;
     }
