@@ -110,6 +110,9 @@ INSTANTIATE_TEST_SUITE_P(MainWindow, EachAlert, testing::ValuesIn(upgrade::alert
 TEST_P(EachAlert, ShowsItsTextsAndStaysUntilTheSnapshotHasItNoMore) {
   WindowBench bench(samples::idle());
   const auto snapshot = samples::withAlert(GetParam());
+  for (const auto before : {upgrade::Alert::portBusy, upgrade::Alert::uploadError}) {
+    bench.window.draw(samples::withAlert(before));
+  }
   bench.window.draw(snapshot);
   auto* box = shown<AlertBox>(bench);
   ASSERT_NE(box, nullptr);
@@ -190,14 +193,6 @@ TEST(MainWindow, NamesInAnAlertCantTurnItsTextOrWidenIt) {
   auto* box = shown<AlertBox>(bench);
   EXPECT_EQ(textOf(*box, "message"), with("port \xEF\xBF\xBD\xEF\xBF\xBD[0m\xEF\xBF\xBD" + words).message);
   EXPECT_LT(box->width(), 900);
-}
-
-TEST(MainWindow, OneAlertGivesWayToTheNext) {
-  WindowBench bench(samples::withAlert(upgrade::Alert::portBusy));
-  bench.window.draw(samples::withAlert(upgrade::Alert::uploadError));
-  auto* box = shown<AlertBox>(bench);
-  ASSERT_NE(box, nullptr);
-  EXPECT_EQ(textOf(*box, "title"), upgrade::titleOf(upgrade::Alert::uploadError));
 }
 
 TEST(MainWindow, AnAlertOverTheSheetOutlivesIt) {

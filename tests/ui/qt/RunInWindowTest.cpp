@@ -7,7 +7,6 @@
 #include <QPushButton>
 #include <QTest>
 #include <algorithm>
-#include <atomic>
 #include <functional>
 #include <future>
 #include <memory>
@@ -32,7 +31,6 @@ class RunInWindow : public testing::Test {
  protected:
   ~RunInWindow() override {
     program_.reset();  // It may still say something.
-    foundation::log::redirectDebug(nullptr);
     foundation::log::redirectSystem(nullptr);
   }
 
@@ -203,26 +201,6 @@ TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
   EXPECT_TRUE(std::ranges::any_of(
       end().requests, [](const auto& request) { return request.path == "/services/deviceExplorer.php"; }));
-}
-
-TEST_F(RunInWindow, TheSheetStaysWhenTheReportDidNotGoOut) {
-  ASSERT_EQ(rig::addServiceFault("cut-off@report", options.serviceFaults), std::nullopt);
-  const auto hasFailed = std::make_shared<std::atomic<bool>>(false);
-  foundation::log::redirectDebug([hasFailed](std::string_view text) {
-    if (text.starts_with("Error => ")) {
-      *hasFailed = true;
-    }
-  });
-  start();
-  click("sync");
-  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
-  QTest::keyClick(shown<SyncSheet>(), Qt::Key_Return);
-  ASSERT_TRUE(eventually([&] { return hasFailed->load(); }));
-  QTest::qWait(0);
-  ASSERT_NE(shown<SyncSheet>(), nullptr);
-  EXPECT_FALSE(shown<SyncSheet>()->findChild<QProgressBar*>()->isVisible());
-  QTest::keyClick(shown<SyncSheet>(), Qt::Key_Escape);
-  EXPECT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
 }
 
 TEST_F(RunInWindow, AClosedWindowGoesByItselfBehindTheRun) {

@@ -61,52 +61,39 @@ QImage pictureOf(QWidget& window) {
 struct Scene {
   QString name;
   Snapshot snapshot;
-  karvex::upgrade::LoadProgress progress = samples::progress();
   QSize size = {};  ///< none: the window's own
   std::function<void(MainWindow&)> prepare = [](MainWindow&) {};
+  karvex::upgrade::LoadProgress progress = samples::progress();
 };
 
-/// The smallest size that the window is made for, on a small screen.
-constexpr QSize smallWindow{800, 440};
-
 std::vector<Scene> scenes() {
-  auto beforeFirstBlock = samples::running();
-  beforeFirstBlock.rows[2].firmwareName = "before its first block";
+  /// The smallest screen that the window is made for, without what a desktop takes of it.
+  constexpr QSize small{800, 440};
+  const auto close = [](MainWindow& window) { window.close(); };
+  const auto focusButton = [](MainWindow& window) {
+    window.activateWindow();
+    window.findChild<QPushButton*>(QStringLiteral("refresh"))->setFocus(Qt::TabFocusReason);
+  };
   auto asking = samples::empty();
   asking.emptyText = "Asking the service for its list of devices...";
-  const auto close = [](MainWindow& window) { window.close(); };
-  std::vector<Scene> all{
-      {.name = QStringLiteral("empty"), .snapshot = samples::empty()},
-      {.name = QStringLiteral("asking"), .snapshot = asking},
-      {.name = QStringLiteral("idle"), .snapshot = samples::idle()},
-      {.name = QStringLiteral("selected"), .snapshot = samples::selected()},
-      {.name = QStringLiteral("focus"),
-       .snapshot = samples::selected(),
-       .prepare =
-           [](MainWindow& window) {
-             window.activateWindow();
-             window.findChild<QPushButton*>(QStringLiteral("refresh"))->setFocus(Qt::TabFocusReason);
-           }},
-      {.name = QStringLiteral("before-first-block"), .snapshot = beforeFirstBlock, .progress = {}},
-      {.name = QStringLiteral("running"), .snapshot = samples::running()},
-      {.name = QStringLiteral("closing"), .snapshot = samples::running(), .prepare = close},
-      {.name = QStringLiteral("stopped"), .snapshot = samples::stopped()},
-      {.name = QStringLiteral("sync"), .snapshot = samples::withSheet(false)},
-      {.name = QStringLiteral("sync-sending"), .snapshot = samples::withSheet(true)},
-      {.name = QStringLiteral("every-status"), .snapshot = samples::everyStatus(), .size = {1300, 860}},
-      {.name = QStringLiteral("small"), .snapshot = samples::everyStatus(), .size = smallWindow},
-      {.name = QStringLiteral("small-stopped"), .snapshot = samples::stopped(), .size = smallWindow},
-  };
+  std::vector<Scene> all{{"empty", samples::empty()},
+                         {"asking", asking},
+                         {"idle", samples::idle()},
+                         {"selected", samples::selected()},
+                         {"focus", samples::selected(), {}, focusButton},
+                         {"before-first-block", samples::running(), {}, [](auto&) {}, {}},
+                         {"running", samples::running()},
+                         {"closing", samples::running(), {}, close},
+                         {"stopped", samples::stopped()},
+                         {"sync", samples::withSheet(false)},
+                         {"sync-sending", samples::withSheet(true)},
+                         {"every-status", samples::everyStatus(), {1300, 860}},
+                         {"small", samples::everyStatus(), small},
+                         {"small-stopped", samples::stopped(), small}};
   for (const auto alert : karvex::upgrade::alertsInOrder) {
-    all.push_back({.name = QStringLiteral("alert-%1").arg(static_cast<int>(alert) + 1),
-                   .snapshot = samples::withAlert(alert)});
+    all.push_back({QStringLiteral("alert-%1").arg(static_cast<int>(alert) + 1), samples::withAlert(alert)});
   }
   return all;
-}
-
-bool save(const QImage& picture, const QString& file) {
-  constexpr int smallest = 0;  // Of PNG's qualities, which are all without loss.
-  return picture.save(file, "PNG", smallest);
 }
 
 std::optional<QImage> take(const Scene& scene) {
@@ -150,6 +137,7 @@ QImage contactOf(const std::vector<std::pair<QString, QImage>>& pictures) {
 
 /// The pictures of one palette. `end` is the end of their files' names.
 bool takeAll(const QDir& directory, const QStringList& wanted, const QString& end) {
+  constexpr int smallest = 0;  // Of PNG's qualities, which are all without loss.
   std::vector<std::pair<QString, QImage>> pictures;
   const auto isWanted = [&](const QString& name) { return wanted.isEmpty() || wanted.contains(name); };
   const auto fileOf = [&](const QString& name) { return directory.filePath(name + end); };
@@ -159,13 +147,13 @@ bool takeAll(const QDir& directory, const QStringList& wanted, const QString& en
       continue;
     }
     const auto picture = take(scene);
-    if (!picture || (isWanted(scene.name) && !save(*picture, fileOf(scene.name)))) {
+    if (!picture || (isWanted(scene.name) && !picture->save(fileOf(scene.name), "PNG", smallest))) {
       return false;
     }
     pictures.emplace_back(scene.name, *picture);
   }
   return !isWanted(contact) ||
-         save(contactOf(pictures).convertToFormat(QImage::Format_RGB444), fileOf(contact));
+         contactOf(pictures).convertToFormat(QImage::Format_RGB444).save(fileOf(contact), "PNG", smallest);
 }
 
 }  // namespace
