@@ -9,7 +9,7 @@ namespace karvex::ui::qt {
 /// The text as it stands.
 QString qtText(std::string_view utf8);
 
-/// Text for one line of the table, as ui::lineOf() has it. What goes on and on is cut off behind a few
+/// Text for one line of the table, as ui::lineOf() has it. What goes on and on is cut off after a few
 /// hundred characters.
 QString lineText(std::string_view utf8);
 
