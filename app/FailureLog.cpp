@@ -14,6 +14,7 @@
 #include <system_error>
 
 #include "foundation/ReplaceFile.hpp"
+#include "ui/LineText.hpp"
 #include "ui/console/StyledText.hpp"
 
 namespace karvex::app {
@@ -50,7 +51,7 @@ class Turn {
 std::string cleanLine(std::string_view text) {
   std::string line(text);
   std::ranges::replace(line, '\n', ' ');
-  line = ui::console::printable(line);
+  line = ui::lineOf(line);
   auto end = std::min(line.size(), FailureLog::longestLine);
   while (end < line.size() && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) {
     --end;

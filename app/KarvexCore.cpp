@@ -2,6 +2,7 @@
 
 #include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
 #include "app/LoaderHost.hpp"
+#include "device/platform/linux/RulesFile.hpp"
 #include "loader/platform/linux/hidapi_hid.hpp"
 
 namespace karvex::app {
@@ -15,7 +16,8 @@ KarvexCore::KarvexCore()
                 .serialInterfaces = serialInterfaces_,
                 .terminalNodes = terminalNodes_,
                 .midiService = midikit::io::makeAlsaMIDIService(runtime_),
-                .serviceAddress = service::ServiceAddress::builtIn()},
+                .serviceAddress = service::ServiceAddress::builtIn(),
+                .deviceRules = [] { return device::findRulesFile().state(); }},
       app_(platform_),
       view_(platform_, app_),
       actions_(runtime_.mainQueue(), view_),

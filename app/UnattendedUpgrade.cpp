@@ -6,6 +6,7 @@
 
 #include "loader/load_status.hpp"
 #include "ui/EndSignals.hpp"
+#include "ui/LineText.hpp"
 #include "ui/console/StyledText.hpp"
 #include "upgrade/LoadProgress.hpp"
 
@@ -25,8 +26,8 @@ std::string_view reasonFor(std::uint32_t status) {
 }
 
 std::string sentenceOf(const records::BootableDevice& device, std::uint32_t status) {
-  const auto name = ui::console::printable(fmt::format(
-      "#{} {} - {}", device.portSerialNumber, device.sequenceNumber, device.deviceName.value_or("")));
+  const auto name = ui::lineOf(fmt::format("#{} {} - {}", device.portSerialNumber, device.sequenceNumber,
+                                           device.deviceName.value_or("")));
   if (status == loader::LOAD_STATUS_SUCCESS) {
     return fmt::format("{}: upgraded.", name);
   }

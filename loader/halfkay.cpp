@@ -91,6 +91,10 @@ halfkay_open_result open_halfkay_device() {
   return halfkay_open_result::not_found;
 }
 
+const char* refused_halfkay_node() {
+  return hid.refused_node == nullptr ? "" : hid.refused_node(hid.context);
+}
+
 void close_halfkay_device() {
   if (iokit_teensy_reference == nullptr) {
     return;

@@ -20,6 +20,10 @@ enum class halfkay_open_result : std::int32_t {
 /// Closes what is open, waits 2 s and opens the first board listed in HalfKay mode. Blocks.
 halfkay_open_result open_halfkay_device();
 
+/// The path of the node that the system refused last, for a user who is to do something about it; empty if
+/// the platform has none to name. Main thread, with no load running.
+const char* refused_halfkay_node();
+
 /// Closes the open board. Does nothing without one.
 void close_halfkay_device();
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "ui/EmptyTable.hpp"
 #include "upgrade/LoadProgress.hpp"
 
 namespace karvex::ui {
@@ -52,7 +53,7 @@ DeviceRow rowOf(const records::BootableDevice& device) {
       .status = device.status,
       .statusText = std::string(upgrade::statusText(device.status)),
       .statusTone = toneOfStatus(device.status),
-      .showsProgress = upgrade::isProgramming(device.status),
+      .isProgramming = upgrade::isProgramming(device.status),
   };
 }
 
@@ -68,8 +69,17 @@ Snapshot snapshotOf(const ContentView& view) {
       .showsDeviceExplorer = view.showDeviceExplorer.get(),
       .isSendingReport = view.isSendingReport.get(),
   };
-  for (const auto& device : view.deviceListView.deviceManager.managedDevices.get()) {
+  const auto& manager = view.deviceListView.deviceManager;
+  for (const auto& device : manager.managedDevices.get()) {
     snapshot.rows.push_back(rowOf(device));
+  }
+  snapshot.isAsking = manager.listRequest.get().state == upgrade::ListRequest::State::underWay;
+  if (snapshot.rows.empty()) {
+    snapshot.emptyText =
+        textOf(EmptyTable{.request = manager.listRequest.get(),
+                          .listed = manager.deviceDescriptors.size(),
+                          .seenOnTheBus = manager.deviceExplorer.devices.get().size(),
+                          .isInProgrammingMode = manager.errorCode.get() == upgrade::halfkayDevicePresent});
   }
   return snapshot;
 }
@@ -79,6 +89,8 @@ std::vector<foundation::Subscription> observe(ContentView& view, const std::func
   auto& table = view.deviceListView;
   std::vector<foundation::Subscription> subscriptions;
   subscriptions.push_back(table.deviceManager.managedDevices.observe(onChange));
+  subscriptions.push_back(table.deviceManager.errorCode.observe(onChange));
+  subscriptions.push_back(table.deviceManager.listRequest.observe(onChange));
   subscriptions.push_back(table.selectedDeviceId.observe(onChange));
   subscriptions.push_back(table.uploadErrorText.observe(onChange));
   subscriptions.push_back(table.serialPortMgr.errorText.observe(onChange));

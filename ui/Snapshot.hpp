@@ -26,8 +26,7 @@ struct DeviceRow {
   std::uint32_t status = 0;
   std::string statusText;
   Tone statusTone = Tone::gray;
-  /// The device is being programmed: upgrade::currentLoadProgress() is about this row.
-  bool showsProgress = false;
+  bool isProgramming = false;  ///< by its status, which a row keeps when its run has ended
 
   bool operator==(const DeviceRow&) const = default;
 };
@@ -44,6 +43,8 @@ struct AlertText {
 /// Everything that a front draws, as a value: it can be handed to another thread.
 struct Snapshot {
   std::vector<DeviceRow> rows;
+  std::string emptyText;  ///< why there are no rows, in one line; empty if there are some
+  bool isAsking = false;  ///< the service's list is waited for
   std::optional<foundation::Uuid> selected;
   bool canUpload = false;
   bool canAct = false;       ///< the refresh and sync buttons are free
@@ -57,6 +58,12 @@ struct Snapshot {
 
   bool operator==(const Snapshot&) const = default;
 };
+
+/// The row that has the bar of the load: upgrade::currentLoadProgress() is about it. There is one while a run
+/// is going and its device is being programmed.
+inline bool showsBar(const Snapshot& snapshot, const DeviceRow& row) {
+  return snapshot.isRunning && snapshot.selected == row.id && row.isProgramming;
+}
 
 /// An upgrade is under way, up to the service's word that it knows of it. Who ends the program now leaves
 /// equipment half programmed, or its upgrade untold.

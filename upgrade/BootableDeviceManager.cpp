@@ -54,17 +54,23 @@ BootableDeviceManager::BootableDeviceManager(const Platform& platform)
       service_(platform.urlSession, platform.serviceAddress) {}
 
 Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
+  using enum ListRequest::State;
+  request_ = {underWay};
   co_await foundation::resumeOn(runtime_.globalQueue());
   if (!service_.canAskForDescriptors()) {
     co_await foundation::resumeOn(runtime_.mainQueue());
     isServerLoaded = false;
+    request_ = {unreachable, "its address is no URL"};
+    listRequest.set(request_);
     co_return false;
   }
   std::string answer;
+  std::string failure;
   try {
     answer = co_await service_.requestDescriptors();
   } catch (const foundation::UrlError& error) {
-    printLine(error.what());
+    failure = error.what();
+    printLine(failure);
   }
   auto decoded = service::decodeDescriptors(answer);
   for (const auto& message : decoded.messages) {
@@ -76,6 +82,7 @@ Task<bool> BootableDeviceManager::fetchDeviceDescriptors() {
     deviceDescriptors = std::move(*decoded.descriptors);
   }
   isServerLoaded = true;
+  request_ = {!failure.empty() ? unreachable : (decoded.descriptors ? answered : unreadable), failure};
   co_return true;
 }
 
@@ -89,6 +96,7 @@ bool BootableDeviceManager::scanDevices(const midikit::io::ObservableMIDIManager
   managedDevices.set(attachedDevices(midiManager));
   const bool halfkay = deviceExplorer.isHalfkayDevicePresent();
   errorCode.set(halfkay ? halfkayDevicePresent : scanComplete);
+  listRequest.set(request_);
   return !halfkay;
 }
 

@@ -11,6 +11,7 @@
 #include "records/BootableDevice.hpp"
 #include "records/ServerDeviceDescriptor.hpp"
 #include "service/FirmwareService.hpp"
+#include "upgrade/ListRequest.hpp"
 #include "upgrade/Platform.hpp"
 
 namespace karvex::upgrade {
@@ -28,6 +29,8 @@ class BootableDeviceManager {
   foundation::Published<std::vector<records::BootableDevice>> managedDevices;
   /// Result of the last scan: a ScanResult.
   foundation::Published<std::int64_t> errorCode{0};
+  /// What became of the list that the rows are from. Its answer is published after the scan that it leads to.
+  foundation::Published<ListRequest> listRequest;
   /// The service's last good answer.
   std::vector<records::ServerDeviceDescriptor> deviceDescriptors;
   /// True once the service was asked, whatever came of it.
@@ -66,6 +69,7 @@ class BootableDeviceManager {
   void addMIDIFindings(records::BootableDevice& device,
                        const std::vector<midikit::io::MIDIDevice>& midiDevices) const;
 
+  ListRequest request_;  ///< whose answer, once it is there, the next scan publishes
   foundation::Runtime& runtime_;
   std::shared_ptr<const midikit::io::MIDIService> midiService_;
   service::FirmwareService service_;

@@ -77,6 +77,7 @@ void DeviceListView::startRefresh() {
 }
 
 Task<bool> DeviceListView::rebuildList() {
+  deviceManager.listRequest.set({ListRequest::State::underWay});  // A front without rows knows why.
   deviceManager.managedDevices.set({});
   const bool isAsked = co_await deviceManager.fetchDeviceDescriptors();
   // A run that began during the exchange, on the list of an earlier one, keeps its rows.
@@ -205,6 +206,7 @@ void DeviceListView::confirm(Alert alert) {
 /// The board that an earlier attempt left in its bootloader goes back to its firmware; a second one shows at
 /// the next scan.
 void DeviceListView::resetFirstHalfkayBoard() {
+  serialNumberInWork_.clear();  // If this one may not be opened either, no run stops at it.
   selectedDeviceId.set(std::nullopt);
   loadingViewModel.resetUploadControls();
   invert(halfkayModeDetected);

@@ -226,7 +226,11 @@ void DeviceListView::endRun() {
 }
 
 void DeviceListView::tell(SilentStop stop) {
-  stopNotice.set(noticeOf(stop, serialNumberInWork_));
+  Refusal refusal;
+  if (stop == SilentStop::permissionDenied) {
+    refusal = {.node = loader::refused_halfkay_node(), .rules = platform_.deviceRules()};
+  }
+  stopNotice.set(noticeOf(stop, serialNumberInWork_, refusal));
 }
 
 /// A failure that no dialog tells of: the log and a notice say why the run is over.

@@ -12,6 +12,7 @@ struct LoadProgress {
   std::uint32_t blocksToSend = 0;  ///< 0 until blocks are being sent
 
   bool isKnown() const { return blocksToSend != 0; }
+  bool operator==(const LoadProgress&) const = default;
 };
 
 LoadProgress currentLoadProgress();

@@ -5,6 +5,7 @@
 
 #include "MIDIKitIO/platform/MIDIService.hpp"
 #include "device/DeviceExplorer.hpp"
+#include "device/platform/DeviceRules.hpp"
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/TerminalNode.hpp"
 #include "device/platform/UsbBus.hpp"
@@ -23,6 +24,8 @@ struct Platform {
   device::TerminalNodes& terminalNodes;
   std::shared_ptr<midikit::io::MIDIService> midiService;
   service::ServiceAddress serviceAddress;
+  /// Whether the rules that open the boards to their user are there; asked when a board may not be opened.
+  device::RulesState (*deviceRules)() = [] { return device::RulesState::unknown; };
 
   device::ExplorerPlatform forExplorer() const {
     return {runtime, usbBus, serialInterfaces, urlSession, serviceAddress.deviceExplorer};

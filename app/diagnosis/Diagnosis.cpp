@@ -7,17 +7,18 @@
 
 #include "device/DeviceExplorer.hpp"
 #include "device/platform/UsbBus.hpp"
+#include "ui/LineText.hpp"
 #include "ui/console/StyledText.hpp"
 
 namespace karvex::app {
 namespace {
 
-using ui::console::printable;
+using ui::lineOf;
 
 class Report {
  public:
   void head(std::string_view text) { text_ += fmt::format("\n{}\n", text); }
-  void line(std::string_view text) { text_ += printable(text) + '\n'; }
+  void line(std::string_view text) { text_ += lineOf(text) + '\n'; }
   void item(std::string_view name, std::string_view value) { line(fmt::format("  {:<12} {}", name, value)); }
   /// Items of a list, or a line in their place.
   void list(const std::vector<std::string>& items, std::string_view none) {

@@ -11,16 +11,13 @@
 #include <string_view>
 #include <system_error>
 
+#include "device/platform/linux/RulesFile.hpp"
 #include "device/platform/linux/UdevBoardSurvey.hpp"
 
 namespace karvex::app {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The places that udev reads rules from, the one that goes first ahead (udev(7)).
-constexpr std::array ruleFolders{"etc/udev/rules.d", "run/udev/rules.d", "usr/local/lib/udev/rules.d",
-                                 "usr/lib/udev/rules.d", "lib/udev/rules.d"};
 
 /// Programs that open the port of a board that comes, or probe it, by the name that the kernel has of them:
 /// 15 characters at most.
@@ -61,18 +58,6 @@ std::string systemName(const fs::path& root) {
   return fmt::format("{}, {} {} {}", distribution(root), kernel.sysname, kernel.release, kernel.machine);
 }
 
-fs::path rulesFile(const fs::path& root) {
-  fs::path found;
-  for (const auto* folder : ruleFolders) {
-    forEachEntry(root / folder, [&found](const fs::path& file) {
-      if (found.empty() && file.filename().native().ends_with("-karvex.rules")) {
-        found = file;
-      }
-    });
-  }
-  return found;
-}
-
 std::vector<std::string> meddlingPrograms(const fs::path& root) {
   std::vector<std::string> found;
   forEachEntry(root / "proc", [&found](const fs::path& process) {
@@ -90,15 +75,13 @@ std::vector<std::string> meddlingPrograms(const fs::path& root) {
 }  // namespace
 
 SystemDiagnosis surveySystem(const fs::path& root) {
-  const auto rules = rulesFile(root);
+  const auto rules = device::findRulesFile(root);
   const auto midi = root / "dev/snd/seq";
   std::error_code error;
-  // A link to /dev/null turns rules off just as an empty file does.
-  const bool isOff = !rules.empty() && (!fs::is_regular_file(rules, error) || fs::is_empty(rules, error));
   return {.system = systemName(root),
           .isRoot = geteuid() == 0,
-          .rulesFile = rules,
-          .rulesAreOff = isOff,
+          .rulesFile = rules.path,
+          .rulesAreOff = rules.isOff,
           .udevdRuns = fs::exists(root / "run/udev/control", error),
           .interferingPrograms = meddlingPrograms(root),
           .midiNode = midi,

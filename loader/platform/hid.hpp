@@ -43,6 +43,8 @@ struct hid_calls {
   /// Sends the bytes as an output report with report ID 0; the ID is not among the bytes. May block.
   hid_delivery (*set_output_report)(void* context, hid_device* device, const std::uint8_t* bytes,
                                     std::size_t length) = nullptr;
+  /// The path of the node whose open was not permitted last; empty before the first. Optional.
+  const char* (*refused_node)(void* context) = nullptr;
 };
 
 /// Installs the platform. To be called before anything else of the loader, and never while a load runs.

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "tests/ui/UiBench.hpp"
+#include "ui/EmptyTable.hpp"
 
 namespace karvex::ui {
 namespace {
@@ -37,7 +38,7 @@ TEST(RowOfTest, EachStatusHasItsWordsAndItsTone) {
     const auto row = rowOf(device);
     EXPECT_EQ(row.statusTone, expected.tone);
     EXPECT_EQ(row.statusText, expected.text);
-    EXPECT_EQ(row.showsProgress, device.status == 5);
+    EXPECT_EQ(row.isProgramming, device.status == 5);
     ++device.status;
   }
   EXPECT_EQ(rowOf(device).statusText, "") << "a number that is no status";
@@ -73,6 +74,31 @@ TEST(RowOfTest, TheOtherCells) {
   EXPECT_EQ(rowOf(device).device, "-3 - ");
 }
 
+TEST(EmptyTableTest, SaysWhyThereIsNoRow) {
+  using enum upgrade::ListRequest::State;
+  const struct {
+    EmptyTable table;
+    const char* text;
+  } cases[] = {
+      {{}, ""},
+      {{.request = {unreachable, "no route"}, .listed = 2},
+       "The service could not be reached: no route. Check your internet connection, then refresh the list."},
+      {{.request = {unreadable}, .listed = 2},
+       "The service answered, but not with a list of devices. Refresh the list; if that doesn't help, notify "
+       "your dealer."},
+      {{.request = {answered}, .listed = 2},
+       "No board was seen on the USB bus. Connect your equipment and power it up, then refresh the list."},
+      {{.request = {answered}, .listed = 2, .seenOnTheBus = 1},
+       "1 board was seen on the USB bus, but the service has no firmware for it. Notify your dealer."},
+      {{.request = {answered}, .listed = 2, .seenOnTheBus = 3},
+       "3 boards were seen on the USB bus, but the service has no firmware for any of them. Notify your "
+       "dealer."},
+  };
+  for (const auto& example : cases) {
+    EXPECT_EQ(textOf(example.table), example.text);
+  }
+}
+
 class ObservationTest : public UiBench {};
 
 /// A front that is told of a change must find it, and must be told of every one.
@@ -87,8 +113,16 @@ TEST_F(ObservationTest, EveryChangeOfASnapshotIsTold) {
     std::function<void()> make;
     std::function<bool(const Snapshot&)> shows;
   } changes[] = {
+      {"request", [&] { table.deviceManager.listRequest.set({upgrade::ListRequest::State::underWay}); },
+       [](const auto& now) { return now.emptyText.starts_with("Asking"); }},
+      {"its end", [&] { table.deviceManager.listRequest.set({upgrade::ListRequest::State::answered}); },
+       [](const auto& now) { return now.emptyText == "The service lists no device."; }},
+      {"a board in its bootloader", [&] { table.deviceManager.errorCode.set(upgrade::halfkayDevicePresent); },
+       [](const auto& now) { return now.emptyText.starts_with("A board is in programming mode"); }},
+      {"a stop", [&] { table.stopNotice.set("it stopped"); },
+       [](const auto& now) { return now.stopNotice == "it stopped"; }},
       {"rows", [&] { table.deviceManager.managedDevices.set({device}); },
-       [](const auto& now) { return now.rows.size() == 1; }},
+       [](const auto& now) { return now.rows.size() == 1 && now.emptyText.empty(); }},
       {"selection", [&] { table.selectedDeviceId.set(device.id); },
        [&](const auto& now) { return now.selected == device.id; }},
       {"upload button", [&] { view.loadingViewModel.isUploadButtonDisabled.set(false); },

@@ -18,6 +18,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::Contains;
 using testing::Each;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
@@ -129,7 +130,13 @@ TEST(RunTest, ABootloaderThatMayNotBeOpenedIsToldOfInTheLogAndANotice) {
   fixture.upgradeFrom(0);
   EXPECT_EQ(fixture.alert(), std::nullopt);
   EXPECT_THAT(fixture.logged, Contains("> KARVEX : Upload failed => reason Error - Permission denied"));
-  EXPECT_EQ(fixture.view->stopNotice.get(), noticeOf(SilentStop::permissionDenied, fixture.serialAt(0)));
+  using enum device::RulesState;
+  const auto noticeWith = [&](device::RulesState rules) {
+    return noticeOf(SilentStop::permissionDenied, fixture.serialAt(0), {.rules = rules});
+  };
+  EXPECT_EQ(fixture.view->stopNotice.get(), noticeWith(missing));
+  EXPECT_THAT(noticeWith(missing), HasSubstr("The udev rules are missing (60-karvex.rules): install them"));
+  EXPECT_THAT(noticeWith(there), Not(HasSubstr("60-karvex.rules")));
   EXPECT_TRUE(fixture.controlsAreFree());
 }
 

@@ -62,7 +62,8 @@ Platform UpgradeFixture::platform() {
           whole.serialInterfaces,
           terminals,
           whole.midiService,
-          service::ServiceAddress::at(address)};
+          service::ServiceAddress::at(address),
+          [] { return device::RulesState::missing; }};
 }
 
 std::shared_ptr<midikit::io::ObservableMIDIManager> UpgradeFixture::startedManager() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "ui/LineText.hpp"
 #include "ui/console/Screen.hpp"
 #include "ui/console/StyledText.hpp"
 
@@ -17,15 +18,15 @@ bool isSameList(const Snapshot& before, const Snapshot& after) {
 }
 
 std::string nameOf(const DeviceRow& row) {
-  return printable(fmt::format("{} {}", row.serialNumber, row.device));
+  return lineOf(fmt::format("{} {}", row.serialNumber, row.device));
 }
 
 void addRowChanges(Lines& lines, const DeviceRow& before, const DeviceRow& after) {
   if (before.status != after.status) {
-    lines.push_back(fmt::format("{}: {}", nameOf(after), printable(after.statusText)));
+    lines.push_back(fmt::format("{}: {}", nameOf(after), lineOf(after.statusText)));
   }
   if (before.currentVersion != after.currentVersion) {
-    lines.push_back(printable(
+    lines.push_back(lineOf(
         fmt::format("{}: carries {} {} now", nameOf(after), after.firmwareName, after.currentVersion)));
   }
   if (before.onlineMark != after.onlineMark) {
@@ -41,6 +42,12 @@ void addListChanges(Lines& lines, const Snapshot& before, const Snapshot& after)
     }
   } else if (!after.rows.empty()) {  // A list is emptied before it is filled; only the result is news.
     std::ranges::copy(tableText(after), std::back_inserter(lines));
+  }
+}
+
+void addEmptyText(Lines& lines, const Snapshot& before, const Snapshot& after) {
+  if (before.emptyText != after.emptyText && !after.emptyText.empty() && !after.isAsking) {
+    lines.push_back(lineOf(after.emptyText));
   }
 }
 
@@ -69,7 +76,7 @@ void addAlertChange(Lines& lines, const Snapshot& before, const Snapshot& after)
   std::string_view message = after.alert->message;
   while (!message.empty()) {
     const auto end = std::min(message.find('\n'), message.size());
-    lines.push_back("  " + printable(message.substr(0, end)));
+    lines.push_back("  " + lineOf(message.substr(0, end)));
     message.remove_prefix(std::min(end + 1, message.size()));
   }
 }
@@ -79,10 +86,11 @@ void addAlertChange(Lines& lines, const Snapshot& before, const Snapshot& after)
 std::vector<std::string> changesBetween(const Snapshot& before, const Snapshot& after) {
   Lines lines;
   addListChanges(lines, before, after);
+  addEmptyText(lines, before, after);
   addSelectionChange(lines, before, after);
   addAlertChange(lines, before, after);
   if (before.stopNotice != after.stopNotice && !after.stopNotice.empty()) {
-    lines.push_back("! " + printable(after.stopNotice));
+    lines.push_back("! " + lineOf(after.stopNotice));
   }
   return lines;
 }

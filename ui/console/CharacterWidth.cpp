@@ -27,14 +27,4 @@ std::size_t widthOf(char32_t character) {
   return width < 0 ? 1 : static_cast<std::size_t>(width);
 }
 
-bool isUnsafeInLine(char32_t character) {
-  const bool isControl = character < 0x20 || (character >= 0x7F && character < 0xA0);  // ECMA-48: C0, DEL, C1
-  const bool isLineEnd = character == 0x2028 || character == 0x2029;
-  // Unicode's Bidi_Control (UAX #9).
-  const bool turnsDirection = character == 0x061C || character == 0x200E || character == 0x200F ||
-                              (character >= 0x202A && character <= 0x202E) ||
-                              (character >= 0x2066 && character <= 0x2069);
-  return isControl || isLineEnd || turnsDirection;
-}
-
 }  // namespace karvex::ui::console

@@ -9,8 +9,4 @@ namespace karvex::ui::console {
 /// don't know: a terminal that knows more draws such a character wider. Any thread.
 std::size_t widthOf(char32_t character);
 
-/// What can't stand in a line as a character by itself: it steers the terminal, ends the line or turns the
-/// direction of reading.
-bool isUnsafeInLine(char32_t character);
-
 }  // namespace karvex::ui::console

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ui/LineText.hpp"
 #include "ui/Texts.hpp"
 #include "ui/console/TableLayout.hpp"
 
@@ -32,7 +33,7 @@ StyledLine plainLine(std::string text, bool isBold = false) {
 
 void addWrapped(Page& page, std::string_view text, std::string_view indent, std::size_t columns) {
   const auto room = columns > indent.size() ? columns - indent.size() : 1;
-  for (const auto& line : wrapped(printable(text), room)) {
+  for (const auto& line : wrapped(lineOf(text), room)) {
     page.push_back(plainLine(std::string(indent) + line));
   }
 }
@@ -62,12 +63,12 @@ Page rowLines(const Snapshot& snapshot, const TableLayout& layout, const upgrade
   for (const auto& row : snapshot.rows) {
     const bool isSelected = snapshot.selected == row.id;
     lines.push_back(layout.rowLine(row, isSelected));
-    if (isSelected && snapshot.isRunning && row.showsProgress) {
+    if (showsBar(snapshot, row)) {
       addBar(lines, progress, columns);
     }
   }
   if (lines.empty()) {
-    lines.push_back(plainLine("  (no device)"));
+    addWrapped(lines, snapshot.emptyText, "  ", columns);
   }
   return lines;
 }
@@ -149,7 +150,7 @@ Page tailLines(const Snapshot& snapshot, std::size_t columns) {
     addItems(lines, keysOf(snapshot), "", columns);
   }
   if (!snapshot.stopNotice.empty()) {
-    for (const auto& line : wrapped(printable("! " + snapshot.stopNotice), columns)) {
+    for (const auto& line : wrapped(lineOf("! " + snapshot.stopNotice), columns)) {
       lines.push_back({{{line, Tone::red, true}}});
     }
   }

@@ -3,37 +3,11 @@
 #include <algorithm>
 #include <array>
 
-#include "foundation/Utf8.hpp"
+#include "ui/LineText.hpp"
 #include "ui/console/CharacterWidth.hpp"
 
 namespace karvex::ui::console {
 namespace {
-
-constexpr std::string_view replacement = "\xEF\xBF\xBD";  // U+FFFD
-
-/// The length in bytes that a character with this first byte has.
-std::size_t lengthBehind(unsigned char first) {
-  if (first < 0x80) {
-    return 1;
-  }
-  return first < 0xE0 ? 2 : (first < 0xF0 ? 3 : 4);
-}
-
-/// The bytes of the first character; of text that is no UTF-8, what its first byte claims, as far as it is
-/// there.
-std::string_view firstCharacter(std::string_view text) {
-  return text.substr(0, lengthBehind(static_cast<unsigned char>(text.front())));
-}
-
-/// The character that its bytes, which are UTF-8, stand for.
-char32_t characterIn(std::string_view bytes) {
-  constexpr std::array<unsigned, 5> bitsOfFirst{0, 0x7F, 0x1F, 0x0F, 0x07};
-  char32_t character = static_cast<unsigned char>(bytes.front()) & bitsOfFirst.at(bytes.size());
-  for (const char byte : bytes.substr(1)) {
-    character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
-  }
-  return character;
-}
 
 /// The longest beginning that takes no more columns; half a wide character doesn't fit.
 std::string_view beginningOf(std::string_view utf8, std::size_t columns) {
@@ -78,21 +52,6 @@ std::string StyledLine::plainText() const {
     text += span.text;
   }
   return text;
-}
-
-std::string printable(std::string_view text) {
-  std::string result;
-  while (!text.empty()) {
-    const auto bytes = firstCharacter(text);
-    if (!foundation::isUtf8(bytes)) {
-      result += replacement;
-      text.remove_prefix(1);
-      continue;
-    }
-    result += isUnsafeInLine(characterIn(bytes)) ? replacement : bytes;
-    text.remove_prefix(bytes.size());
-  }
-  return result;
 }
 
 std::size_t columnsOf(std::string_view utf8) {

@@ -25,10 +25,6 @@ struct StyledLine {
   std::string plainText() const;
 };
 
-/// The text with every control character replaced, and with those that turn the direction of reading: what a
-/// device or the service is called must not steer the terminal. Bytes that are no UTF-8 are replaced too.
-std::string printable(std::string_view text);
-
 /// How many columns the text takes.
 std::size_t columnsOf(std::string_view utf8);
 

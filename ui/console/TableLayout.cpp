@@ -1,4 +1,5 @@
 #include "ui/console/TableLayout.hpp"
+#include "ui/LineText.hpp"
 
 #include <algorithm>
 #include <numeric>
@@ -31,8 +32,8 @@ constexpr std::array<std::string_view, texts::columnTitles.size()> shortTitles{"
                                                                                "Now",    "New",    "Status"};
 
 std::array<std::string, texts::columnTitles.size()> cellsOf(const DeviceRow& row) {
-  return {printable(row.device),         printable(row.serialNumber),  printable(row.firmwareName),
-          printable(row.currentVersion), printable(row.targetVersion), printable(row.statusText)};
+  return {lineOf(row.device),         lineOf(row.serialNumber),  lineOf(row.firmwareName),
+          lineOf(row.currentVersion), lineOf(row.targetVersion), lineOf(row.statusText)};
 }
 
 /// A title's words stand below each other where the table is too narrow for one line.

@@ -49,7 +49,7 @@ std::string drawingOf(const std::vector<StyledLine>& page, Colours colours) {
 constexpr std::string_view clearAll = "\x1b[2J";
 
 bool showsMovingBar(const Snapshot& snapshot) {
-  return snapshot.isRunning && std::ranges::any_of(snapshot.rows, &DeviceRow::showsProgress);
+  return std::ranges::any_of(snapshot.rows, [&snapshot](const auto& row) { return showsBar(snapshot, row); });
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <algorithm>
 
 #include "ui/Texts.hpp"
 #include "ui/qt/SymbolIcon.hpp"
@@ -16,6 +17,7 @@ constexpr int iconSize = 20;
 /// Between a symbol and the text beside it, more than the style's own.
 constexpr int symbolGap = 8;
 constexpr int buttonHeight = 36;
+constexpr int besideContent = 14;
 
 /// The instruction as rich text, with the words that stand out in bold.
 QString instructionText() {
@@ -33,11 +35,22 @@ QLabel* makeInstruction(QWidget* parent) {
   return label;
 }
 
+/// As high as the others, and wider than its content, in whatever font.
+class RoomyButton final : public QPushButton {
+ public:
+  using QPushButton::QPushButton;
+
+  QSize sizeHint() const override {
+    const auto content = QPushButton::sizeHint();
+    const auto height = std::max(buttonHeight, content.height());
+    return {std::max(content.width() + besideContent, height + besideContent), height};
+  }
+  QSize minimumSizeHint() const override { return sizeHint(); }
+};
+
 QPushButton* makeButton(Symbol symbol, std::string_view help, const QKeySequence& shortcut, QWidget* parent) {
-  auto* button = new QPushButton(symbolIcon(symbol), QString(), parent);
+  auto* button = new RoomyButton(symbolIcon(symbol), QString(), parent);
   button->setIconSize({iconSize, iconSize});
-  button->setFixedHeight(buttonHeight);
-  button->setMinimumWidth(buttonHeight + leadingPadding / 2);
   button->setToolTip(qtText(help));
   button->setAccessibleName(qtText(help));
   button->setAccessibleDescription(qtText(help));
@@ -58,7 +71,6 @@ ActionRow::ActionRow(UserActions& actions, QWidget* parent)
   upload_->setText(qtText(texts::uploadButton));
   upload_->setIconSize({iconSize + symbolGap, iconSize});  // The symbol keeps its shape in the middle of it.
   upload_->setShortcut(shortcut);                          // A new text takes the shortcut away.
-  upload_->setMinimumWidth(upload_->sizeHint().width() + leadingPadding);
   upload_->setAccessibleName(qtText(texts::uploadButton));
   upload_->setObjectName(QStringLiteral("upload"));
   refresh_->setObjectName(QStringLiteral("refresh"));

@@ -1,16 +1,18 @@
 #include "ui/qt/AlertBox.hpp"
 
 #include <QAccessible>
+#include <QClipboard>
 #include <QGridLayout>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
-#include <algorithm>
+#include <QShortcut>
 
 #include "ui/Texts.hpp"
 #include "ui/qt/Shades.hpp"
 #include "ui/qt/SymbolIcon.hpp"
 #include "ui/qt/Text.hpp"
+#include "ui/qt/WrappedLabel.hpp"
 
 namespace karvex::ui::qt {
 namespace {
@@ -21,33 +23,17 @@ constexpr int iconSize = 40;
 constexpr int okWidth = 84;
 
 /// What failed may have the name of a foreign device in it; the program's own words stay as they are.
-QLabel* makeText(const std::string& text, const char* name, QWidget* parent) {
-  auto* label = new QLabel(linesText(text), parent);
+QLabel* makeText(const std::string& text, const char* name, const QFont& font, QWidget* parent) {
+  auto* label = wrappedLabel(linesText(text), font, parent);
   label->setObjectName(QLatin1String(name));
-  label->setTextFormat(Qt::PlainText);
   label->setTextInteractionFlags(Qt::TextSelectableByMouse);  // What failed is worth a copy.
   return label;
 }
 
 QLabel* makeTitle(const AlertText& alert, QWidget* parent) {
-  auto* title = makeText(alert.title, "title", parent);
-  auto bold = title->font();
+  auto bold = parent->font();
   bold.setBold(true);
-  title->setFont(bold);
-  return title;
-}
-
-/// The message has line ends of its own. A line is broken further only where the screen is narrower than it
-/// is.
-QLabel* makeMessage(const AlertText& alert, QWidget* parent) {
-  constexpr int beside = 160;  // The icon, the paddings and the window's frame.
-  auto* message = makeText(alert.message, "message", parent);
-  const auto room = parent->screen()->availableGeometry().width() - beside;
-  if (message->sizeHint().width() > room) {
-    message->setWordWrap(true);
-    message->setMinimumWidth(room);
-  }
-  return message;
+  return makeText(alert.title, "title", bold, parent);
 }
 
 QLabel* makeIcon(const AlertText& alert, QWidget* parent) {
@@ -74,11 +60,12 @@ QPushButton* makeOkButton(QWidget* parent) {
 AlertBox::AlertBox(const AlertText& alert, UserActions& actions, QWidget* window)
     : QDialog(window), alert_(alert), actions_(actions) {
   setWindowModality(Qt::WindowModal);
-  setWindowTitle(qtText(alert.title));
+  setWindowTitle(window->window()->windowTitle());  // The alert's own title is in the dialog.
   setAccessibleName(qtText(alert.title));
   setAccessibleDescription(linesText(alert.message));
   auto* ok = makeOkButton(this);
   connect(ok, &QPushButton::clicked, this, &AlertBox::accept);
+  connect(new QShortcut(QKeySequence::Copy, this), &QShortcut::activated, this, &AlertBox::copyText);
 
   auto* layout = new QGridLayout(this);
   layout->setContentsMargins(padding, padding, padding, padding);
@@ -86,7 +73,7 @@ AlertBox::AlertBox(const AlertText& alert, UserActions& actions, QWidget* window
   layout->setVerticalSpacing(spacing);
   layout->addWidget(makeIcon(alert, this), 0, 0, 2, 1, Qt::AlignTop);
   layout->addWidget(makeTitle(alert, this), 0, 1);
-  layout->addWidget(makeMessage(alert, this), 1, 1);
+  layout->addWidget(makeText(alert.message, "message", font(), this), 1, 1);
   layout->addWidget(ok, 2, 0, 1, 2, Qt::AlignRight);
   layout->setSizeConstraint(QLayout::SetFixedSize);
   ok->setFocus();
@@ -96,6 +83,11 @@ void AlertBox::showEvent(QShowEvent* event) {
   QDialog::showEvent(event);
   QAccessibleEvent spoken(this, QAccessible::Alert);
   QAccessible::updateAccessibility(&spoken);
+}
+
+void AlertBox::copyText() {
+  QGuiApplication::clipboard()->setText(qtText(alert_.title) + QStringLiteral("\n\n") +
+                                        linesText(alert_.message));
 }
 
 void AlertBox::done(int) {

@@ -9,7 +9,8 @@ namespace karvex::ui::qt {
 
 /// The dialog of an alert, over the window. Its OK, also by Enter or Escape, is handed on, and the dialog
 /// stays until the snapshot has no alert any more: the window shows the state that there is, not the one that
-/// is to come. (A QMessageBox is gone as soon as it is answered.)
+/// is to come. (A QMessageBox is gone as soon as it is answered.) The copy key takes the title and the
+/// message.
 class AlertBox final : public QDialog {
   Q_OBJECT
 
@@ -28,6 +29,8 @@ class AlertBox final : public QDialog {
   void showEvent(QShowEvent* event) override;
 
  private:
+  void copyText();
+
   AlertText alert_;
   UserActions& actions_;
 };

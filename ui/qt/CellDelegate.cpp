@@ -17,7 +17,7 @@ constexpr qreal barHeight = 4;
 constexpr qreal barBottom = 5;
 constexpr qreal ringWidth = 3;
 /// What a long text asks for; it gets more where the column is wider.
-constexpr int mostTextWidth = 190;
+constexpr int mostCharactersAsked = 27;
 
 /// A disc for a device that is there and a ring for one that isn't, so that the colour doesn't carry it
 /// alone.
@@ -35,17 +35,34 @@ void paintMark(QPainter& painter, const QRectF& square, Tone tone, const QColor&
   }
 }
 
-void paintBar(QPainter& painter, const QRectF& groove, double share, const QColor& ground,
+/// `piece` are the ends of what is filled, from 0 to 1.
+void paintBar(QPainter& painter, const QRectF& groove, const QPointF& piece, const QColor& ground,
               const QPalette& palette) {
   painter.setPen(Qt::NoPen);
   painter.setBrush(mix(ground, palette.color(QPalette::Text), 0.22));
   painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
-  auto filled = groove;
-  filled.setWidth(groove.width() * share);
+  const QRectF filled(groove.left() + groove.width() * piece.x(), groove.top(),
+                      groove.width() * (piece.y() - piece.x()), groove.height());
   painter.setClipRect(filled);
   painter.setBrush(palette.color(QPalette::Active, QPalette::Highlight));
   painter.drawRoundedRect(groove, barHeight / 2, barHeight / 2);
   painter.setClipping(false);
+}
+
+/// The status column is as wide as it is: where the font is too large for its words, they are written
+/// smaller.
+QFont fittingFont(QFont font, const QString& text, const QRectF& room) {
+  constexpr qreal step = 0.5;
+  constexpr qreal least = 7;  // Points.
+  const auto fits = [&] {
+    const auto needed =
+        QFontMetricsF(font).boundingRect(room, Qt::AlignCenter | Qt::TextWordWrap, text).size();
+    return needed.width() <= room.width() && needed.height() <= room.height();
+  };
+  while (font.pointSizeF() > least && !fits()) {
+    font.setPointSizeF(font.pointSizeF() - step);
+  }
+  return font;
 }
 
 }  // namespace
@@ -87,8 +104,9 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
 QSize CellDelegate::sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const {
   auto cell = option;
   initStyleOption(&cell, index);
-  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), mostTextWidth) +
-              leftPaddingOf(index.column()) + cellPadding + 1,
+  const auto most = mostCharactersAsked * cell.fontMetrics.averageCharWidth();
+  return {std::min(cell.fontMetrics.horizontalAdvance(cell.text), most) + leftPaddingOf(index.column()) +
+              cellPadding + 1,
           cell.fontMetrics.height()};
 }
 
@@ -97,7 +115,7 @@ void StatusDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option
   auto cell = option;
   initStyleOption(&cell, index);
   const auto ground = groundOf(option);
-  const auto progress = index.data(DeviceTableModel::progressRole);
+  const auto bar = index.data(DeviceTableModel::barRole);
   const QRectF area = cell.rect;
   const QRectF mark(area.left(), area.center().y() - markSize / 2.0, markSize, markSize);
   const QRectF text(area.left() + statusTextLeft, area.top(), statusTextWidth, area.height());
@@ -106,12 +124,12 @@ void StatusDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option
   painter->setRenderHint(QPainter::Antialiasing);
   painter->fillRect(area, ground);
   paintMark(*painter, mark, static_cast<Tone>(index.data(DeviceTableModel::markRole).toInt()), ground);
-  if (progress.isValid()) {
+  if (bar.isValid()) {
     const QRectF groove(text.center().x() - barWidth / 2, text.bottom() - barBottom - barHeight, barWidth,
                         barHeight);
-    paintBar(*painter, groove, progress.toDouble(), ground, option.palette);
+    paintBar(*painter, groove, bar.toPointF(), ground, option.palette);
   }
-  painter->setFont(cell.font);
+  painter->setFont(fittingFont(cell.font, cell.text, text));
   painter->setPen(textColourOf(option, index));
   painter->drawText(text, Qt::AlignCenter | Qt::TextWordWrap, cell.text);
   painter->restore();

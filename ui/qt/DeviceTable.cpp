@@ -4,14 +4,17 @@
 #include <QHeaderView>
 #include <QPainter>
 #include <algorithm>
+#include <array>
 #include <utility>
-#include <vector>
 
 #include "ui/qt/CellDelegate.hpp"
+#include "ui/qt/ColumnShares.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
 #include "ui/qt/RoundedFrame.hpp"
+#include "ui/qt/Shades.hpp"
 #include "ui/qt/ShownSelection.hpp"
 #include "ui/qt/TableHeader.hpp"
+#include "ui/qt/Text.hpp"
 
 namespace karvex::ui::qt {
 namespace {
@@ -64,7 +67,7 @@ DeviceTable::DeviceTable(std::function<void(std::optional<foundation::Uuid>)> se
   setItemDelegate(new CellDelegate(this));
   setItemDelegateForColumn(statusColumn, new StatusDelegate(this));
   setAccessibleName(tr("Devices"));
-  setAccessibleDescription(tr("The devices that can be upgraded. Choose one with the arrow keys."));
+  describe();
   layOutColumns();
   setRowHeight();
 }
@@ -79,22 +82,20 @@ void DeviceTable::layOutColumns() {
   addScrollBarWidget(new ScrollBarEnd(nullptr, this), Qt::AlignBottom);
 }
 
-/// Each column gets what it asks for, and the first one the rest. Where the width is short, the widest give
-/// way.
 void DeviceTable::shareWidth() {
-  auto room = std::max(0, viewport()->width() - statusColumnWidth);
-  std::vector<std::pair<int, int>> wishes;  // The width, and the column.
-  for (int column = 0; column < statusColumn; ++column) {
-    const auto wish = std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column));
-    wishes.emplace_back(column == 0 ? std::max(room, wish) : wish, column);
+  auto& titles = static_cast<TableHeader&>(*horizontalHeader());
+  std::array<ColumnWish, sharingColumns> wishes;
+  for (int column = 0; auto& wish : wishes) {
+    wish = {.content = std::max(sizeHintForColumn(column), titles.leastWidthOf(column)),
+            .title = titles.sectionSizeHint(column)};
+    ++column;
   }
-  // The narrowest are served first, and none gets more than an equal share of what is left; the first column
-  // comes last, as what it asks for grows with the room.
-  std::ranges::sort(wishes);
-  for (auto left = static_cast<int>(wishes.size()); const auto& [wish, column] : wishes) {
-    const auto width = std::min(wish, room / left--);
-    horizontalHeader()->resizeSection(column, width);
-    room -= width;
+  const auto room = std::max(0, viewport()->width() - statusColumnWidth);
+  for (int column = 0; const auto width : shareOut(room, wishes)) {
+    titles.resizeSection(column++, width);
+  }
+  if (titles.height() != titles.sizeHint().height()) {  // They take another line, or one less.
+    scheduleDelayedItemsLayout();
   }
 }
 
@@ -106,8 +107,9 @@ void DeviceTable::setRowHeight() {
 
 void DeviceTable::draw(const Snapshot& snapshot) {
   const auto wasSelected = selection_->currentIndex();
-  model_->setRows(snapshot.rows);
+  model_->draw(snapshot);
   shareWidth();
+  drawEmptyText(lineText(snapshot.emptyText));
   const auto selected = model_->indexOf(snapshot.selected);
   selection_->showSelected(selected);
   if (selected.isValid() && selected != wasSelected) {
@@ -115,18 +117,49 @@ void DeviceTable::draw(const Snapshot& snapshot) {
   }
 }
 
+void DeviceTable::drawEmptyText(const QString& text) {
+  if (text != emptyText_) {
+    emptyText_ = text;
+    describe();
+    viewport()->update();
+  }
+}
+
+void DeviceTable::describe() {
+  setAccessibleDescription(emptyText_.isEmpty()
+                               ? tr("The devices that can be upgraded. Choose one with the arrow keys.")
+                               : emptyText_);
+}
+
+void DeviceTable::paintEvent(QPaintEvent* event) {
+  QTableView::paintEvent(event);
+  if (!emptyText_.isEmpty()) {
+    QPainter painter(viewport());
+    painter.setPen(shadeOf(Tone::gray, palette().color(QPalette::Base)));
+    painter.drawText(viewport()->rect().adjusted(tableRadius, 0, -tableRadius, 0),
+                     Qt::AlignCenter | Qt::TextWordWrap, emptyText_);
+  }
+}
+
 void DeviceTable::drawProgress(const upgrade::LoadProgress& progress) {
   model_->setProgress(progress);
 }
 
-bool DeviceTable::showsProgress() const {
-  return model_->showsProgress();
+bool DeviceTable::hasBar() const {
+  return model_->hasBar();
 }
 
-/// Home and End go to the ends of the list, not of the row.
+/// Home and End go to the ends of the list, not of the row, also if no row is current.
 QModelIndex DeviceTable::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
-  const bool isToTheEnd = action == MoveHome || action == MoveEnd;
-  return QTableView::moveCursor(action, isToTheEnd ? modifiers | Qt::ControlModifier : modifiers);
+  const auto column = std::max(0, currentIndex().column());
+  switch (action) {
+    case MoveHome:
+      return model_->index(0, column);
+    case MoveEnd:
+      return model_->index(model_->rowCount({}) - 1, column);
+    default:
+      return QTableView::moveCursor(action, modifiers);
+  }
 }
 
 void DeviceTable::changeEvent(QEvent* event) {

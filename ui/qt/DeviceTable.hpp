@@ -12,7 +12,7 @@ namespace karvex::ui::qt {
 class DeviceTableModel;
 class ShownSelection;
 
-/// The table of devices. One row at most is selected: that of the snapshot.
+/// The table of devices. One row at most is selected: that of the snapshot. Without a row, its body says why.
 class DeviceTable final : public QTableView {
   Q_OBJECT
 
@@ -22,21 +22,25 @@ class DeviceTable final : public QTableView {
 
   void draw(const Snapshot& snapshot);
   void drawProgress(const upgrade::LoadProgress& progress);
-  /// A device is being programmed, so its progress is worth drawing.
-  bool showsProgress() const;
+  /// A row has the bar of a load, which is to be drawn anew as it moves.
+  bool hasBar() const;
 
  protected:
   QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   void changeEvent(QEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
 
  private:
+  void drawEmptyText(const QString& text);
+  void describe();
   void layOutColumns();
   void shareWidth();
   void setRowHeight();
 
   DeviceTableModel* model_;
   ShownSelection* selection_;
+  QString emptyText_;
 };
 
 }  // namespace karvex::ui::qt

@@ -1,8 +1,10 @@
 #include "ui/qt/DeviceTableModel.hpp"
 
 #include <QFontDatabase>
+#include <QPointF>
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 
 #include "ui/Texts.hpp"
 #include "ui/qt/Text.hpp"
@@ -49,17 +51,47 @@ QVariant toneIn(const DeviceRow& row, Column column) {
   }
 }
 
-double shareOf(const upgrade::LoadProgress& progress) {
-  return progress.isKnown() ? std::min(1.0, static_cast<double>(progress.blocksSent) / progress.blocksToSend)
-                            : 0.0;
+/// A face alone, so that its size is the table's.
+QFont monospaced() {
+  QFont font;
+  font.setFamilies({QFontDatabase::systemFont(QFontDatabase::FixedFont).family()});
+  font.setStyleHint(QFont::Monospace);
+  return font;
+}
+
+/// From one end of the bar to the other and back.
+QPointF wanderingPiece(int step) {
+  constexpr double length = 0.3;
+  constexpr int stepsOneWay = 12;
+  const auto place = stepsOneWay - std::abs(step % (2 * stepsOneWay) - stepsOneWay);
+  const auto start = (1 - length) * place / stepsOneWay;
+  return {start, start + length};
+}
+
+std::optional<int> placeOfBar(const Snapshot& snapshot) {
+  const auto row =
+      std::ranges::find_if(snapshot.rows, [&snapshot](const auto& one) { return showsBar(snapshot, one); });
+  return row == snapshot.rows.end() ? std::nullopt
+                                    : std::optional(static_cast<int>(row - snapshot.rows.begin()));
 }
 
 }  // namespace
+
+void DeviceTableModel::draw(const Snapshot& snapshot) {
+  setRows(snapshot.rows);
+  const auto place = placeOfBar(snapshot);
+  if (place != rowWithBar_) {
+    tellOfBar();
+    rowWithBar_ = place;
+    tellOfBar();
+  }
+}
 
 void DeviceTableModel::setRows(const std::vector<DeviceRow>& rows) {
   if (!std::ranges::equal(rows_, rows, {}, &DeviceRow::id, &DeviceRow::id)) {
     beginResetModel();
     rows_ = rows;
+    rowWithBar_.reset();
     endResetModel();
     return;
   }
@@ -73,20 +105,29 @@ void DeviceTableModel::setRows(const std::vector<DeviceRow>& rows) {
 }
 
 void DeviceTableModel::setProgress(const upgrade::LoadProgress& progress) {
-  if (progress.blocksSent == progress_.blocksSent && progress.blocksToSend == progress_.blocksToSend) {
+  if (progress == progress_ && progress.isKnown()) {
     return;
   }
   progress_ = progress;
-  for (std::size_t place = 0; place < rows_.size(); ++place) {
-    if (rows_[place].showsProgress) {
-      const auto cell = index(static_cast<int>(place), static_cast<int>(Column::status));
-      emit dataChanged(cell, cell, {progressRole, Qt::AccessibleDescriptionRole});
-    }
+  ++step_;
+  tellOfBar();
+}
+
+void DeviceTableModel::tellOfBar() {
+  if (rowWithBar_) {
+    const auto cell = index(*rowWithBar_, static_cast<int>(Column::status));
+    emit dataChanged(cell, cell, {barRole, Qt::AccessibleDescriptionRole});
   }
 }
 
-bool DeviceTableModel::showsProgress() const {
-  return std::ranges::any_of(rows_, &DeviceRow::showsProgress);
+QVariant DeviceTableModel::barIn(const QModelIndex& index) const {
+  if (index.row() != rowWithBar_ || columnOf(index.column()) != Column::status) {
+    return {};
+  }
+  if (!progress_.isKnown()) {
+    return wanderingPiece(step_);
+  }
+  return QPointF(0, std::min(1.0, static_cast<double>(progress_.blocksSent) / progress_.blocksToSend));
 }
 
 QModelIndex DeviceTableModel::indexOf(const std::optional<foundation::Uuid>& device) const {
@@ -124,28 +165,29 @@ QVariant DeviceTableModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
       return lineText(textOf(row, column));
     case Qt::AccessibleDescriptionRole:
-      return descriptionOf(row, column);
+      return descriptionOf(index);
     case Qt::ToolTipRole: {
-      const auto more = descriptionOf(row, column);
+      const auto more = descriptionOf(index);
       const auto text = lineText(textOf(row, column));
       return plainToolTip(more.isEmpty() ? text : text + QStringLiteral(" (") + more + QStringLiteral(")"));
     }
     case Qt::FontRole:
-      return column == Column::serialNumber ? QFontDatabase::systemFont(QFontDatabase::FixedFont)
-                                            : QVariant();
+      return column == Column::serialNumber ? monospaced() : QVariant();
     case toneRole:
       return toneIn(row, column);
     case markRole:
       return column == Column::status ? valueOf(row.onlineMark) : QVariant();
-    case progressRole:
-      return column == Column::status && row.showsProgress ? QVariant(shareOf(progress_)) : QVariant();
+    case barRole:
+      return barIn(index);
     default:
       return {};
   }
 }
 
 /// In words what a cell says with a colour or a bar.
-QString DeviceTableModel::descriptionOf(const DeviceRow& row, Column column) const {
+QString DeviceTableModel::descriptionOf(const QModelIndex& index) const {
+  const auto& row = *rowAt(index);
+  const auto column = columnOf(index.column());
   if (column == Column::currentVersion) {
     return row.currentVersionTone == Tone::green ? tr("same as the target version")
                                                  : tr("differs from the target version");
@@ -154,7 +196,7 @@ QString DeviceTableModel::descriptionOf(const DeviceRow& row, Column column) con
     return {};
   }
   auto words = row.onlineMark == Tone::green ? tr("online") : tr("offline");
-  if (row.showsProgress && progress_.isKnown()) {
+  if (index.row() == rowWithBar_ && progress_.isKnown()) {
     words += tr(", %1 of %2 blocks sent").arg(progress_.blocksSent).arg(progress_.blocksToSend);
   }
   return words;

@@ -23,14 +23,17 @@ class DeviceTableModel final : public QAbstractTableModel {
   enum Role {
     toneRole = Qt::UserRole,  ///< Tone of the text, as an int; none for text in the usual colour
     markRole,                 ///< Tone of the mark, as an int; none where there is no mark
-    progressRole,             ///< how much has been sent, from 0 to 1, while the device is being programmed
+    /// The piece of the bar that is filled, as a QPointF of its two ends, from 0 to 1; none where there is no
+    /// bar. Before the first block the piece wanders.
+    barRole,
   };
 
   /// Tells the view no more than what has changed.
-  void setRows(const std::vector<DeviceRow>& rows);
+  void draw(const Snapshot& snapshot);
+  /// To be called again and again while a row has a bar.
   void setProgress(const upgrade::LoadProgress& progress);
 
-  bool showsProgress() const;
+  bool hasBar() const { return rowWithBar_.has_value(); }
   /// An invalid index if there is no such row.
   QModelIndex indexOf(const std::optional<foundation::Uuid>& device) const;
   /// The device in that row, if there is one.
@@ -43,10 +46,15 @@ class DeviceTableModel final : public QAbstractTableModel {
 
  private:
   const DeviceRow* rowAt(const QModelIndex& index) const;
-  QString descriptionOf(const DeviceRow& row, Column column) const;
+  void setRows(const std::vector<DeviceRow>& rows);
+  void tellOfBar();
+  QVariant barIn(const QModelIndex& index) const;
+  QString descriptionOf(const QModelIndex& index) const;
 
   std::vector<DeviceRow> rows_;
+  std::optional<int> rowWithBar_;
   upgrade::LoadProgress progress_;
+  int step_ = 0;  ///< of the wandering piece
 };
 
 }  // namespace karvex::ui::qt

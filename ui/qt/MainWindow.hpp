@@ -14,7 +14,7 @@ namespace karvex::ui::qt {
 
 class ActionRow;
 class AlertBox;
-class CloseNotice;
+class NoticeStrip;
 class DeviceTable;
 class RoundedFrame;
 class SyncSheet;
@@ -47,24 +47,29 @@ class MainWindow final : public QWidget {
  protected:
   void showEvent(QShowEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+  void fitToFont();
+  void drawDialogs();
   void drawAlert();
   void dismissAlert();
   void drawSheet();
   void followWish();
+  void drawNotices();
   void drawProgress();
 
   WindowLinks links_;
   Snapshot snapshot_;
   ActionRow* row_;
-  CloseNotice* closeNotice_;
+  NoticeStrip* notices_;
   DeviceTable* table_;
   QPointer<AlertBox> alert_;
   QPointer<SyncSheet> sheet_;
   QTimer progressTimer_;
   LeavingWish wish_;
   bool hasAppeared_ = false;
+  bool isOnScreen_ = false;  ///< it has a place, so that a dialog can be over it
   bool closesForGood_ = false;
 };
 

@@ -29,14 +29,24 @@ class Corners final : public QWidget {
     outside.addRect(rect());
     const auto ground = palette().color(QPalette::Window);
     painter.fillPath(outside.subtracted(shape), ground);
-    const bool hasFocus = content_->hasFocus();
-    const auto line = hasFocus ? palette().color(QPalette::Highlight)
-                               : mix(ground, palette().color(QPalette::WindowText), 0.22);
-    painter.setPen(QPen(line, hasFocus ? 2 : 1));
-    painter.drawPath(roundedRectangle(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), tableRadius));
+    const auto width = content_->hasFocus() ? focusWidth : 1;
+    painter.setPen(QPen(lineColour(), width));
+    const auto inset = width / 2.0;
+    painter.drawPath(roundedRectangle(QRectF(rect()).adjusted(inset, inset, -inset, -inset), tableRadius));
   }
 
  private:
+  /// With the keyboard, one that stands out from what is on either side of the line.
+  QColor lineColour() const {
+    const auto outside = palette().color(QPalette::Window);
+    if (!content_->hasFocus()) {
+      return mix(outside, palette().color(QPalette::WindowText), 0.22);
+    }
+    const auto highlight = palette().color(QPalette::Active, QPalette::Highlight);
+    return withContrast(withContrast(highlight, outside, markContrast), palette().color(QPalette::Base),
+                        markContrast);
+  }
+
   QWidget* content_;
 };
 

@@ -8,6 +8,8 @@ namespace karvex::ui::qt {
 /// In points.
 inline constexpr int tablePadding = 10;
 inline constexpr int tableRadius = 45;
+/// Of the line around what has the keyboard.
+inline constexpr int focusWidth = 2;
 
 /// The rectangle with corners of that radius whose curvature has no step where they meet the edges.
 QPainterPath roundedRectangle(const QRectF& rectangle, qreal radius);

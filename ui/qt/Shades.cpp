@@ -51,9 +51,12 @@ QColor mix(const QColor& one, const QColor& other, double share) {
 }
 
 QColor shadeOf(Tone tone, const QColor& ground, double contrast) {
+  return withContrast(usualShade(tone, isDark(ground)), ground, contrast);
+}
+
+QColor withContrast(const QColor& usual, const QColor& ground, double contrast) {
   constexpr int steps = 20;
   const bool onDark = isDark(ground);
-  const auto usual = usualShade(tone, onDark);
   auto shade = usual;
   for (int step = 1; step <= steps && contrastBetween(shade, ground) < contrast; ++step) {
     shade = mix(usual, onDark ? Qt::white : Qt::black, static_cast<double>(step) / steps);

@@ -18,6 +18,9 @@ inline constexpr double markContrast = 3.0;
 /// neutrals, turns into near black on a light ground, and gray stays the one that stands back.
 QColor shadeOf(Tone tone, const QColor& ground, double contrast = textContrast);
 
+/// That colour, or as little lighter or darker as it takes for the contrast to the ground.
+QColor withContrast(const QColor& usual, const QColor& ground, double contrast);
+
 /// `share` of the second colour, from 0 to 1, in the first.
 QColor mix(const QColor& one, const QColor& other, double share);
 

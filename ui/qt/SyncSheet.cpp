@@ -9,6 +9,7 @@
 #include "ui/Texts.hpp"
 #include "ui/qt/SymbolIcon.hpp"
 #include "ui/qt/Text.hpp"
+#include "ui/qt/WrappedLabel.hpp"
 
 namespace karvex::ui::qt {
 namespace {
@@ -25,8 +26,7 @@ QLabel* makeText(QWidget* parent) {
   for (const auto line : texts::sheet) {
     lines << qtText(line);
   }
-  auto* label = new QLabel(lines.join(u'\n'), parent);
-  label->setTextFormat(Qt::PlainText);
+  auto* label = wrappedLabel(lines.join(u'\n'), parent->font(), parent);
   label->setAlignment(Qt::AlignCenter);
   label->setMargin(textPadding);
   return label;
@@ -90,7 +90,7 @@ SyncSheet::SyncSheet(UserActions& actions, QWidget* window)
   layout->addStretch();
   layout->addLayout(sendRow);
   layout->addWidget(busy_);
-  setMinimumSize(leastSize.expandedTo(layout->minimumSize()));
+  setMinimumSize(leastSize.expandedTo(layout->totalMinimumSize()));
   send->setFocus();
 }
 

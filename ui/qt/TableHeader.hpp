@@ -4,7 +4,8 @@
 
 namespace karvex::ui::qt {
 
-/// The titles of the table's columns, flat, in line with the cells below them.
+/// The titles of the table's columns, flat, in line with the cells below them. Where a column is narrower
+/// than its title, the title's words are below each other.
 class TableHeader final : public QHeaderView {
   Q_OBJECT
 
@@ -12,6 +13,8 @@ class TableHeader final : public QHeaderView {
   explicit TableHeader(QWidget* parent);
 
   QSize sizeHint() const override;
+  /// What the title asks for with its words below each other, in points.
+  int leastWidthOf(int section) const;
   /// What the titles stand on.
   QColor ground() const;
 
@@ -22,6 +25,7 @@ class TableHeader final : public QHeaderView {
 
  private:
   QFont titleFont() const;
+  QString titleOf(int section) const;
 };
 
 }  // namespace karvex::ui::qt

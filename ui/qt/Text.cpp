@@ -1,28 +1,16 @@
 #include "ui/qt/Text.hpp"
 
-#include <QList>
-#include <algorithm>
 #include <cstddef>
+
+#include "ui/LineText.hpp"
 
 namespace karvex::ui::qt {
 namespace {
 
 /// Far more than a screen is wide; laying out a text of millions takes seconds.
-constexpr qsizetype mostCharacters = 300;
+constexpr std::size_t mostCharacters = 300;
 /// Of a code point in UTF-8 (RFC 3629).
-constexpr qsizetype mostBytes = 4;
-
-bool isUnsafeInLine(char32_t character) {
-  switch (QChar::category(character)) {
-    case QChar::Other_Control:
-    case QChar::Other_Format:
-    case QChar::Separator_Line:
-    case QChar::Separator_Paragraph:
-      return true;
-    default:
-      return false;
-  }
-}
+constexpr std::size_t mostBytes = 4;
 
 }  // namespace
 
@@ -32,12 +20,9 @@ QString qtText(std::string_view utf8) {
 
 QString lineText(std::string_view utf8) {
   // One more than is shown, so that a character that is cut through goes, too.
-  const auto characters = qtText(utf8.substr(0, std::size_t{(mostCharacters + 1) * mostBytes})).toUcs4();
-  QString line;
-  for (const char32_t character : characters.first(std::min(characters.size(), mostCharacters))) {
-    line += QChar::fromUcs4(isUnsafeInLine(character) ? char32_t{QChar::ReplacementCharacter} : character);
-  }
-  return characters.size() > mostCharacters ? line + QChar(0x2026) : line;
+  const auto line = qtText(lineOf(utf8.substr(0, (mostCharacters + 1) * mostBytes))).toStdU32String();
+  const auto shown = QString::fromStdU32String(line.substr(0, mostCharacters));
+  return line.size() > mostCharacters ? shown + QChar(0x2026) : shown;
 }
 
 QString linesText(std::string_view utf8) {

@@ -9,9 +9,8 @@ namespace karvex::ui::qt {
 /// The text as it stands.
 QString qtText(std::string_view utf8);
 
-/// Text for one line of the table: what a device or the service is called must not break its line, so control
-/// characters and those that turn the direction of reading are replaced (U+FFFD). What goes on and on is cut
-/// off behind a few hundred characters.
+/// Text for one line of the table, as ui::lineOf() has it. What goes on and on is cut off after a few
+/// hundred characters.
 QString lineText(std::string_view utf8);
 
 /// Text of several lines, each of them as lineText() has it.

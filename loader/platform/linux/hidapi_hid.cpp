@@ -48,6 +48,14 @@ hidraw_node* as_node(hid_device* device) {
   return reinterpret_cast<hidraw_node*>(device);
 }
 
+/// The node that the system refused last. No path of a node is longer; one that is, is cut.
+std::array<char, 64> refused_path{};
+
+void remember_refused(const std::string& path) noexcept {
+  refused_path.fill('\0');
+  path.copy(refused_path.data(), refused_path.size() - 1);
+}
+
 hidraw_node* make_node(const char* path) noexcept {
   try {
     return new hidraw_node{.path = path};
@@ -102,7 +110,11 @@ hid_access open(void* /*context*/, hid_device* device) noexcept {
   }
   const char* const reason = strerrordesc_np(error);
   host_log(">>> KARVEX : %s : %s", node->path.c_str(), reason != nullptr ? reason : "unknown error");
-  return error == EACCES || error == EPERM ? hid_access::not_permitted : hid_access::failed;
+  if (error != EACCES && error != EPERM) {
+    return hid_access::failed;
+  }
+  remember_refused(node->path);
+  return hid_access::not_permitted;
 }
 
 void close(void* /*context*/, hid_device* device) noexcept {
@@ -141,7 +153,8 @@ hid_calls hidapi_hid_calls() {
           .find_first = find_first,
           .open = open,
           .close = close,
-          .set_output_report = set_output_report};
+          .set_output_report = set_output_report,
+          .refused_node = [](void*) -> const char* { return refused_path.data(); }};
 }
 
 }  // namespace karvex::loader

@@ -141,6 +141,7 @@ TEST_F(HidapiHid, ARefusalIsBelievedWhenItLastsASecond) {
     });
     EXPECT_EQ(hid.open(hid.context, device), access);
     be(0);
+    EXPECT_STREQ(hid.refused_node(hid.context), "/dev/hidraw0");
     EXPECT_EQ(elapsed(), time);
     EXPECT_EQ(
         fmt::format("{}", fmt::join(events, "|")),

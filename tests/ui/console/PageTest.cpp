@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tests/ui/qt/SampleSnapshots.hpp"
+#include "ui/LineText.hpp"
 #include "ui/console/Changes.hpp"
 #include "ui/console/Screen.hpp"
 #include "upgrade/LoadProgress.hpp"
@@ -45,7 +46,7 @@ DeviceRow rowWith(const std::string& serialNumber, std::uint32_t status = 0) {
   row.targetVersion = "2.0";
   row.status = status;
   row.statusText = upgrade::statusText(status);
-  row.showsProgress = upgrade::isProgramming(status);
+  row.isProgramming = upgrade::isProgramming(status);
   return row;
 }
 
@@ -68,9 +69,6 @@ std::vector<std::string> textOf(const Snapshot& snapshot, const upgrade::LoadPro
 std::string pagesAt(std::size_t columns) {
   auto crowded = samples::everyStatus();
   crowded.isRunning = true;
-  auto refused = samples::running();
-  refused.isRunning = false;
-  refused.stopNotice = upgrade::noticeOf(upgrade::SilentStop::permissionDenied, "1000030");
   const std::vector<std::string> notices{"the first of four", "POST /services/uploadComplete.php: 500",
                                          "> KARVEX : The run stops: the device can't be programmed.",
                                          "> KARVEX : Acknowledged Status value = 10"};
@@ -80,14 +78,14 @@ std::string pagesAt(std::size_t columns) {
     upgrade::LoadProgress progress;
     std::vector<std::string> notices;
   } pages[] = {
-      {"no device", Snapshot{}, {}, {}},
+      {"no device", samples::empty(), {}, {}},
       {"a device that can be upgraded", samples::selected(), {}, {}},
       {"a run, and three notices",
        samples::running(),
        samples::progress(),
        {notices.begin() + 1, notices.end()}},
       {"a run before its first block", samples::running(), {}, {}},
-      {"a run that has ended in its third row has no bar", refused, samples::progress(), {}},
+      {"a run that has ended in its third row has no bar", samples::stopped(), samples::progress(), {}},
       {"every status, and rows that give way to notices", crowded, {}, notices},
       {"an alert", samples::withAlert(upgrade::Alert::halfkayModeFailed), {}, {"a notice"}},
       {"the sheet", samples::withSheet(true), {}, {}},
@@ -142,7 +140,7 @@ TEST(PageTest, NoLineIsEverWiderThanTheTerminal) {
       EXPECT_FALSE(lines.empty());
       for (const auto& line : lines) {
         EXPECT_LE(columnsOf(line), columns) << line;
-        EXPECT_EQ(line, printable(line)) << "cut inside a character, or a control character in it";
+        EXPECT_EQ(line, lineOf(line)) << "cut inside a character, or a control character in it";
       }
     }
   }
@@ -201,8 +199,11 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
                 now.stopNotice = "stopped";
               }),
               ElementsAre("#10 1 - Pedal: carries pedal 2.0\xEF\xBF\xBD[2J now", "! stopped"));
-  EXPECT_THAT(linesOf([](auto& now) { now.rows.clear(); }), IsEmpty())
-      << "a list is emptied before it is filled";
+  EXPECT_THAT(linesOf([](auto& now) {
+                now.rows.clear();
+                now.emptyText = "nothing listed";
+              }),
+              ElementsAre("nothing listed"));
   const auto list = linesOf([](auto& now) { now.rows.erase(now.rows.begin()); });
   ASSERT_EQ(list.size(), 2U);
   EXPECT_THAT(list[0], AllOf(StartsWith("  Device"), testing::EndsWith("Status")));

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ui/LineText.hpp"
 #include "ui/console/Keys.hpp"
 #include "ui/console/Screen.hpp"
 #include "ui/console/StyledText.hpp"
@@ -42,7 +43,7 @@ TEST(PrintableTest, NothingOfWhatADeviceIsCalledSteersTheTerminal) {
       {"a\u2028b", "a" + bad + "b"},
   };
   for (const auto& example : cases) {
-    EXPECT_EQ(printable(example.text), example.printed) << testing::PrintToString(example.text);
+    EXPECT_EQ(lineOf(example.text), example.printed) << testing::PrintToString(example.text);
   }
 }
 

@@ -8,7 +8,7 @@
 
 #include "tests/ui/qt/WindowBench.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
 namespace karvex::ui::qt {
@@ -80,10 +80,10 @@ TEST(Accessibility, TheSheetsButtonsAreReachedByTab) {
   EXPECT_EQ(nameOf(sheet->findChild<QProgressBar*>()), "Sending");
 }
 
-TEST(Accessibility, TheReasonWhyTheWindowStaysIsReadOut) {
-  WindowBench bench(samples::running());
-  bench.window.close();
-  EXPECT_THAT(nameOf(bench.window.findChild<CloseNotice*>()), testing::StartsWith("An upgrade is running."));
+TEST(Accessibility, ANoticeIsReadOutAndReachedByTab) {
+  WindowBench bench(samples::stopped());
+  EXPECT_EQ(nameOf(bench.window.findChild<NoticeStrip*>()), samples::stopped().stopNotice);
+  EXPECT_THAT(roundByTab(bench.window), testing::Contains(samples::stopped().stopNotice));
 }
 
 }  // namespace

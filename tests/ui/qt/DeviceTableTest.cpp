@@ -1,17 +1,21 @@
 #include <gmock/gmock.h>
 
+#include <QAbstractItemDelegate>
 #include <QAccessible>
 #include <QHeaderView>
+#include <QScreen>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <functional>
 #include <vector>
 
 #include "tests/ui/qt/WindowBench.hpp"
 #include "ui/qt/CellDelegate.hpp"
+#include "ui/qt/ColumnShares.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
+#include "ui/qt/RoundedFrame.hpp"
 #include "ui/qt/Shades.hpp"
 
 namespace karvex::ui::qt {
@@ -74,10 +78,14 @@ TEST(DeviceTable, DrawsEachToneReadablyOnLightAndDarkGround) {
   for (const auto& ground : {QColor(Qt::white), QColor(0x1b, 0x1c, 0x1f)}) {
     QPalette palette(ground, ground);
     palette.setColor(QPalette::Base, ground);
+    palette.setColor(QPalette::Highlight, mix(ground, Qt::blue, 0.2));
     QApplication::setPalette(palette);
     WindowBench bench(samples::everyStatus());
     bench.window.resize(1300, 860);
     QApplication::processEvents();
+    bench.table().setFocus();
+    const auto frame = bench.table().parentWidget()->grab().toImage();
+    EXPECT_GE(contrastBetween(frame.pixelColor(tablePadding + 1, frame.height() / 2), ground), markContrast);
     const auto rows = samples::everyStatus().rows;
     for (int row = 0; row < static_cast<int>(rows.size()); ++row) {
       if (row == bench.selectedRow()) {
@@ -155,6 +163,10 @@ TEST(DeviceTable, TheArrowKeysGoFromTheShownSelection) {
   const auto rows = samples::idle().rows;
   QTest::keyClick(&bench.table(), Qt::Key_Down);
   EXPECT_THAT(bench.actions.selections, ElementsAre(rows[0].id));
+  bench.actions.selections.clear();
+  QTest::keyClick(&bench.table(), Qt::Key_End);
+  QTest::keyClick(&bench.table(), Qt::Key_Home);
+  EXPECT_THAT(bench.actions.selections, ElementsAre(rows[4].id, rows[0].id));
   auto snapshot = samples::idle();
   snapshot.selected = rows[2].id;
   bench.window.draw(snapshot);
@@ -194,46 +206,50 @@ TEST(DeviceTable, DrawsNothingAnewWithoutAChange) {
   EXPECT_TRUE(resets.isEmpty());
 }
 
-TEST(DeviceTable, TheBarFollowsTheLoadAndLeavesTheTextAlone) {
-  WindowBench bench(samples::running());
-  const auto cell = bench.table().model()->index(2, static_cast<int>(Column::status));
-  EXPECT_DOUBLE_EQ(cell.data(DeviceTableModel::progressRole).toDouble(), 228.0 / 392.0);
-  bench.progress = {.blocksSent = 392, .blocksToSend = 392};
-  EXPECT_TRUE(QTest::qWaitFor([&] { return cell.data(DeviceTableModel::progressRole).toDouble() == 1.0; }));
-  EXPECT_EQ(cell.data().toString(), "Programming...");
-  bench.progress = {};
-  EXPECT_TRUE(QTest::qWaitFor([&] { return cell.data(DeviceTableModel::progressRole).toDouble() == 0.0; }));
-  for (const int row : {0, 1, 3, 4}) {
-    EXPECT_FALSE(cell.siblingAtRow(row).data(DeviceTableModel::progressRole).isValid());
-  }
-}
-
-TEST(DeviceTable, NamesCantBreakTheirLineOrActAsMarkup) {
-  auto snapshot = samples::idle();
-  snapshot.rows[0].device = "1 - two\nlines\x1b[31m \xE2\x80\xAEright to left";
-  snapshot.rows[1].firmwareName = "<img src='file:///etc/hostname'>";
+TEST(DeviceTable, TheBarBelongsToTheRunAndFollowsItsLoad) {
+  auto snapshot = samples::running();
+  snapshot.rows[3] = samples::rowWith(5, 4);  // Kept from a run that stopped there.
   WindowBench bench(snapshot);
-  const auto text = textAt(bench.table(), 0, Column::device);
-  EXPECT_TRUE(std::ranges::none_of(text, [](QChar c) { return !c.isPrint(); })) << text.toStdString();
-  const auto tip =
-      bench.table().model()->index(1, static_cast<int>(Column::firmwareName)).data(Qt::ToolTipRole);
-  EXPECT_EQ(tip.toString(), "<span>&lt;img src='file:///etc/hostname'&gt;</span>");
+  const auto cell = bench.table().model()->index(2, static_cast<int>(Column::status));
+  const auto bar = [&] { return cell.data(DeviceTableModel::barRole).toPointF(); };
+  EXPECT_EQ(bar(), QPointF(0, 228.0 / 392.0));
+  bench.progress = {.blocksSent = 392, .blocksToSend = 392};
+  EXPECT_TRUE(QTest::qWaitFor([&] { return bar() == QPointF(0, 1); }));
+  EXPECT_EQ(cell.data().toString(), "Programming...");
+  bench.progress = {};  // No block was sent yet: a piece of it wanders.
+  EXPECT_TRUE(QTest::qWaitFor([&] { return bar().x() > 0; }));
+  const auto before = bar();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return bar() != before && bar().y() - bar().x() < 0.5; }));
+  for (const int row : {0, 1, 3, 4}) {
+    EXPECT_FALSE(cell.siblingAtRow(row).data(DeviceTableModel::barRole).isValid());
+  }
+  snapshot.isRunning = false;
+  bench.window.draw(snapshot);
+  EXPECT_FALSE(cell.data(DeviceTableModel::barRole).isValid());
 }
 
-TEST(DeviceTable, ShowsNoMoreOfANameThanSomebodyReads) {
+TEST(DeviceTable, NamesCantBreakTheirLineOrActAsMarkupOrGoOn) {
   const struct {
     std::string name;
     std::string shown;
   } cases[] = {
       {std::string(300, 'x'), std::string(300, 'x')},
       {std::string(2'000'000, 'x'), std::string(300, 'x') + "\xE2\x80\xA6"},
-      {"\xF0\x9F\x8E\xB8 guitar \xF3\xA0\x80\x81", "\xF0\x9F\x8E\xB8 guitar \xEF\xBF\xBD"},  // A tag (Cf).
+      {"a\nb\x1b \xE2\x80\xAE \xF3\xA0\x80\x81",
+       "a\xEF\xBF\xBD"
+       "b\xEF\xBF\xBD \xEF\xBF\xBD \xEF\xBF\xBD"},
+      {"\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x8E\xA4",
+       "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x8E\xA4"},  // Joined.
+      {"<img src='file:///etc/hostname'>", "<img src='file:///etc/hostname'>"},
   };
   auto snapshot = samples::idle();
   for (const auto& one : cases) {
     snapshot.rows[0].firmwareName = one.name;
     WindowBench bench(snapshot);
-    EXPECT_EQ(textAt(bench.table(), 0, Column::firmwareName).toStdString(), one.shown);
+    const auto cell = bench.table().model()->index(0, static_cast<int>(Column::firmwareName));
+    EXPECT_EQ(cell.data().toString().toStdString(), one.shown);
+    EXPECT_EQ(cell.data(Qt::ToolTipRole).toString(),
+              "<span>" + cell.data().toString().toHtmlEscaped() + "</span>");
   }
 }
 
@@ -255,7 +271,7 @@ TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
       EXPECT_EQ(header.sectionSize(5), 180);
       EXPECT_FALSE(bench.table().horizontalScrollBar()->isVisible());
       for (int column = 0; column < 5; ++column) {
-        EXPECT_GE(header.sectionSize(column), 100) << column;
+        EXPECT_GE(header.sectionSize(column), 90) << column;
       }
     }
   }
@@ -269,11 +285,59 @@ TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
       << "what is cut off can be read";
 }
 
-TEST(DeviceTable, HasALookForAnEmptyList) {
-  WindowBench bench(Snapshot{.canAct = true});
-  EXPECT_EQ(bench.table().model()->rowCount(), 0);
-  QTest::keyClick(&bench.table(), Qt::Key_Down);
+TEST(DeviceTable, SaysInItsBodyWhyItIsEmpty) {
+  WindowBench bench(samples::idle());
+  bench.window.draw(samples::empty());
+  const auto ground = bench.table().palette().color(QPalette::Base);
+  EXPECT_TRUE(hasPixel(bench.table().viewport()->grab().toImage(), shadeOf(Tone::gray, ground)));
+  EXPECT_EQ(bench.table().accessibleDescription().toStdString(), samples::empty().emptyText);
+  QTest::keyClick(&bench.table(), Qt::Key_End);
   EXPECT_TRUE(bench.actions.calls.empty());
+  bench.window.draw(samples::idle());
+  EXPECT_TRUE(bench.table().accessibleDescription().contains(QStringLiteral("arrow keys")));
+}
+
+TEST(DeviceTable, FitsALargeFont) {
+  const auto usual = QApplication::font();
+  auto large = usual;
+  large.setPointSize(20);
+  QApplication::setFont(large);
+  {
+    WindowBench bench(samples::everyStatus());
+    EXPECT_GE(bench.button("upload").height(), bench.button("upload").fontMetrics().height() + 6);
+    EXPECT_GE(bench.button("upload").width(), bench.button("upload").sizeHint().width());
+    const auto& header = *bench.table().horizontalHeader();
+    const auto serialNumber = static_cast<int>(Column::serialNumber);
+    const auto serial = bench.table().model()->index(0, serialNumber);
+    EXPECT_EQ(serial.data(Qt::FontRole).value<QFont>().resolve(large).pointSize(), 20);
+    EXPECT_GE(header.sectionSize(serialNumber),
+              bench.table().itemDelegateForIndex(serial)->sizeHint({}, serial).width());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return header.height() > 2 * header.fontMetrics().lineSpacing(); }));
+    EXPECT_LE(bench.window.minimumSize().width(), bench.window.screen()->availableGeometry().width());
+  }
+  QApplication::setFont(usual);
+}
+
+TEST(ShareOut, NamesGiveWayAndASurplusIsShared) {
+  const struct {
+    const char* what;
+    int room;
+    std::array<int, sharingColumns> contents;
+    std::array<int, sharingColumns> widths;
+  } cases[] = {
+      {"the surplus goes to all", 1000, {200, 100, 100, 100, 100}, {272, 182, 182, 182, 182}},
+      {"a long name gives way to the serial number", 600, {500, 160, 100, 95, 95}, {150, 160, 100, 95, 95}},
+      {"names share what is left for them", 700, {500, 160, 400, 95, 95}, {175, 160, 175, 95, 95}},
+      {"nobody goes without", 500, {999, 999, 999, 999, 999}, {90, 140, 90, 90, 90}},
+      {"too little for all", 200, {99, 99, 99, 99, 99}, {40, 40, 40, 40, 40}},
+  };
+  for (const auto& example : cases) {
+    std::array<ColumnWish, sharingColumns> wishes;
+    for (std::size_t column = 0; column < sharingColumns; ++column) {
+      wishes.at(column) = {.content = example.contents.at(column), .title = 110};
+    }
+    EXPECT_EQ(shareOut(example.room, wishes), example.widths) << example.what;
+  }
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
 #include <gmock/gmock.h>
 
+#include <QClipboard>
 #include <QLabel>
 #include <string>
 
 #include "tests/ui/qt/WindowBench.hpp"
+#include "ui/qt/ActionRow.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/CloseNotice.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
 namespace karvex::ui::qt {
@@ -96,16 +98,10 @@ TEST(MainWindow, ADisabledButtonDoesNothing) {
 
 TEST(MainWindow, ShowsTheInstructionWithItsEmphasis) {
   WindowBench bench(samples::idle());
-  const auto labels = bench.window.findChildren<QLabel*>();
-  EXPECT_TRUE(std::ranges::any_of(labels, [](const QLabel* label) {
-    return label->text() ==
-               "Click on the first item of the list, then click on &#39;Upload firmware&#39; button.<br>"
-               "<b>DO NOT</b> power-down or disconnect your equipment until the upgrade procedure "
-               "completes!" ||
-           label->text() ==
-               "Click on the first item of the list, then click on 'Upload firmware' button.<br>"
-               "<b>DO NOT</b> power-down or disconnect your equipment until the upgrade procedure completes!";
-  }));
+  const auto* instruction = bench.window.findChild<ActionRow*>()->findChild<QLabel*>();
+  EXPECT_EQ(instruction->text(),
+            "Click on the first item of the list, then click on 'Upload firmware' button.<br>"
+            "<b>DO NOT</b> power-down or disconnect your equipment until the upgrade procedure completes!");
 }
 
 class EachAlert : public testing::TestWithParam<upgrade::Alert> {};
@@ -114,6 +110,9 @@ INSTANTIATE_TEST_SUITE_P(MainWindow, EachAlert, testing::ValuesIn(upgrade::alert
 TEST_P(EachAlert, ShowsItsTextsAndStaysUntilTheSnapshotHasItNoMore) {
   WindowBench bench(samples::idle());
   const auto snapshot = samples::withAlert(GetParam());
+  for (const auto before : {upgrade::Alert::portBusy, upgrade::Alert::uploadError}) {
+    bench.window.draw(samples::withAlert(before));
+  }
   bench.window.draw(snapshot);
   auto* box = shown<AlertBox>(bench);
   ASSERT_NE(box, nullptr);
@@ -142,25 +141,58 @@ TEST_P(EachAlert, IsConfirmedByEnterEscapeAndItsWindowsCloseButton) {
   EXPECT_TRUE(box->isVisible());
 }
 
-TEST(MainWindow, NamesInAnAlertCantTurnItsText) {
-  auto snapshot = samples::idle();
-  const auto alert = upgrade::Alert::halfkayModeFailed;
-  snapshot.alert = AlertText{alert, std::string(upgrade::titleOf(alert)),
-                             upgrade::messageOf(alert,
-                                                "port \xE2\x80\xAE"
-                                                "10\x1b[0m\xF3\xA0\x80\x81")};
-  WindowBench bench(snapshot);
-  EXPECT_EQ(textOf(*shown<AlertBox>(bench), "message"), upgrade::messageOf(alert,
-                                                                           "port \xEF\xBF\xBD"
-                                                                           "10\xEF\xBF\xBD[0m\xEF\xBF\xBD"));
+TEST_P(EachAlert, SaysItsTitleOnceAndCanBeCopied) {
+  WindowBench bench(samples::withAlert(GetParam()));
+  auto* box = shown<AlertBox>(bench);
+  EXPECT_EQ(box->windowTitle(), bench.window.windowTitle());
+  QTest::keyClick(box, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QApplication::clipboard()->text().toStdString(),
+            textOf(*box, "title") + "\n\n" + textOf(*box, "message"));
 }
 
-TEST(MainWindow, OneAlertGivesWayToTheNext) {
-  WindowBench bench(samples::withAlert(upgrade::Alert::portBusy));
-  bench.window.draw(samples::withAlert(upgrade::Alert::uploadError));
+TEST(MainWindow, AnAlertThatIsUpAtStartComesWhenTheWindowHasItsPlace) {
+  RecordingActions actions;
+  MainWindow window({actions, samples::progress, [](Leaving) {}});
+  window.draw(samples::withAlert(upgrade::Alert::halfkayModeDetected));
+  EXPECT_EQ(window.findChild<AlertBox*>(), nullptr);
+  window.show();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return window.findChild<AlertBox*>() != nullptr; }));
+  EXPECT_TRUE(window.geometry().contains(window.findChild<AlertBox*>()->geometry().center()));
+}
+
+TEST(MainWindow, SaysInItsStripWhyARunStoppedAndWhyItStays) {
+  WindowBench bench(samples::stopped());
+  auto* strip = bench.window.findChild<NoticeStrip*>();
+  auto* text = strip->findChild<QLabel*>();
+  const auto reason = QString::fromStdString(samples::stopped().stopNotice);
+  EXPECT_TRUE(strip->isVisible());
+  EXPECT_EQ(text->text(), reason);
+  auto snapshot = samples::stopped();
+  snapshot.isReporting = true;
+  bench.window.draw(snapshot);
+  bench.window.close();
+  EXPECT_EQ(text->text().section(u'\n', 1), reason) << "both, one below the other";
+  text->setFocus();
+  QTest::keyClick(text, Qt::Key_Home, Qt::ControlModifier);
+  QTest::keyClick(text, Qt::Key_End, Qt::ControlModifier | Qt::ShiftModifier);
+  EXPECT_EQ(text->selectedText(), text->text().replace(u'\n', QChar::ParagraphSeparator));
+  bench.window.draw(samples::idle());
+  EXPECT_FALSE(strip->isVisible());
+}
+
+TEST(MainWindow, NamesInAnAlertCantTurnItsTextOrWidenIt) {
+  const auto alert = upgrade::Alert::halfkayModeFailed;
+  const auto with = [&](const std::string& name) {
+    return AlertText{alert, std::string(upgrade::titleOf(alert)), upgrade::messageOf(alert, name)};
+  };
+  std::string words = " that";
+  for (int i = 0; i < 5; ++i) {
+    words += words;
+  }
+  WindowBench bench({.alert = with("port \xE2\x80\xAE\x1b[0m\xF3\xA0\x80\x81" + words)});
   auto* box = shown<AlertBox>(bench);
-  ASSERT_NE(box, nullptr);
-  EXPECT_EQ(textOf(*box, "title"), upgrade::titleOf(upgrade::Alert::uploadError));
+  EXPECT_EQ(textOf(*box, "message"), with("port \xEF\xBF\xBD\xEF\xBF\xBD[0m\xEF\xBF\xBD" + words).message);
+  EXPECT_LT(box->width(), 900);
 }
 
 TEST(MainWindow, AnAlertOverTheSheetOutlivesIt) {
@@ -250,7 +282,7 @@ TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
   bench.window.close();
   EXPECT_TRUE(bench.window.isVisible());
   EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser));
-  EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
+  EXPECT_FALSE(bench.window.findChild<NoticeStrip*>()->isVisible());
   bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
   EXPECT_EQ(bench.closeRequests.size(), 2U) << "nobody has answered yet";
   bench.window.closeForGood();
@@ -259,7 +291,7 @@ TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
 
 TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForBehindItsSuccess) {
   WindowBench bench(samples::running());
-  auto* notice = bench.window.findChild<CloseNotice*>();
+  auto* notice = bench.window.findChild<NoticeStrip*>();
   QTest::keyClick(&bench.table(), Qt::Key_Q, Qt::ControlModifier);
   EXPECT_TRUE(notice->isVisible());
   auto snapshot = samples::running();
@@ -275,36 +307,14 @@ TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForBehindItsSuccess)
   EXPECT_FALSE(notice->isVisible());
 }
 
-TEST(Closing, IsGivenUpWhenTheRunFailsSoThatTheRedRowIsSeen) {
-  WindowBench bench(samples::running());
-  bench.window.close();
-  auto failed = samples::idle();
-  failed.rows[2] = samples::rowWith(11, 3);
-  bench.window.draw(failed);
-  bench.window.draw(samples::idle());
-  EXPECT_THAT(bench.closeRequests, IsEmpty());
-  EXPECT_FALSE(bench.window.findChild<CloseNotice*>()->isVisible());
-  bench.window.close();
-  EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser)) << "now it has been seen";
-}
-
 TEST(Closing, ByOrderWaitsForTheRunAndForNothingElse) {
   WindowBench bench(samples::running());
   bench.window.closeByOrder();
   bench.window.close();
-  EXPECT_TRUE(bench.window.findChild<CloseNotice*>()->isVisible());
+  EXPECT_TRUE(bench.window.findChild<NoticeStrip*>()->isVisible());
   EXPECT_THAT(bench.closeRequests, IsEmpty());
   bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
   EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byOrder));
-}
-
-TEST(Closing, HidesNoFailure) {
-  for (const auto alert : upgrade::alertsInOrder) {
-    EXPECT_EQ(mayClose(samples::withAlert(alert)), alert == upgrade::Alert::procedureComplete);
-  }
-  EXPECT_TRUE(mayClose(samples::idle()));
-  EXPECT_FALSE(mayClose(samples::running()));
-  EXPECT_FALSE(mayClose({.isReporting = true}));
 }
 
 }  // namespace

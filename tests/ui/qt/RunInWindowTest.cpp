@@ -7,7 +7,6 @@
 #include <QPushButton>
 #include <QTest>
 #include <algorithm>
-#include <atomic>
 #include <functional>
 #include <future>
 #include <memory>
@@ -17,8 +16,8 @@
 #include "app/rig/RigCore.hpp"
 #include "foundation/Log.hpp"
 #include "ui/qt/AlertBox.hpp"
-#include "ui/qt/CloseNotice.hpp"
 #include "ui/qt/DeviceTable.hpp"
+#include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
 
 namespace karvex::app {
@@ -32,7 +31,6 @@ class RunInWindow : public testing::Test {
  protected:
   ~RunInWindow() override {
     program_.reset();  // It may still say something.
-    foundation::log::redirectDebug(nullptr);
     foundation::log::redirectSystem(nullptr);
   }
 
@@ -110,36 +108,25 @@ class RunInWindow : public testing::Test {
   std::unique_ptr<WindowProgram> program_;
 };
 
-TEST_F(RunInWindow, UpgradesAllBoardsByMouse) {
-  start();
-  EXPECT_FALSE(button("upload").isEnabled());
-  clickRow(0);
-  click("upload");
-  ASSERT_TRUE(eventually([&] { return titleOfAlert() == "Upgrade Procedure Complete"; }));
-  for (int row = 0; row < 3; ++row) {
-    EXPECT_EQ(textAt(row, statusColumn), "Success");
-  }
-  clickIn(*shown<AlertBox>(), "ok");
-  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
-  EXPECT_FALSE(button("upload").isEnabled());
-  EXPECT_TRUE(button("refresh").isEnabled());
-  close();
-  for (const auto& board : end().boards) {
-    EXPECT_TRUE(board.bootReport && board.flashMatches && board.isReported) << board.serialNumber;
-  }
-}
-
-TEST_F(RunInWindow, UpgradesAllBoardsByKeyboard) {
-  start();
-  QTest::keyClick(&table(), Qt::Key_Down);
-  ASSERT_TRUE(eventually([&] { return button("upload").isEnabled(); }));
-  QTest::keyClick(&window(), Qt::Key_U, Qt::ControlModifier);
-  ASSERT_TRUE(eventually([&] { return titleOfAlert() == "Upgrade Procedure Complete"; }));
-  QTest::keyClick(shown<AlertBox>(), Qt::Key_Return);
-  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
-  close();
-  for (const auto& board : end().boards) {
-    EXPECT_TRUE(board.bootReport && board.flashMatches && board.isReported) << board.serialNumber;
+TEST_F(RunInWindow, UpgradesAllBoardsByMouseAndByKeyboard) {
+  for (const bool byMouse : {true, false}) {
+    start();
+    EXPECT_FALSE(button("upload").isEnabled());
+    byMouse ? clickRow(0) : QTest::keyClick(&table(), Qt::Key_Down);
+    ASSERT_TRUE(eventually([this] { return button("upload").isEnabled(); }));
+    byMouse ? click("upload") : QTest::keyClick(&window(), Qt::Key_U, Qt::ControlModifier);
+    ASSERT_TRUE(eventually([this] { return titleOfAlert() == "Upgrade Procedure Complete"; }));
+    for (int row = 0; row < 3; ++row) {
+      EXPECT_EQ(textAt(row, statusColumn), "Success");
+    }
+    byMouse ? clickIn(*shown<AlertBox>(), "ok") : QTest::keyClick(shown<AlertBox>(), Qt::Key_Return);
+    ASSERT_TRUE(eventually([this] { return shown<AlertBox>() == nullptr; }));
+    EXPECT_FALSE(button("upload").isEnabled());
+    EXPECT_TRUE(button("refresh").isEnabled());
+    close();
+    for (const auto& board : end().boards) {
+      EXPECT_TRUE(board.bootReport && board.flashMatches && board.isReported) << board.serialNumber;
+    }
   }
 }
 
@@ -147,6 +134,7 @@ struct FailureCase {
   const char* name;
   std::function<void(ApplicationOptions&)> arrange;
   const char* title;
+  const char* end = "";  ///< of the message
 };
 
 class FailureInWindow : public RunInWindow, public testing::WithParamInterface<FailureCase> {};
@@ -157,6 +145,8 @@ TEST_P(FailureInWindow, IsToldAndItsOkBringsTheListBack) {
   clickRow(0);
   click("upload");
   ASSERT_TRUE(eventually([&] { return titleOfAlert() == GetParam().title; })) << titleOfAlert();
+  const auto message = shown<AlertBox>()->findChild<QLabel*>(QStringLiteral("message"))->text();
+  EXPECT_THAT(message.toStdString(), testing::EndsWith(GetParam().end));
   QTest::keyClick(shown<AlertBox>(), Qt::Key_Return);
   ASSERT_TRUE(eventually([&] { return shown<AlertBox>() == nullptr; }));
   ASSERT_TRUE(eventually([&] { return table().model()->rowCount() == 3 && button("refresh").isEnabled(); }));
@@ -168,7 +158,9 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(FailureCase{"PortBusy", [](auto& options) { options.equipment.occupied.insert(0); },
                                 "Device Port currently in use! "},
                     FailureCase{"PortSnatched", [](auto& options) { options.equipment.snatched.insert(0); },
-                                "Could not switch device to programming mode"},
+                                "Could not switch device to programming mode",
+                                "info: Serial port /dev/cu.usbmodem10000101 can't be opened: it is in use by "
+                                "another program"},
                     FailureCase{"Upload",
                                 [](auto& options) {
                                   EXPECT_EQ(
@@ -201,19 +193,6 @@ TEST_F(RunInWindow, ABoardInItsBootloaderIsToldOfAndItsOkBringsItBack) {
   EXPECT_EQ(end().boards[1].state, "running");
 }
 
-TEST_F(RunInWindow, AFailureNamesWhoIsInTheWay) {
-  options.equipment.snatched.insert(0);
-  start();
-  clickRow(0);
-  click("upload");
-  ASSERT_TRUE(eventually([&] { return shown<AlertBox>() != nullptr; }));
-  const auto message = shown<AlertBox>()->findChild<QLabel*>(QStringLiteral("message"))->text();
-  EXPECT_TRUE(
-      message.endsWith(QStringLiteral("info: Serial port /dev/cu.usbmodem10000101 can't be opened: it is "
-                                      "in use by another program")))
-      << message.toStdString();
-}
-
 TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
   start();
   click("sync");
@@ -222,39 +201,6 @@ TEST_F(RunInWindow, TheSheetSendsTheReportAndCloses) {
   ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
   EXPECT_TRUE(std::ranges::any_of(
       end().requests, [](const auto& request) { return request.path == "/services/deviceExplorer.php"; }));
-}
-
-TEST_F(RunInWindow, TheSheetStaysWhenTheReportDidNotGoOut) {
-  ASSERT_EQ(rig::addServiceFault("cut-off@report", options.serviceFaults), std::nullopt);
-  const auto hasFailed = std::make_shared<std::atomic<bool>>(false);
-  foundation::log::redirectDebug([hasFailed](std::string_view text) {
-    if (text.starts_with("Error => ")) {
-      *hasFailed = true;
-    }
-  });
-  start();
-  click("sync");
-  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
-  QTest::keyClick(shown<SyncSheet>(), Qt::Key_Return);
-  ASSERT_TRUE(eventually([&] { return hasFailed->load(); }));
-  QTest::qWait(0);
-  ASSERT_NE(shown<SyncSheet>(), nullptr);
-  EXPECT_FALSE(shown<SyncSheet>()->findChild<QProgressBar*>()->isVisible());
-  QTest::keyClick(shown<SyncSheet>(), Qt::Key_Escape);
-  EXPECT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
-}
-
-TEST_F(RunInWindow, TheSheetCanBeClosedWhileItsReportIsUnderWay) {
-  ASSERT_EQ(rig::addServiceFault("slow@report=2000", options.serviceFaults), std::nullopt);
-  start();
-  click("sync");
-  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
-  clickIn(*shown<SyncSheet>(), "send");
-  clickIn(*shown<SyncSheet>(), "close");
-  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() == nullptr; }));
-  click("sync");
-  ASSERT_TRUE(eventually([&] { return shown<SyncSheet>() != nullptr; }));
-  EXPECT_FALSE(shown<SyncSheet>()->findChild<QProgressBar*>()->isVisible()) << "each opening is a new sheet";
 }
 
 TEST_F(RunInWindow, AClosedWindowGoesByItselfBehindTheRun) {
@@ -280,10 +226,13 @@ TEST_F(RunInWindow, AClosedWindowStaysForAFailureThatNoAlertTellsOf) {
   click("upload");
   ASSERT_TRUE(eventually([&] { return !button("refresh").isEnabled(); }));
   window().close();
-  auto& notice = *window().findChild<ui::qt::CloseNotice*>();
+  auto& notice = *window().findChild<ui::qt::NoticeStrip*>();
   EXPECT_TRUE(notice.isVisible());
   isClosed.set_value();
-  ASSERT_TRUE(eventually([&] { return button("refresh").isEnabled() && !notice.isVisible(); }));
+  ASSERT_TRUE(eventually([&] {
+    return button("refresh").isEnabled() &&
+           notice.accessibleName().startsWith(u"The upgrade stopped at device");
+  }));
   EXPECT_EQ(textAt(1, statusColumn), "Program error");
   EXPECT_EQ(shown<AlertBox>(), nullptr);
   QTest::qWait(100);
@@ -299,11 +248,6 @@ TEST_F(RunInWindow, EndsWhenTheCoreStops) {
   for (const auto& board : end().boards) {
     EXPECT_TRUE(board.flashMatches && board.isReported) << board.serialNumber;
   }
-}
-
-TEST_F(RunInWindow, AnIdleWindowClosesAtOnce) {
-  start();
-  close();
 }
 
 }  // namespace

@@ -3,47 +3,40 @@
 #include <array>
 #include <string>
 
+#include "loader/load_status.hpp"
+#include "ui/Observation.hpp"
+#include "upgrade/StopNotice.hpp"
+
 namespace karvex::ui::qt::samples {
 namespace {
 
-constexpr std::array statusTexts{"Idle",
-                                 "Preparing...",
-                                 "Importing file...",
-                                 "Moving file...",
-                                 "Checking device state...",
-                                 "Programming...",
-                                 "Rebooting...",
-                                 "Success",
-                                 "Error - Unknown MCU device",
-                                 "Could not import file",
-                                 "Bad file format",
-                                 "Program error",
-                                 "Permission denied"};
-
-constexpr std::array statusTones{Tone::gray,   Tone::orange, Tone::white, Tone::white, Tone::orange,
-                                 Tone::orange, Tone::orange, Tone::green, Tone::red,   Tone::red,
-                                 Tone::red,    Tone::red,    Tone::red};
-
 constexpr std::array names{"Expression Pedal", "LED Ring", "Patch Panel", "Rhythm Box", "Tape Echo"};
 
-void setStatus(DeviceRow& row, std::uint32_t status) {
-  row.status = status;
-  row.statusText = statusTexts.at(status);
-  row.statusTone = statusTones.at(status);
-  row.showsProgress = status == 5;
-}
+constexpr std::uint32_t statuses = 13;
 
 }  // namespace
 
 DeviceRow rowWith(std::uint32_t status, std::uint8_t seed) {
-  DeviceRow row{.device = std::to_string(seed) + " - " + names.at(seed % names.size()),
-                .serialNumber = "#10000" + std::to_string(seed) + "0",
-                .firmwareName = "firmware-" + std::to_string(seed),
-                .currentVersion = "1.4.0",
-                .targetVersion = "1.5.0"};
-  row.id.bytes.back() = seed;
-  setStatus(row, status);
-  return row;
+  const auto number = std::to_string(seed);
+  records::BootableDevice device;
+  device.id = {};
+  device.id.bytes.back() = seed;
+  device.sequenceNumber = seed;
+  device.deviceName = names.at(seed % names.size());
+  device.portSerialNumber = "10000" + number + "0";
+  device.firmwareName = "firmware-" + number;
+  device.currentVersion = status == loader::LOAD_STATUS_SUCCESS ? "1.5.0" : "1.4.0";
+  device.firmwareVersion = "1.5.0";
+  device.status = status;
+  return rowOf(device);
+}
+
+Snapshot empty() {
+  return {
+      .emptyText =
+          "The service could not be reached: fw.example: could not resolve host name. Check your internet "
+          "connection, then refresh the list.",
+      .canAct = true};
 }
 
 Snapshot idle() {
@@ -67,14 +60,21 @@ Snapshot running() {
   auto snapshot = idle();
   snapshot.canAct = false;
   snapshot.isRunning = true;
-  for (const auto place : {0U, 1U}) {
-    setStatus(snapshot.rows[place], 7);
-    snapshot.rows[place].currentVersion = snapshot.rows[place].targetVersion;
-    snapshot.rows[place].currentVersionTone = Tone::green;
-  }
-  setStatus(snapshot.rows[2], 5);
+  snapshot.rows[0] = rowWith(loader::LOAD_STATUS_SUCCESS, 1);
+  snapshot.rows[1] = rowWith(loader::LOAD_STATUS_SUCCESS, 2);
+  snapshot.rows[2] = rowWith(loader::LOAD_STATUS_PROGRAMMING, 3);
   snapshot.rows[2].onlineMark = Tone::orange;
   snapshot.selected = snapshot.rows[2].id;
+  return snapshot;
+}
+
+Snapshot stopped() {
+  auto snapshot = running();
+  snapshot.isRunning = false;
+  snapshot.canAct = true;
+  snapshot.selected.reset();
+  snapshot.stopNotice = upgrade::noticeOf(upgrade::SilentStop::permissionDenied, "1000030",
+                                          {.node = "/dev/hidraw3", .rules = device::RulesState::missing});
   return snapshot;
 }
 
@@ -99,7 +99,7 @@ Snapshot withSheet(bool isSending) {
 
 Snapshot everyStatus() {
   Snapshot snapshot{.canAct = true};
-  for (std::uint32_t status = 0; status < statusTexts.size(); ++status) {
+  for (std::uint32_t status = 0; status < statuses; ++status) {
     snapshot.rows.push_back(rowWith(status, static_cast<std::uint8_t>(status + 1)));
   }
   snapshot.rows[3].device =

@@ -9,12 +9,16 @@
 /// Snapshots of usual moments, made by hand.
 namespace karvex::ui::qt::samples {
 
+/// No row, and why.
+Snapshot empty();
 /// Waiting: five devices, the second one up to date, nothing selected.
 Snapshot idle();
 /// The same with a selected row whose device can be upgraded.
 Snapshot selected();
 /// The third device is being programmed.
 Snapshot running();
+/// That run has stopped, for a reason that no dialog tells of; its row is as it was.
+Snapshot stopped();
 upgrade::LoadProgress progress();
 Snapshot withAlert(upgrade::Alert alert);
 Snapshot withSheet(bool isSending);
