@@ -8,8 +8,9 @@
 
 namespace midikit::io {
 
-/// The moment of a send, for as long as the send is under way on this thread: a service that wants to know the
-/// time meanwhile needn't read its clock again, which is a good portion of a short send. Sends may be nested.
+/// The moment of a send, for as long as the send is under way on this thread: a service that wants to know
+/// the time meanwhile needn't read its clock again, which is a good portion of a short send. Sends may be
+/// nested.
 class SendMoment {
  public:
   explicit SendMoment(const MIDIService& service)
