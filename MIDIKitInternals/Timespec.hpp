@@ -18,7 +18,7 @@ struct Timespec {
   /// asks a foundation Clock instead.
   static Timespec now();
 
-  /// A count of seconds, cut off behind the nanosecond. Stops the program unless its nanoseconds fit in 64
+  /// A count of seconds, cut off after the nanosecond. Stops the program unless its nanoseconds fit in 64
   /// bits, as those of 292 years do.
   static Timespec fromSeconds(double seconds);
 

@@ -11,8 +11,8 @@
 
 namespace karvex::app {
 
-/// The last failures that a user was shown, one a line, for whoever asks later. A file that can't be read or
-/// written is as good as none: no failure may come of noting one.
+/// The last failures that a user was shown, one to a line, for anyone who asks later. A file that can't be
+/// read or written is as good as none: no failure may come of noting one.
 class FailureLog {
  public:
   static constexpr std::size_t mostLines = 20;
@@ -45,7 +45,7 @@ std::optional<std::filesystem::path> standardFailureLogFile(const char* stateHom
 /// Realtime-safe: no, it allocates.
 std::optional<std::filesystem::path> failureLogFile();
 
-/// The time at this moment as it stands in reports: "2026-11-23 22:44:41 UTC".
+/// The time at this moment, as reports show it: "2026-11-23 22:44:41 UTC".
 /// Thread-safe: yes.
 /// Realtime-safe: no, it allocates.
 std::string timeNow();

@@ -16,7 +16,7 @@ std::string causeOf(const TerminalRefusal& refusal) {
     case TerminalRefusal::Cause::other:
       break;
   }
-  return refusal.detail.empty() ? "the system gives no reason" : refusal.detail;
+  return refusal.detail.empty() ? "the system names no reason" : refusal.detail;
 }
 
 }  // namespace

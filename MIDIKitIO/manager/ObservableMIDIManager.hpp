@@ -13,7 +13,7 @@ namespace midikit::io {
 ///
 /// Observers are called on the thread that refreshes the lists, which is the platform's notification thread
 /// for a change of the setup, and always before the notification handler is queued. Observers of
-/// refreshes on several threads at once may see an older list after a newer one; get() gives the newest.
+/// refreshes on several threads at once may see an older list after a newer one; get() returns the newest.
 class ObservableMIDIManager final : public MIDIManager {
  public:
   /// As MIDIManager's.

@@ -25,7 +25,7 @@ class MIDIPacketList {
   static constexpr std::size_t packetHeaderSize = 10;
   static constexpr std::size_t shortPacketBytes = 16;
 
-  /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`); it grows as needed unless told a size.
+  /// An empty list in a buffer of `size` bytes (`MIDIPacketListInit`); without a size it grows as needed.
   explicit MIDIPacketList(std::size_t size = std::numeric_limits<std::size_t>::max()) : size_(size) {}
 
   /// Adds one packet after the others (`MIDIPacketListAdd`). False, and nothing changes, when the buffer has

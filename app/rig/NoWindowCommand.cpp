@@ -1,4 +1,4 @@
-// What stands in for the window where the programs are built without one.
+// What takes the place of the window where the programs are built without one.
 
 #include <stdexcept>
 

@@ -34,7 +34,7 @@ struct CheckedList {
 /// Realtime-safe: no, it allocates and reads files.
 CheckedList checkList(std::string_view text, const std::optional<std::filesystem::path>& folder);
 
-/// The list as a service at that base address gives it, with its files below /firmware/.
+/// The list as a service at that base address returns it, with its files below /firmware/.
 ///
 /// Thread-safe: yes.
 /// Realtime-safe: no, it allocates.

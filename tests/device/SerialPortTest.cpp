@@ -152,7 +152,7 @@ TEST_F(SerialPortTest, APortIsOpenedOnceAndAfterAFailureItIsAsBefore) {
   const auto open = [this] { return errorOf([this] { port.open(PortMode::receive); }); };
   port.close();
   script.refusal.emplace();
-  EXPECT_EQ(open(), "-1 Serial port /dev/p can't be opened: the system gives no reason");
+  EXPECT_EQ(open(), "-1 Serial port /dev/p can't be opened: the system names no reason");
   script.refusal.reset();
   script.refusesWatch = true;
   EXPECT_EQ(open(), "-1 Serial port /dev/p can't be opened: Too many open files");
@@ -268,7 +268,7 @@ TEST_F(SerialPortManagementTest, TheCheckIsAnOpenAndACloseAndTouchesNoBoardInIts
       {{Cause::inUse, "", ""}, " can't be opened: it is in use by another program"},
       {{Cause::absent, "", ""}, " can't be opened: it is not there, the device may have been unplugged"},
       {{Cause::notPermitted, "", ""}, " can't be opened: this user has no permission to use it"},
-      {{}, " can't be opened: the system gives no reason"},
+      {{}, " can't be opened: the system names no reason"},
   };
   for (const auto& [refusal, reason] : refusals) {
     script.refusal = refusal;

@@ -40,7 +40,7 @@ struct TestClient {
   int port = 0;
   std::filesystem::path caFile;
   std::chrono::milliseconds patience{60'000};     ///< for the next byte of the answer, in real time
-  std::size_t largestBody = 256UL * 1024 * 1024;  ///< behind which the client leaves
+  std::size_t largestBody = 256UL * 1024 * 1024;  ///< after which the client leaves
 };
 
 /// Waits for real until the condition holds, for a minute at most; gives what it is then.

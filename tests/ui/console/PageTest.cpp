@@ -212,7 +212,7 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
 
 TEST(ChangesTest, AnAlertIsToldOnceAndSoIsItsOk) {
   auto up = twoRows();
-  up.stopNotice = "told before";
+  up.stopNotice = "an earlier notice";
   const auto down = up;
   up.alert = AlertText{upgrade::Alert::uploadError, "Title", "one\ntwo"};
   auto other = up;
