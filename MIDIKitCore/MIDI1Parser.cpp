@@ -6,8 +6,8 @@
 #include <cstring>
 #include <utility>
 
-#include "MIDIKitCore/MIDI1MessageReader.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
+#include "MIDIKitCore/detail/MIDI1MessageReader.hpp"
 
 namespace midikit::core {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "MIDIKitCore/MIDIEvent.hpp"
-#include "MIDIKitCore/UInt4.hpp"
+#include "MIDIKitCore/numbers/UInt.hpp"
 
 namespace midikit::core {
 

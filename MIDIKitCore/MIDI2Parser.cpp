@@ -3,12 +3,12 @@
 #include <array>
 #include <concepts>
 
-#include "MIDIKitCore/MIDI1MessageReader.hpp"
-#include "MIDIKitCore/MIDIUMPFields.hpp"
-#include "MIDIKitCore/SysExPackets.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
-#include "MIDIKitCore/UMPPacket.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/detail/MIDI1MessageReader.hpp"
+#include "MIDIKitCore/detail/SysExPackets.hpp"
+#include "MIDIKitCore/wire/MIDIUMPFields.hpp"
+#include "MIDIKitCore/wire/UMPPacket.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 
 namespace midikit::core {
 namespace {

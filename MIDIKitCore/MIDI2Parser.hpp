@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "MIDIKitCore/MIDIEvent.hpp"
-#include "MIDIKitCore/SysExBuffer.hpp"
+#include "MIDIKitCore/detail/SysExBuffer.hpp"
 
 namespace midikit::core {
 

@@ -11,18 +11,18 @@
 #include <utility>
 #include <vector>
 
-#include "MIDIKitCore/ChanVoiceEvents.hpp"
-#include "MIDIKitCore/EventFactory.hpp"
-#include "MIDIKitCore/EventStorage.hpp"
-#include "MIDIKitCore/MIDIProtocolVersion.hpp"
-#include "MIDIKitCore/ParameterNumberEvents.hpp"
 #include "MIDIKitCore/ParseError.hpp"
-#include "MIDIKitCore/SysExEvents.hpp"
-#include "MIDIKitCore/SysExID.hpp"
-#include "MIDIKitCore/SysExType.hpp"
-#include "MIDIKitCore/SystemEvents.hpp"
-#include "MIDIKitCore/UMPPacket.hpp"
-#include "MIDIKitCore/UtilityEvents.hpp"
+#include "MIDIKitCore/detail/EventFactory.hpp"
+#include "MIDIKitCore/detail/EventStorage.hpp"
+#include "MIDIKitCore/events/ChanVoiceEvents.hpp"
+#include "MIDIKitCore/events/MIDIEventTypes.hpp"
+#include "MIDIKitCore/events/ParameterNumberEvents.hpp"
+#include "MIDIKitCore/events/SystemEvents.hpp"
+#include "MIDIKitCore/events/UtilityEvents.hpp"
+#include "MIDIKitCore/sysex/SysExEvents.hpp"
+#include "MIDIKitCore/sysex/SysExID.hpp"
+#include "MIDIKitCore/wire/MIDIProtocolVersion.hpp"
+#include "MIDIKitCore/wire/UMPPacket.hpp"
 
 namespace midikit::core {
 

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "MIDIKitCore/EventHolder.hpp"
 #include "MIDIKitCore/MIDIEvent.hpp"
+#include "MIDIKitCore/detail/EventHolder.hpp"
 
 namespace midikit::core {
 

@@ -8,7 +8,7 @@
 
 #include "MIDIKitCore/MIDIEvent.hpp"
 #include "MIDIKitCore/ParseError.hpp"
-#include "MIDIKitCore/UInt4.hpp"
+#include "MIDIKitCore/numbers/UInt.hpp"
 #include "MIDIKitInternals/Result.hpp"
 
 namespace midikit::core {

@@ -4,7 +4,7 @@
 #include <cstddef>
 
 #include "MIDIKitInternals/AlphanumericRanges.hpp"
-#include "foundation/Utf8.hpp"
+#include "foundation/text/Utf8.hpp"
 
 namespace midikit::internals {
 namespace {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "ui/Actions.hpp"
 #include "ui/ContentView.hpp"
 

@@ -13,7 +13,7 @@
 #include <iterator>
 #include <system_error>
 
-#include "foundation/ReplaceFile.hpp"
+#include "foundation/files/ReplaceFile.hpp"
 #include "ui/LineText.hpp"
 #include "ui/console/StyledText.hpp"
 

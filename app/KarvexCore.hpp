@@ -6,8 +6,8 @@
 #include "device/platform/linux/SysfsSerialInterfaces.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
 #include "device/platform/linux/UdevUsbBus.hpp"
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "ui/KarvexApp.hpp"
 #include "upgrade/Platform.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "loader/platform/host.hpp"
 
 namespace karvex::app {

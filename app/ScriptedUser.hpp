@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "foundation/Observers.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/Timer.hpp"
 #include "ui/ContentView.hpp"
 #include "ui/Observation.hpp"
 

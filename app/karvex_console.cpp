@@ -18,9 +18,9 @@
 #include "app/diagnosis/SystemSurvey.hpp"
 #include "device/platform/linux/UdevBoardSurvey.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/Task.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/SystemRuntime.hpp"
+#include "foundation/run/Task.hpp"
 #include "ui/console/TerminalMode.hpp"
 
 namespace {

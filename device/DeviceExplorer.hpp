@@ -8,9 +8,9 @@
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/UsbBus.hpp"
 #include "foundation/Published.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/Task.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/Task.hpp"
 #include "records/DeviceInfo.hpp"
 
 namespace karvex::device {

@@ -8,8 +8,8 @@
 #include <system_error>
 #include <utility>
 
-#include "foundation/Task.hpp"
-#include "foundation/Utf8.hpp"
+#include "foundation/run/Task.hpp"
+#include "foundation/text/Utf8.hpp"
 
 namespace karvex::device {
 namespace {

@@ -14,8 +14,8 @@
 #include "device/SerialPortError.hpp"
 #include "device/SerialPortSettings.hpp"
 #include "device/platform/TerminalNode.hpp"
-#include "foundation/AsyncStream.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/AsyncStream.hpp"
+#include "foundation/run/Runtime.hpp"
 
 namespace karvex::device {
 

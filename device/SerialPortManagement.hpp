@@ -4,7 +4,7 @@
 
 #include "device/platform/TerminalNode.hpp"
 #include "foundation/Published.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "records/BootableDevice.hpp"
 
 namespace karvex::device {

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "MIDIKitCore/SysExManufacturerTable.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
+#include "MIDIKitCore/sysex/SysExManufacturerTable.hpp"
 #include "MIDIKitInternals/RadixText.hpp"
 #include "examples/Bytes.hpp"
 

@@ -7,7 +7,7 @@
 
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 
 namespace midikit::examples {
 

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "MIDIKitCore/MIDIEventFilterGroup.hpp"
+#include "MIDIKitCore/filters/MIDIEventFilterGroup.hpp"
 #include "examples/MIDIProgram.hpp"
 #include "examples/Transposition.hpp"
 

@@ -14,7 +14,7 @@
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
 #include "MIDIKitCore/MIDI2Parser.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "MIDIKitInternals/RadixText.hpp"
 #include "examples/Bytes.hpp"
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
-#include "MIDIKitCore/MIDIEventFilterGroup.hpp"
+#include "MIDIKitCore/filters/MIDIEventFilterGroup.hpp"
 #include "examples/Bytes.hpp"
 #include "examples/Transposition.hpp"
 

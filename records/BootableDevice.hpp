@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "foundation/Uuid.hpp"
+#include "foundation/text/Uuid.hpp"
 
 namespace karvex::records {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "foundation/Clock.hpp"
+#include "foundation/run/Clock.hpp"
 #include "rig/BoardKind.hpp"
 #include "rig/BoardMemory.hpp"
 #include "rig/Faults.hpp"

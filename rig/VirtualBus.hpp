@@ -13,8 +13,8 @@
 
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/UsbBus.hpp"
-#include "foundation/Clock.hpp"
 #include "foundation/Observers.hpp"
+#include "foundation/run/Clock.hpp"
 #include "rig/VirtualBoard.hpp"
 
 namespace karvex::rig {

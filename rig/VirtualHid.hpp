@@ -1,6 +1,6 @@
 #pragma once
 
-#include "foundation/Clock.hpp"
+#include "foundation/run/Clock.hpp"
 #include "loader/platform/hid.hpp"
 #include "rig/VirtualBus.hpp"
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "foundation/Task.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/Task.hpp"
 #include "service/ServiceAddress.hpp"
 
 namespace karvex::service {

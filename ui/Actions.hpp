@@ -3,8 +3,8 @@
 #include <functional>
 #include <optional>
 
-#include "foundation/Queue.hpp"
-#include "foundation/Uuid.hpp"
+#include "foundation/run/Queue.hpp"
+#include "foundation/text/Uuid.hpp"
 #include "ui/LeavingWish.hpp"
 #include "ui/UserActions.hpp"
 #include "upgrade/Alert.hpp"

@@ -5,7 +5,7 @@
 
 #include "device/DeviceExplorer.hpp"
 #include "foundation/Published.hpp"
-#include "foundation/Task.hpp"
+#include "foundation/run/Task.hpp"
 #include "upgrade/Platform.hpp"
 
 namespace karvex::ui {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-#include "foundation/Utf8.hpp"
+#include "foundation/text/Utf8.hpp"
 
 namespace karvex::ui {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/Uuid.hpp"
+#include "foundation/text/Uuid.hpp"
 #include "upgrade/Alert.hpp"
 
 namespace karvex::ui {

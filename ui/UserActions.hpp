@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "foundation/Uuid.hpp"
+#include "foundation/text/Uuid.hpp"
 #include "upgrade/Alert.hpp"
 
 namespace karvex::ui {

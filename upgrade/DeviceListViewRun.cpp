@@ -8,7 +8,7 @@
 
 #include "device/PortName.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/Url.hpp"
+#include "foundation/net/Url.hpp"
 #include "loader/halfkay.hpp"
 #include "loader/load.hpp"
 #include "loader/load_status.hpp"

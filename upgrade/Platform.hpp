@@ -9,8 +9,8 @@
 #include "device/platform/SerialInterfaces.hpp"
 #include "device/platform/TerminalNode.hpp"
 #include "device/platform/UsbBus.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "service/ServiceAddress.hpp"
 
 namespace karvex::upgrade {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "MIDIKitCore/FieldHash.hpp"
+#include "MIDIKitCore/detail/FieldHash.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 
 namespace midikit::io {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "MIDIKitCore/FieldHash.hpp"
+#include "MIDIKitCore/detail/FieldHash.hpp"
 #include "MIDIKitInternals/Text.hpp"
 
 namespace midikit::io {

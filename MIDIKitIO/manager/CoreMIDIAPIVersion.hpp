@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "MIDIKitCore/MIDIProtocolVersion.hpp"
+#include "MIDIKitCore/wire/MIDIProtocolVersion.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 
 namespace midikit::io {

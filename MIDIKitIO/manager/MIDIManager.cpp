@@ -5,7 +5,7 @@
 
 #include "MIDIKitCore/MIDIIOError.hpp"
 #include "MIDIKitInternals/Text.hpp"
-#include "foundation/Uuid.hpp"
+#include "foundation/text/Uuid.hpp"
 
 namespace midikit::io {
 namespace {

@@ -21,8 +21,8 @@
 #include "MIDIKitIO/platform/MIDIService.hpp"
 #include "MIDIKitIO/receive/ReceiveContext.hpp"
 #include "MIDIKitInternals/ThreadSafeAccess.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 namespace midikit::io {
 

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/Gate.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Gate.hpp"
+#include "foundation/run/Runtime.hpp"
 
 namespace midikit::io {
 

@@ -1,6 +1,6 @@
 #include "MIDIKitIO/objects/MIDIDevices.hpp"
 
-#include "MIDIKitCore/FieldHash.hpp"
+#include "MIDIKitCore/detail/FieldHash.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
 
 namespace midikit::io {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <set>
 
-#include "MIDIKitCore/FieldHash.hpp"
+#include "MIDIKitCore/detail/FieldHash.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
 

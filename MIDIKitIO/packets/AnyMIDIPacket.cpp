@@ -3,8 +3,8 @@
 #include <array>
 #include <cstddef>
 
-#include "MIDIKitCore/UMPPacket.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPPacket.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 
 namespace midikit::io {
 namespace {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <variant>
 
-#include "MIDIKitCore/SysExData.hpp"
+#include "MIDIKitCore/sysex/SysExData.hpp"
 #include "MIDIKitIO/objects/MIDIEndpoint.hpp"
 #include "MIDIKitInternals/InlineVector.hpp"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "MIDIKitCore/MIDIProtocolVersion.hpp"
+#include "MIDIKitCore/wire/MIDIProtocolVersion.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 
 /// The platform's lists, made of messages. Pure functions; time stamps are in units of

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MIDIKitCore/MIDIProtocolVersion.hpp"
+#include "MIDIKitCore/wire/MIDIProtocolVersion.hpp"
 #include "MIDIKitIO/packets/AnyMIDIPacket.hpp"
 #include "MIDIKitIO/platform/MIDIService.hpp"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 
 namespace midikit::io {
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <variant>
 
-#include "foundation/UserDefaults.hpp"
+#include "foundation/files/UserDefaults.hpp"
 
 namespace midikit::io {
 

@@ -9,7 +9,7 @@
 #include "MIDIKitIO/packets/PlatformProtocol.hpp"
 #include "MIDIKitIO/ports/ReceiveBlocks.hpp"
 #include "MIDIKitIO/receive/ReceiveHandler.hpp"
-#include "foundation/Uuid.hpp"
+#include "foundation/text/Uuid.hpp"
 
 namespace midikit::io {
 

@@ -5,7 +5,7 @@
 #include "MIDIKitCore/MIDIIOError.hpp"
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "foundation/Uuid.hpp"
+#include "foundation/text/Uuid.hpp"
 
 namespace midikit::io {
 

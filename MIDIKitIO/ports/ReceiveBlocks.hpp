@@ -4,7 +4,7 @@
 
 #include "MIDIKitIO/platform/MIDIService.hpp"
 #include "MIDIKitIO/receive/MIDIReceiverProtocol.hpp"
-#include "foundation/Queue.hpp"
+#include "foundation/run/Queue.hpp"
 
 namespace midikit::io::internal {
 

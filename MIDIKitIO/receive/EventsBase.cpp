@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <iterator>
 
-#include "MIDIKitCore/MIDIEventFilter.hpp"
-#include "foundation/Queue.hpp"
+#include "MIDIKitCore/filters/MIDIEventFilter.hpp"
+#include "foundation/run/Queue.hpp"
 
 namespace midikit::io::receive {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <span>
 
-#include "MIDIKitCore/MIDIProtocolVersion.hpp"
+#include "MIDIKitCore/wire/MIDIProtocolVersion.hpp"
 #include "MIDIKitIO/packets/AnyMIDIPacket.hpp"
 
 namespace midikit::io {

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "foundation/Clock.hpp"
-#include "foundation/Queue.hpp"
+#include "foundation/run/Clock.hpp"
+#include "foundation/run/Queue.hpp"
 
 namespace midikit::io {
 

@@ -15,7 +15,7 @@
 #include <system_error>
 #include <utility>
 
-#include "foundation/Url.hpp"
+#include "foundation/net/Url.hpp"
 #include "service/DescriptorDecoder.hpp"
 #include "service/FirmwareService.hpp"
 

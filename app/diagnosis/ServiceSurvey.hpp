@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/diagnosis/Diagnosis.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/Task.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/Task.hpp"
 #include "service/ServiceAddress.hpp"
 
 namespace karvex::app {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/rig/Timeline.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "loader/platform/hid.hpp"
 #include "loader/platform/host.hpp"
 

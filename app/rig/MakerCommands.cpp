@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/TransferPolicy.hpp"
+#include "foundation/net/TransferPolicy.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "loader/mcu_table.hpp"
 #include "rig/maker/ListText.hpp"
 #include "rig/service/EmbeddedService.hpp"

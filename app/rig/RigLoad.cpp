@@ -9,7 +9,7 @@
 #include "app/rig/LoadRecorder.hpp"
 #include "app/rig/RigSupport.hpp"
 #include "device/PortName.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/Timer.hpp"
 #include "loader/load.hpp"
 #include "loader/load_status.hpp"
 #include "loader/programming_worker.hpp"

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "app/rig/Timeline.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "rig/VirtualBus.hpp"
 
 namespace karvex::app {

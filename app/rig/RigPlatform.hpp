@@ -4,8 +4,8 @@
 #include <optional>
 
 #include "app/rig/Equipment.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "rig/VirtualBus.hpp"
 #include "rig/VirtualHid.hpp"
 #include "rig/VirtualTerminals.hpp"

@@ -4,8 +4,8 @@
 
 #include <cstdio>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::app {
 

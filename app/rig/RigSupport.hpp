@@ -12,7 +12,7 @@
 #include "app/ExitStatus.hpp"
 #include "app/StandardStreams.hpp"
 #include "device/DeviceExplorer.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 
 /// What the commands of karvex-rig have in common.
 namespace karvex::app {

@@ -9,8 +9,8 @@
 
 #include "app/rig/RigPlatform.hpp"
 #include "app/rig/Timeline.hpp"
-#include "foundation/Clock.hpp"
 #include "foundation/Observers.hpp"
+#include "foundation/run/Clock.hpp"
 #include "ui/ContentView.hpp"
 #include "ui/Observation.hpp"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "app/rig/RigPlatform.hpp"
-#include "foundation/Task.hpp"
+#include "foundation/run/Task.hpp"
 #include "upgrade/BootableDeviceManager.hpp"
 
 namespace karvex::app {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/Clock.hpp"
+#include "foundation/run/Clock.hpp"
 
 namespace karvex::app {
 

@@ -16,7 +16,7 @@
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
 #include "MIDIKitCore/MIDI2Parser.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "bench/MIDIKitCore/Measure.hpp"
 #include "bench/MIDIKitCore/MessageCounting.hpp"
 #include "tests/AllocationCounter.hpp"

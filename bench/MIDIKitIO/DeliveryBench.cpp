@@ -14,7 +14,7 @@
 #include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
 #include "bench/MIDIKitIO/Delivery.hpp"
 #include "bench/MIDIKitIO/PlainSequencer.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 
 namespace midikit::bench {

@@ -9,7 +9,7 @@
 #include <variant>
 
 #include "device/SerialPortSettings.hpp"
-#include "foundation/ReadReadiness.hpp"
+#include "foundation/run/ReadReadiness.hpp"
 
 namespace karvex::device {
 

@@ -13,7 +13,7 @@
 
 #include "MIDIKitCore/MIDI2Parser.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 
 namespace {
 

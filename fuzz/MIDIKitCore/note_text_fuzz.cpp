@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "MIDIKitCore/MIDINote.hpp"
+#include "MIDIKitCore/notes/MIDINote.hpp"
 
 namespace {
 

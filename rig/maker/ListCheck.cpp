@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "foundation/TransferPolicy.hpp"
+#include "foundation/net/TransferPolicy.hpp"
 #include "rig/maker/ListRules.hpp"
 #include "service/DescriptorDecoder.hpp"
 

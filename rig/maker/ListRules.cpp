@@ -7,8 +7,8 @@
 #include <system_error>
 #include <utility>
 
-#include "foundation/TransferPolicy.hpp"
-#include "foundation/Url.hpp"
+#include "foundation/net/TransferPolicy.hpp"
+#include "foundation/net/Url.hpp"
 #include "loader/mcu_table.hpp"
 #include "rig/ExpectedFlash.hpp"
 #include "rig/maker/ListText.hpp"

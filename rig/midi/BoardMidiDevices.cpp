@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/Timer.hpp"
 
 namespace karvex::rig {
 

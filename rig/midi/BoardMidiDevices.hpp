@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "rig/VirtualBus.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 

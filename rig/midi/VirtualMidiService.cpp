@@ -3,7 +3,7 @@
 #include <mutex>
 #include <utility>
 
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 namespace karvex::rig {
 

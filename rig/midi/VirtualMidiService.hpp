@@ -7,7 +7,7 @@
 
 #include "MIDIKitIO/platform/engine/DeviceDescription.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "rig/midi/CountedMidiService.hpp"
 
 namespace karvex::rig {

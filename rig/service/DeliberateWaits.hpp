@@ -7,7 +7,7 @@
 #include <optional>
 #include <set>
 
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 
 namespace karvex::rig {
 

@@ -15,7 +15,7 @@
 #include <thread>
 #include <variant>
 
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 #include "loader/ascii.hpp"
 #include "rig/service/CertificateAuthority.hpp"
 #include "rig/service/DeliberateWaits.hpp"

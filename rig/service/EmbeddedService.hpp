@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/Runtime.hpp"
-#include "foundation/TransferPolicy.hpp"
+#include "foundation/net/TransferPolicy.hpp"
+#include "foundation/run/Runtime.hpp"
 #include "rig/service/ServedDevice.hpp"
 #include "rig/service/ServiceFaults.hpp"
 

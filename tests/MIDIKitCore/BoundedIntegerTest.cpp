@@ -1,4 +1,4 @@
-#include "MIDIKitCore/BoundedInteger.hpp"
+#include "MIDIKitCore/numbers/BoundedInteger.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,11 +11,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "MIDIKitCore/UInt14.hpp"
-#include "MIDIKitCore/UInt25.hpp"
-#include "MIDIKitCore/UInt4.hpp"
-#include "MIDIKitCore/UInt7.hpp"
-#include "MIDIKitCore/UInt9.hpp"
+#include "MIDIKitCore/numbers/UInt.hpp"
 
 namespace midikit::core {
 namespace {

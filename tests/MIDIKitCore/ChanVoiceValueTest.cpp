@@ -1,4 +1,4 @@
-#include "MIDIKitCore/ChanVoiceValue.hpp"
+#include "MIDIKitCore/numbers/ChanVoiceValue.hpp"
 
 #include <cstdint>
 #include <functional>

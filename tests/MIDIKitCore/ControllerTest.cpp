@@ -1,4 +1,4 @@
-#include "MIDIKitCore/Controller.hpp"
+#include "MIDIKitCore/controllers/Controller.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "MIDIKitCore/PerNoteController.hpp"
+#include "MIDIKitCore/controllers/PerNoteController.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

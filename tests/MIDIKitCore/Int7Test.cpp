@@ -1,4 +1,4 @@
-#include "MIDIKitCore/Int7.hpp"
+#include "MIDIKitCore/numbers/Int7.hpp"
 
 #include <gtest/gtest.h>
 

@@ -7,9 +7,9 @@
 #include <span>
 #include <string>
 
-#include "MIDIKitCore/SysExBuffer.hpp"
 #include "MIDIKitCore/SysExParser.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/detail/SysExBuffer.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

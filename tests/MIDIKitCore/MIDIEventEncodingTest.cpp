@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "MIDIKitCore/MIDIEvent.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

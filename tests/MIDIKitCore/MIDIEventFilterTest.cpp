@@ -1,4 +1,4 @@
-#include "MIDIKitCore/MIDIEventFilter.hpp"
+#include "MIDIKitCore/filters/MIDIEventFilter.hpp"
 
 #include <gtest/gtest.h>
 
@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "MIDIKitCore/MIDIEventFamily.hpp"
-#include "MIDIKitCore/MIDIEventFilterGroup.hpp"
+#include "MIDIKitCore/events/MIDIEventFamily.hpp"
+#include "MIDIKitCore/filters/MIDIEventFilterGroup.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

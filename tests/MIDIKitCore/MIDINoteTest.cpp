@@ -1,4 +1,4 @@
-#include "MIDIKitCore/MIDINote.hpp"
+#include "MIDIKitCore/notes/MIDINote.hpp"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "MIDIKitCore/MIDINoteRange.hpp"
+#include "MIDIKitCore/notes/MIDINoteRange.hpp"
 
 namespace midikit::core {
 namespace {

@@ -1,8 +1,8 @@
-#include "MIDIKitCore/MIDIUMPFields.hpp"
+#include "MIDIKitCore/wire/MIDIUMPFields.hpp"
 
 #include <gtest/gtest.h>
 
-#include "MIDIKitCore/MIDIProtocolVersion.hpp"
+#include "MIDIKitCore/wire/MIDIProtocolVersion.hpp"
 
 namespace midikit::core {
 namespace {

@@ -1,4 +1,4 @@
-#include "MIDIKitCore/NoteAttribute.hpp"
+#include "MIDIKitCore/controllers/NoteAttribute.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <limits>
 #include <string>
 
-#include "MIDIKitCore/Pitch7_25.hpp"
+#include "MIDIKitCore/numbers/Pitch.hpp"
 
 namespace midikit::core {
 namespace {

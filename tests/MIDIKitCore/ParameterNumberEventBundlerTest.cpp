@@ -8,7 +8,7 @@
 #include <string>
 
 #include "MIDIKitCore/AdvancedMIDI2Parser.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

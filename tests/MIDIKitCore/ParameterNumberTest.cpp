@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "MIDIKitCore/ParameterNumberEvents.hpp"
+#include "MIDIKitCore/events/ParameterNumberEvents.hpp"
 
 namespace midikit::core {
 namespace {

@@ -1,4 +1,4 @@
-#include "MIDIKitCore/SysExData.hpp"
+#include "MIDIKitCore/sysex/SysExData.hpp"
 
 #include <gtest/gtest.h>
 

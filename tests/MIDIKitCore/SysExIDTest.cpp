@@ -1,4 +1,4 @@
-#include "MIDIKitCore/SysExID.hpp"
+#include "MIDIKitCore/sysex/SysExID.hpp"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <span>
 #include <string>
 
-#include "MIDIKitCore/SysExManufacturerTable.hpp"
+#include "MIDIKitCore/sysex/SysExManufacturerTable.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

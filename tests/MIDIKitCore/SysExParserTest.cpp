@@ -8,8 +8,8 @@
 
 #include "MIDIKitCore/MIDI1Parser.hpp"
 #include "MIDIKitCore/MIDI2Parser.hpp"
-#include "MIDIKitCore/SysExBytes.hpp"
-#include "MIDIKitCore/SysExIdentity.hpp"
+#include "MIDIKitCore/sysex/SysExBytes.hpp"
+#include "MIDIKitCore/sysex/SysExIdentity.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 
 namespace midikit::core {

@@ -1,4 +1,4 @@
-#include "MIDIKitCore/UInt14.hpp"
+#include "MIDIKitCore/numbers/UInt.hpp"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,6 @@
 #include <functional>
 #include <limits>
 
-#include "MIDIKitCore/BytePair.hpp"
-#include "MIDIKitCore/Nibbles.hpp"
-#include "MIDIKitCore/UInt7Pair.hpp"
 #include "MIDIKitCore/ValueScaling.hpp"
 
 namespace midikit::core {
@@ -67,14 +64,6 @@ TEST(UInt7PairTest, RefusesASerialisedHalfOfMoreThanSevenBits) {
     const auto pair = UInt7Pair::decoded(encoded);
     ASSERT_FALSE(pair);
     EXPECT_EQ(pair.error().description(), "Encoded value is not a valid UInt7.");
-  }
-}
-
-TEST(NibblesTest, SplitAByteAndJoinItAgain) {
-  for (int byte = 0; byte <= 0xFF; ++byte) {
-    const auto nibbles = Nibbles::of(static_cast<std::uint8_t>(byte));
-    ASSERT_EQ(nibbles, (Nibbles{.high = UInt4(byte / 16), .low = UInt4(byte % 16)}));
-    ASSERT_EQ(nibbles.byte(), byte);
   }
 }
 

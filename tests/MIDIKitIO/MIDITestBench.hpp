@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "MIDIKitCore/MIDIIOError.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 
 namespace midikit::io {

@@ -12,9 +12,9 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/SerialQueue.hpp"
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/SystemRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace midikit::internals {
 namespace {

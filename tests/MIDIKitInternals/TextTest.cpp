@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "foundation/Utf8.hpp"
+#include "foundation/text/Utf8.hpp"
 
 namespace midikit::internals {
 namespace {

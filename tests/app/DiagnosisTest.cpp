@@ -10,7 +10,7 @@
 
 #include "app/diagnosis/ServiceSurvey.hpp"
 #include "app/diagnosis/SystemSurvey.hpp"
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 #include "tests/ui/UiBench.hpp"
 
 namespace karvex::app {

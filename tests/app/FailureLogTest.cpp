@@ -7,7 +7,7 @@
 #include <string>
 
 #include "app/FailureRecorder.hpp"
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 #include "tests/ui/UiBench.hpp"
 
 namespace karvex::app {

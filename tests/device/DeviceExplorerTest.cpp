@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "foundation/Log.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::device {
 namespace {

@@ -11,7 +11,7 @@
 
 #include "device/SerialPortManagement.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::device {
 namespace {

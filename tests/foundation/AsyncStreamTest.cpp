@@ -1,4 +1,4 @@
-#include "foundation/AsyncStream.hpp"
+#include "foundation/run/AsyncStream.hpp"
 
 #include <gmock/gmock.h>
 
@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::foundation {
 namespace {

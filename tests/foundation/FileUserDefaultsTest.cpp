@@ -1,4 +1,4 @@
-#include "foundation/FileUserDefaults.hpp"
+#include "foundation/files/FileUserDefaults.hpp"
 
 #include <gmock/gmock.h>
 
@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "foundation/Log.hpp"
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 
 namespace karvex::foundation {
 namespace {

@@ -1,4 +1,4 @@
-#include "foundation/ReadReadiness.hpp"
+#include "foundation/run/ReadReadiness.hpp"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,7 @@
 #include <string>
 #include <utility>
 
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 
 namespace karvex::foundation {
 namespace {

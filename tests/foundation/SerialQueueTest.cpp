@@ -1,4 +1,4 @@
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::foundation {
 namespace {

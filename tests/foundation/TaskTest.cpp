@@ -1,4 +1,4 @@
-#include "foundation/Task.hpp"
+#include "foundation/run/Task.hpp"
 
 #include <gmock/gmock.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::foundation {
 namespace {

@@ -1,4 +1,4 @@
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>

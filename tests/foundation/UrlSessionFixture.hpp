@@ -10,10 +10,10 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/TemporaryDirectory.hpp"
-#include "foundation/UrlSession.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
+#include "foundation/net/UrlSession.hpp"
+#include "foundation/run/SystemRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "tests/foundation/LoopbackServer.hpp"
 
 namespace karvex::foundation {

@@ -1,4 +1,4 @@
-#include "foundation/UrlSession.hpp"
+#include "foundation/net/UrlSession.hpp"
 
 #include <signal.h>
 #include <sys/resource.h>

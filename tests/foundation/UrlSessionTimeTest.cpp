@@ -2,7 +2,7 @@
 #include <future>
 #include <thread>
 
-#include "foundation/Timer.hpp"
+#include "foundation/run/Timer.hpp"
 #include "tests/foundation/UrlSessionFixture.hpp"
 
 /// Time-outs, virtual time, and the end of a session.

@@ -1,4 +1,4 @@
-#include "foundation/Url.hpp"
+#include "foundation/net/Url.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "foundation/Utf8.hpp"
+#include "foundation/text/Utf8.hpp"
 
 #include <gtest/gtest.h>
 

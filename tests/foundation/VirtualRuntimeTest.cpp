@@ -1,4 +1,4 @@
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 #include <gmock/gmock.h>
 
@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/SerialQueue.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/Timer.hpp"
 
 namespace karvex::foundation {
 namespace {

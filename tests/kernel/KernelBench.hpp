@@ -11,7 +11,7 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "tests/kernel/SequencerPeer.hpp"
 
 namespace midikit::io {

@@ -10,8 +10,8 @@
 #include <numeric>
 #include <vector>
 
-#include "foundation/TemporaryDirectory.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "loader/halfkay.hpp"
 #include "loader/platform/hid.hpp"
 #include "loader/platform/host.hpp"

@@ -17,7 +17,7 @@ endforeach()
 
 # Every installed header stands on its own feet, with nothing but the package to include from.
 file(GLOB_RECURSE headers RELATIVE "${prefix}/include/karvex" "${prefix}/include/karvex/*.hpp")
-if(NOT headers MATCHES "foundation/Queue.hpp" OR NOT headers MATCHES "MIDIKitCore/MIDIOSStatus.hpp")
+if(NOT headers MATCHES "foundation/run/Queue.hpp" OR NOT headers MATCHES "MIDIKitCore/MIDIOSStatus.hpp")
   message(FATAL_ERROR "Headers are missing: ${headers}")
 endif()
 list(TRANSFORM headers REPLACE "(.+)" "#include \"\\1\"\n" OUTPUT_VARIABLE includes)

@@ -7,7 +7,7 @@
 #include <system_error>
 #include <vector>
 
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 
 namespace karvex::rig {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "rig/VirtualHid.hpp"
 
 namespace karvex::rig {

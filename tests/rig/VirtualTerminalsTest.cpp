@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "device/SerialPortManagement.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace karvex::rig {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "service/DescriptorDecoder.hpp"
 #include "service/FirmwareService.hpp"
 #include "service/FormText.hpp"

@@ -8,7 +8,7 @@
 
 #include "app/rig/RigPlatform.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "loader/load_status.hpp"
 #include "ui/Actions.hpp"
 #include "ui/ContentView.hpp"

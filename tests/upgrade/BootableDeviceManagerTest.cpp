@@ -5,7 +5,7 @@
 #include <sstream>
 #include <unordered_set>
 
-#include "foundation/Timer.hpp"
+#include "foundation/run/Timer.hpp"
 #include "tests/upgrade/UpgradeFixture.hpp"
 
 namespace karvex::upgrade {

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "app/rig/RigPlatform.hpp"
-#include "foundation/Task.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/Task.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "upgrade/DeviceListView.hpp"
 
 namespace karvex::upgrade {

@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/Gate.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Gate.hpp"
+#include "foundation/run/Runtime.hpp"
 
 namespace midikit::io::engine {
 

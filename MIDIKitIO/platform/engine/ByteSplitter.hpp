@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "MIDIKitCore/MIDI1Status.hpp"
+#include "MIDIKitCore/wire/MIDI1Status.hpp"
 
 namespace midikit::io::engine {
 

@@ -4,10 +4,10 @@
 #include <array>
 #include <vector>
 
-#include "MIDIKitCore/MIDI1Status.hpp"
-#include "MIDIKitCore/MIDIUMPFields.hpp"
-#include "MIDIKitCore/SysExPackets.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/detail/SysExPackets.hpp"
+#include "MIDIKitCore/wire/MIDI1Status.hpp"
+#include "MIDIKitCore/wire/MIDIUMPFields.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "MIDIKitIO/platform/engine/UmpMessages.hpp"
 
 namespace midikit::io::engine {

@@ -4,8 +4,8 @@
 #include <map>
 #include <span>
 
-#include "MIDIKitCore/SysExBuffer.hpp"
-#include "MIDIKitCore/UInt4.hpp"
+#include "MIDIKitCore/detail/SysExBuffer.hpp"
+#include "MIDIKitCore/numbers/UInt.hpp"
 #include "MIDIKitIO/platform/MIDIPacketList.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ByteSplitter.hpp"

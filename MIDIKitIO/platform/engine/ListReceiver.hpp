@@ -13,9 +13,9 @@
 #include "MIDIKitIO/platform/engine/MIDIConnection.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
 #include "MIDIKitInternals/InlineVector.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/WaitingLine.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/WaitingLine.hpp"
 
 namespace midikit::io::engine {
 

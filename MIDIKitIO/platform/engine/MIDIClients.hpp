@@ -6,8 +6,8 @@
 
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/BlockGate.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 namespace midikit::io::engine {
 

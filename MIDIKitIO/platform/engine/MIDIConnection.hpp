@@ -7,8 +7,8 @@
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 #include "MIDIKitIO/platform/engine/ListConversion.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
-#include "foundation/Clock.hpp"
-#include "foundation/WaitingLine.hpp"
+#include "foundation/run/Clock.hpp"
+#include "foundation/run/WaitingLine.hpp"
 
 namespace midikit::io::engine {
 

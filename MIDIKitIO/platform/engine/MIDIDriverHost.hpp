@@ -12,7 +12,7 @@
 #include "MIDIKitIO/platform/engine/ListReceiver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
 #include "MIDIKitIO/platform/engine/SetupEditor.hpp"
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 namespace midikit::io::engine {
 

@@ -6,7 +6,7 @@
 
 #include "MIDIKitIO/platform/MIDIPacketList.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
-#include "foundation/BlockStore.hpp"
+#include "foundation/run/BlockStore.hpp"
 
 namespace midikit::io::engine {
 

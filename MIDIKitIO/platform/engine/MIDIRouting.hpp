@@ -12,7 +12,7 @@
 #include "MIDIKitIO/platform/engine/ListReceiver.hpp"
 #include "MIDIKitIO/platform/engine/MIDIConnection.hpp"
 #include "MIDIKitIO/platform/engine/MIDIList.hpp"
-#include "foundation/Clock.hpp"
+#include "foundation/run/Clock.hpp"
 
 namespace midikit::io::engine {
 

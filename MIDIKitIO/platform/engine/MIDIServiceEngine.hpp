@@ -26,10 +26,10 @@
 #include "MIDIKitIO/platform/engine/SetupEditor.hpp"
 #include "MIDIKitIO/platform/engine/ThruConnectionStore.hpp"
 #include "MIDIKitIO/platform/engine/ThruConnections.hpp"
-#include "foundation/Clock.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/Clock.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/Timer.hpp"
 
 namespace midikit::io::engine {
 

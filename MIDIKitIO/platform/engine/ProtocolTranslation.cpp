@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "MIDIKitCore/MIDIUMPFields.hpp"
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/MIDIUMPFields.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 
 namespace midikit::io::engine {
 

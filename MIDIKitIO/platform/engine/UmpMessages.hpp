@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "MIDIKitIO/platform/MIDIServiceTypes.hpp"
 
 namespace midikit::io::engine {

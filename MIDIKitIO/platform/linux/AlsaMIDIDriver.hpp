@@ -12,8 +12,8 @@
 #include "MIDIKitIO/platform/linux/FileWatch.hpp"
 #include "MIDIKitIO/platform/linux/Sequencer.hpp"
 #include "MIDIKitIO/platform/linux/SequencerSession.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 namespace midikit::io::alsa {
 

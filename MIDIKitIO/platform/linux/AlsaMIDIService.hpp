@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "MIDIKitIO/platform/MIDIService.hpp"
-#include "foundation/Runtime.hpp"
+#include "foundation/run/Runtime.hpp"
 
 namespace midikit::io {
 

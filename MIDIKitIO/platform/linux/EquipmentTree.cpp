@@ -7,7 +7,7 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/linux/DeviceMatch.hpp"
-#include "foundation/Utf8.hpp"
+#include "foundation/text/Utf8.hpp"
 
 namespace midikit::io::alsa {
 

@@ -4,7 +4,7 @@
 #include <new>
 #include <utility>
 
-#include "MIDIKitCore/MIDI1Status.hpp"
+#include "MIDIKitCore/wire/MIDI1Status.hpp"
 
 namespace midikit::io::alsa {
 

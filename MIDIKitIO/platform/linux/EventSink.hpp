@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "MIDIKitIO/platform/linux/EquipmentTree.hpp"
-#include "foundation/Clock.hpp"
+#include "foundation/run/Clock.hpp"
 
 namespace midikit::io::alsa {
 

@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
-#include "foundation/Queue.hpp"
-#include "foundation/ReadReadiness.hpp"
+#include "foundation/run/Queue.hpp"
+#include "foundation/run/ReadReadiness.hpp"
 
 namespace midikit::io::alsa {
 

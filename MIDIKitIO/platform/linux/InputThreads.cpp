@@ -13,7 +13,7 @@
 #include <system_error>
 #include <utility>
 
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/SerialQueue.hpp"
 
 namespace midikit::io::alsa {
 

@@ -13,9 +13,9 @@
 #include "MIDIKitIO/platform/linux/EventCoder.hpp"
 #include "MIDIKitIO/platform/linux/EventSink.hpp"
 #include "MIDIKitIO/platform/linux/SysExPacer.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/Timer.hpp"
 
 namespace midikit::io::alsa {
 

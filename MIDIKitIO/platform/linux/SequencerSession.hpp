@@ -18,9 +18,9 @@
 #include "MIDIKitIO/platform/linux/Outlet.hpp"
 #include "MIDIKitIO/platform/linux/OwnPorts.hpp"
 #include "MIDIKitIO/platform/linux/Sequencer.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/Timer.hpp"
 
 namespace midikit::io::alsa {
 

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <cstdint>
 
-#include "foundation/Clock.hpp"
+#include "foundation/run/Clock.hpp"
 
 namespace midikit::io::alsa {
 

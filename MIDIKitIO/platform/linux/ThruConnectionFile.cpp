@@ -11,7 +11,7 @@
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 #include "MIDIKitIO/platform/linux/FileLock.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/ReplaceFile.hpp"
+#include "foundation/files/ReplaceFile.hpp"
 
 namespace midikit::io::alsa {
 

@@ -7,9 +7,9 @@
 #include "MIDIKitIO/platform/engine/ThruConnectionStore.hpp"
 #include "MIDIKitIO/platform/linux/FileLock.hpp"
 #include "MIDIKitIO/platform/linux/FileWatch.hpp"
-#include "foundation/Runtime.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/Timer.hpp"
+#include "foundation/run/Runtime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/Timer.hpp"
 
 namespace midikit::io::alsa {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "device/platform/TerminalNode.hpp"
-#include "foundation/Queue.hpp"
+#include "foundation/run/Queue.hpp"
 
 namespace karvex::device {
 

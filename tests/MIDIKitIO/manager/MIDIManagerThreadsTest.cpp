@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 
 namespace midikit::io {

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "MIDIKitCore/UMPWords.hpp"
+#include "MIDIKitCore/wire/UMPWords.hpp"
 #include "MIDIKitIO/receive/Events.hpp"
 #include "MIDIKitInternals/RadixText.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/SerialQueue.hpp"
+#include "foundation/run/SerialQueue.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
 #include "tests/MIDIKitIO/MIDITestBench.hpp"
 

@@ -12,7 +12,7 @@
 
 #include "app/rig/LoadReport.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "loader/halfkay_report.hpp"
 #include "loader/load_status.hpp"
 #include "loader/mcu_table.hpp"

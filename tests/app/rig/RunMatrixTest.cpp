@@ -14,7 +14,7 @@
 
 #include "app/rig/ApplicationCommand.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
 #include "loader/load_status.hpp"
 
 namespace karvex::app {

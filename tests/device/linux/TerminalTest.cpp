@@ -20,7 +20,7 @@
 #include "device/SerialPort.hpp"
 #include "device/platform/linux/TerminalTermios.hpp"
 #include "device/platform/linux/TermiosTerminalNodes.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 
 namespace karvex::device {
 namespace {

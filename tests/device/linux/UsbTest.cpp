@@ -17,7 +17,7 @@
 #include "device/platform/linux/UdevBoardSurvey.hpp"
 #include "device/platform/linux/UdevUsbBus.hpp"
 #include "device/platform/linux/UsbText.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "tests/device/linux/SysfsTree.hpp"
 
 namespace karvex::device {

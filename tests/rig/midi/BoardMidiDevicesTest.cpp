@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "tests/MIDIKitIO/platform/engine/MIDIServiceFixture.hpp"
 
 namespace karvex::rig {

@@ -9,8 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <vector>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "rig/service/EmbeddedService.hpp"
 #include "tests/rig/service/TestClient.hpp"
 

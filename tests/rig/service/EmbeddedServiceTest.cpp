@@ -6,8 +6,8 @@
 #include <iterator>
 #include <vector>
 
-#include "foundation/SystemRuntime.hpp"
-#include "foundation/TemporaryDirectory.hpp"
+#include "foundation/files/TemporaryDirectory.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "tests/rig/service/TestClient.hpp"
 
 namespace karvex::rig {

@@ -8,7 +8,7 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace midikit::io::engine {
 namespace {

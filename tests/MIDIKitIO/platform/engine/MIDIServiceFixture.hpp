@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 
 namespace midikit::io::engine {

@@ -4,7 +4,7 @@
 #include <thread>
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 #include "rig/midi/VirtualMidiService.hpp"
 
 namespace midikit::io::engine {

@@ -5,8 +5,8 @@
 
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
 #include "MIDIKitIO/platform/engine/MIDIServiceEngine.hpp"
-#include "foundation/SerialQueue.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/SerialQueue.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace midikit::io::alsa {
 namespace {

@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/SystemRuntime.hpp"
+#include "foundation/run/SystemRuntime.hpp"
 
 namespace midikit::io::alsa {
 namespace {

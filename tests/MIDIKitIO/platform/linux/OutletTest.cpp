@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "foundation/Log.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace midikit::io::alsa {
 namespace {

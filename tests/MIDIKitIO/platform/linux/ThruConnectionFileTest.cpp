@@ -8,7 +8,7 @@
 #include "MIDIKitIO/platform/engine/ThruParameters.hpp"
 #include "MIDIKitIO/platform/linux/AlsaMIDIService.hpp"
 #include "foundation/Log.hpp"
-#include "foundation/VirtualRuntime.hpp"
+#include "foundation/run/VirtualRuntime.hpp"
 
 namespace midikit::io::alsa {
 namespace {

@@ -1,9 +1,0 @@
-#include "MIDIKitCore/Bank.hpp"
-
-namespace midikit::core {
-
-std::string Bank::description() const {
-  return isBankSelect_ ? "bankSelect(" + number_.description() + ")" : "noBankSelect";
-}
-
-}  // namespace midikit::core
