@@ -14,6 +14,7 @@
 #include <system_error>
 
 #include "foundation/files/ReplaceFile.hpp"
+#include "foundation/text/Utf8.hpp"
 #include "ui/LineText.hpp"
 #include "ui/console/StyledText.hpp"
 
@@ -51,13 +52,7 @@ class Turn {
 std::string cleanLine(std::string_view text) {
   std::string line(text);
   std::ranges::replace(line, '\n', ' ');
-  line = ui::lineOf(line);
-  auto end = std::min(line.size(), FailureLog::longestLine);
-  while (end < line.size() && (static_cast<unsigned char>(line[end]) & 0xC0U) == 0x80U) {
-    --end;
-  }
-  line.resize(end);
-  return line;
+  return std::string(foundation::beginningOf(ui::lineOf(line), FailureLog::longestLine));
 }
 
 std::vector<std::string> linesOf(const fs::path& file) {

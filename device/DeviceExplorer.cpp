@@ -16,11 +16,14 @@ namespace {
 
 using records::DeviceInfo;
 
-constexpr std::int32_t halfkayProductId = 0x0478;
-
 constexpr std::array<std::int32_t, 13> acceptedProducts = {
-    0x0476, halfkayProductId, 0x0482, 0x0483, 0x0486, 0x0487, 0x048B,
-    0x048C, 0x04D0,           0x04D1, 0x04D2, 0x04D3, 0x04D4,
+    0x0476, records::halfKayProductId,
+    0x0482, 0x0483,
+    0x0486, 0x0487,
+    0x048B, 0x048C,
+    0x04D0, 0x04D1,
+    0x04D2, 0x04D3,
+    0x04D4,
 };
 
 /// These product IDs are shared with boards that are none of the equipment; the revision tells which are.
@@ -66,7 +69,7 @@ bool DeviceExplorer::isEquipment(const UsbDevice& device) {
 }
 
 bool DeviceExplorer::isHalfkay(const UsbDevice& device) {
-  return device.idVendor == PJRC_VENDOR_ID && device.idProduct == halfkayProductId;
+  return device.idVendor == PJRC_VENDOR_ID && device.idProduct == records::halfKayProductId;
 }
 
 void DeviceExplorer::scanUSBDevices() {
@@ -95,8 +98,9 @@ DeviceInfo DeviceExplorer::deviceForSerialNumber(const std::string& serialNumber
 
 bool DeviceExplorer::isHalfkayDevicePresent() const {
   const auto list = devices.get();
-  return std::any_of(list.begin(), list.end(),
-                     [](const DeviceInfo& device) { return device.USBproductId == halfkayProductId; });
+  return std::any_of(list.begin(), list.end(), [](const DeviceInfo& device) {
+    return device.USBproductId == records::halfKayProductId;
+  });
 }
 
 bool DeviceExplorer::isSerialInterfacePresent(const std::string& serialNumber) const {

@@ -12,6 +12,7 @@
 #include "foundation/run/Runtime.hpp"
 #include "foundation/run/Task.hpp"
 #include "records/DeviceInfo.hpp"
+#include "records/UsbIds.hpp"
 
 namespace karvex::device {
 
@@ -29,7 +30,7 @@ struct ExplorerPlatform {
 /// it. All operations are for the main thread.
 class DeviceExplorer {
  public:
-  static constexpr std::int32_t PJRC_VENDOR_ID = 0x16C0;
+  static constexpr std::int32_t PJRC_VENDOR_ID = records::boardVendorId;
 
   /// True for what a scan finds, if it has a serial number: a board of the equipment, in either mode.
   /// Thread-safe: yes.

@@ -4,11 +4,10 @@
 
 #include "device/SerialPort.hpp"
 #include "foundation/Log.hpp"
+#include "records/UsbIds.hpp"
 
 namespace karvex::device {
 namespace {
-
-constexpr std::int32_t halfkayProductId = 0x0478;
 
 /// What a board takes as the request: 134 baud, 8 data bits, no parity, 1 stop bit.
 constexpr SerialPortSettings halfkayRequest{
@@ -32,7 +31,7 @@ void log(fmt::format_string<Args...> format, Args&&... args) {
 
 bool SerialPortManagement::checkPortAvailability(const records::BootableDevice& device,
                                                  const std::string& portName) {
-  if (device.USBProductId == halfkayProductId) {
+  if (device.USBProductId == records::halfKayProductId) {
     log("> KARVEX : Already in Halfkay mode... abort!");
     halfkayModeDetected.set(true);
     return false;
@@ -80,7 +79,7 @@ bool SerialPortManagement::requestHalfkayMode(const std::string& portName) {
 /// The flag is inverted, not set: whoever shows the failure puts it back.
 bool SerialPortManagement::requestFailed(const std::string& description) {
   errorText.set(description);
-  showErrorModal.update([](bool& shown) { shown = !shown; });
+  showErrorModal.toggle();
   return false;
 }
 

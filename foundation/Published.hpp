@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <functional>
 #include <mutex>
 #include <utility>
@@ -39,6 +40,13 @@ class Published {
       copy = value_;
     }
     observers_.notify(copy);
+  }
+
+  /// Turns a flag over: one change.
+  void toggle()
+    requires std::same_as<T, bool>
+  {
+    update([](bool& value) { value = !value; });
   }
 
   /// Calls the observer with the new value of each change from now on, for as long as the subscription lives.

@@ -29,7 +29,7 @@ struct BootableDevice {
   std::uint32_t setupDelay = 0;     ///< milliseconds
   std::uint32_t status = 0;         ///< a load status, 0 to 12
   std::optional<std::int32_t> USBVendorId;
-  std::optional<std::int32_t> USBProductId;  ///< 0x0478 in the HalfKay bootloader
+  std::optional<std::int32_t> USBProductId;  ///< halfKayProductId in the bootloader
   std::optional<std::int32_t> USBBCDDevice;
   float dlProgress = 0;  ///< nobody writes it
   float ulProgress = 0;  ///< nobody writes it

@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "records/UsbIds.hpp"
+
 namespace karvex::rig {
 namespace {
 
 constexpr std::uint32_t requestBaud = 134;
 constexpr std::uint8_t erasedByte = 0xFF;
-constexpr std::int32_t halfKayProductId = 0x0478;
 
 /// The reset of a board whose kind the host doesn't know is always this long.
 constexpr std::size_t longestReport = 1088;
@@ -225,7 +226,7 @@ ReportOutcome VirtualBoard::takeBlock(TimePoint now, std::span<const std::uint8_
 }
 
 std::int32_t VirtualBoard::productId() const {
-  return state_ == BoardState::halfKay ? halfKayProductId : kind_.productId;
+  return state_ == BoardState::halfKay ? records::halfKayProductId : kind_.productId;
 }
 
 std::string VirtualBoard::productName() const {

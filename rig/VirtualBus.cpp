@@ -3,17 +3,17 @@
 #include <utility>
 
 #include "device/PortName.hpp"
+#include "records/UsbIds.hpp"
 
 namespace karvex::rig {
 namespace {
 
-constexpr std::int32_t vendorId = 0x16C0;
 constexpr std::int32_t bootloaderRevision = 0x0100;
 
 device::UsbDevice descriptorOf(const VirtualBoard& board) {
   const bool inBootloader = board.state() == BoardState::halfKay;
   return {
-      .idVendor = vendorId,
+      .idVendor = records::boardVendorId,
       .idProduct = board.productId(),
       .bcdDevice = inBootloader ? bootloaderRevision : board.kind().revision,
       .serialNumber = board.serialNumber(),

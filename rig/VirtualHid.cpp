@@ -3,14 +3,14 @@
 #include <chrono>
 #include <memory>
 
+#include "records/UsbIds.hpp"
+
 namespace karvex::rig {
 namespace {
 
 using Handle = VirtualBus::HalfKayBoard;
 
 /// The boards are the only HID devices on the bus, and only while they are in their bootloader.
-constexpr std::uint16_t bootloaderVendor = 0x16C0;
-constexpr std::uint16_t bootloaderProduct = 0x0478;
 
 /// A transfer that fails takes this long on a real bus (a stall 2 to 9 ms were measured). Without it, a
 /// report that is offered again and again would never get past a moment of virtual time.
@@ -36,7 +36,7 @@ loader::hid_access open(loader::hid_device* device) {
 
 loader::hid_search VirtualHid::findFirst(std::uint16_t vendor, std::uint16_t product,
                                          loader::hid_device** device) {
-  if (vendor != bootloaderVendor || product != bootloaderProduct) {
+  if (vendor != records::boardVendorId || product != records::halfKayProductId) {
     return loader::hid_search::none;
   }
   const auto board = bus_.firstHalfKayBoard();

@@ -1,5 +1,7 @@
 #include "service/FormText.hpp"
 
+#include "foundation/text/HexText.hpp"
+
 namespace karvex::service {
 namespace {
 
@@ -10,20 +12,6 @@ bool standsAsItIs(char character) {
          (character >= '0' && character <= '9') || marks.find(character) != std::string_view::npos;
 }
 
-void appendEncoded(std::string& text, std::string_view raw) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
-  for (const char character : raw) {
-    if (standsAsItIs(character)) {
-      text += character;
-    } else {
-      const auto byte = static_cast<unsigned char>(character);
-      text += '%';
-      text += digits[byte >> 4U];
-      text += digits[byte & 0xFU];
-    }
-  }
-}
-
 }  // namespace
 
 std::string formText(const std::vector<FormItem>& items) {
@@ -32,9 +20,8 @@ std::string formText(const std::vector<FormItem>& items) {
     if (!text.empty()) {
       text += '&';
     }
-    appendEncoded(text, name);
-    text += '=';
-    appendEncoded(text, value);
+    text += foundation::percentEncoded(name, standsAsItIs) + '=' +
+            foundation::percentEncoded(value, standsAsItIs);
   }
   return text;
 }

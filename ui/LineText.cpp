@@ -2,14 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 
 #include "foundation/text/Utf8.hpp"
 
 namespace karvex::ui {
 namespace {
-
-constexpr std::string_view replacement = "\xEF\xBF\xBD";  // U+FFFD
 
 struct Range {
   char32_t first;
@@ -28,14 +25,6 @@ constexpr std::array unsafe{
     Range{0xE0000, 0xE007F},                         // tags
 };
 
-/// The length in bytes that a character with this first byte has.
-std::size_t lengthBehind(unsigned char first) {
-  if (first < 0x80) {
-    return 1;
-  }
-  return first < 0xE0 ? 2 : (first < 0xF0 ? 3 : 4);
-}
-
 }  // namespace
 
 bool isUnsafeInLine(char32_t character) {
@@ -43,30 +32,13 @@ bool isUnsafeInLine(char32_t character) {
       unsafe, [character](Range range) { return character >= range.first && character <= range.last; });
 }
 
-std::string_view firstCharacter(std::string_view text) {
-  return text.substr(0, lengthBehind(static_cast<unsigned char>(text.front())));
-}
-
-char32_t characterIn(std::string_view bytes) {
-  constexpr std::array<unsigned, 5> bitsOfFirst{0, 0x7F, 0x1F, 0x0F, 0x07};
-  char32_t character = static_cast<unsigned char>(bytes.front()) & bitsOfFirst.at(bytes.size());
-  for (const char byte : bytes.substr(1)) {
-    character = character << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
-  }
-  return character;
-}
-
 std::string lineOf(std::string_view text) {
   std::string result;
   while (!text.empty()) {
-    const auto bytes = firstCharacter(text);
-    if (!foundation::isUtf8(bytes)) {
-      result += replacement;
-      text.remove_prefix(1);
-      continue;
-    }
-    result += isUnsafeInLine(characterIn(bytes)) ? replacement : bytes;
-    text.remove_prefix(bytes.size());
+    const auto character = foundation::firstCharacter(text);
+    result +=
+        character && !isUnsafeInLine(character->scalar) ? character->bytes : foundation::replacementCharacter;
+    text.remove_prefix(character ? character->bytes.size() : 1);
   }
   return result;
 }

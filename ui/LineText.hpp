@@ -16,15 +16,4 @@ bool isUnsafeInLine(char32_t character);
 /// Realtime-safe: no, it allocates.
 std::string lineOf(std::string_view text);
 
-/// The bytes of the first character; of text that is no UTF-8, what its first byte claims, as far as it is
-/// there. The text must not be empty.
-/// Thread-safe: yes.
-/// Realtime-safe: yes.
-std::string_view firstCharacter(std::string_view text);
-
-/// The character that its bytes, which are UTF-8, stand for.
-/// Thread-safe: yes.
-/// Realtime-safe: yes.
-char32_t characterIn(std::string_view bytes);
-
 }  // namespace karvex::ui

@@ -20,10 +20,6 @@ using foundation::Uuid;
 
 constexpr std::chrono::milliseconds tickInterval{250};
 
-void invert(foundation::Published<bool>& flag) {
-  flag.update([](bool& value) { value = !value; });
-}
-
 }  // namespace
 
 DeviceListView::DeviceListView(const Platform& platform, NotificationManager& notifications,
@@ -189,13 +185,13 @@ void DeviceListView::confirm(Alert alert) {
       uploadErrorShowModal.set(false);
       break;
     case Alert::portBusy:
-      invert(portBusyError);
+      portBusyError.toggle();
       break;
     case Alert::downloadError:
       downloadErrorShowModal.set(false);
       break;
     case Alert::halfkayModeFailed:
-      invert(halfkayModeFailed);
+      halfkayModeFailed.toggle();
       serialPortMgr.errorText.set("");
       break;
   }
@@ -209,7 +205,7 @@ void DeviceListView::resetFirstHalfkayBoard() {
   serialNumberInWork_.clear();  // If this one may not be opened either, no run stops at it.
   selectedDeviceId.set(std::nullopt);
   loadingViewModel.resetUploadControls();
-  invert(halfkayModeDetected);
+  halfkayModeDetected.toggle();
   foundation::log::system("> KARVEX : Resetting first Halfkay board found");
   loader::reset_halfkay_device();
   foundation::log::system("> KARVEX : HalfKay reset sent");

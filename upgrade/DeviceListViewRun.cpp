@@ -35,10 +35,6 @@ void log(fmt::format_string<Args...> format, Args&&... args) {
   foundation::log::system(fmt::format(format, std::forward<Args>(args)...));
 }
 
-void invert(foundation::Published<bool>& flag) {
-  flag.update([](bool& value) { value = !value; });
-}
-
 }  // namespace
 
 /// Makes the next tick take the status over, also if it is that of before.
@@ -109,7 +105,7 @@ Task<std::string> DeviceListView::downloadFirmware(records::BootableDevice devic
   co_await foundation::resumeOn(platform_.runtime.mainQueue());
   if (path.empty()) {
     log("> KARVEX : Download Failed:  {}", failure);
-    invert(downloadErrorShowModal);
+    downloadErrorShowModal.toggle();
     downloadErrorText.set(failure);
     loadingViewModel.resetUploadControls();
     co_return downloadFailed;
@@ -134,12 +130,12 @@ bool DeviceListView::doUpload(const std::string& fileUrl, const records::Bootabl
   loader::reset_halfkay_device();
   const auto port = device::portNameFor(device.portSerialNumber);
   if (!serialPortMgr.checkPortAvailability(device, port)) {
-    invert(portBusyError);
+    portBusyError.toggle();
     return false;
   }
   showStatus(loader::LOAD_STATUS_PROGRAMMING);
   if (!serialPortMgr.requestHalfkayMode(port)) {
-    invert(halfkayModeFailed);
+    halfkayModeFailed.toggle();
     return false;
   }
   platform_.runtime.clock().sleepFor(pauseBehindRequest);
@@ -191,7 +187,7 @@ void DeviceListView::loadEnded(const Uuid& id) {
   const auto finished = std::ranges::find(devices, id, &records::BootableDevice::id);
   if (finished == devices.end() || std::next(finished) == devices.end()) {
     endRun();
-    invert(procedureComplete);
+    procedureComplete.toggle();
     log("> KARVEX : End of loading Sequence");
     return;
   }

@@ -1,20 +1,13 @@
 #include "MIDIKitCore/numbers/UInt.hpp"
 
-#include <string_view>
+#include "MIDIKitInternals/RadixText.hpp"
 
 namespace midikit::core {
 
-namespace {
-
-std::string hexadecimal(UInt7 half) {
-  static constexpr std::string_view digits = "0123456789ABCDEF";
-  return {'0', 'x', digits[half.value() >> 4U], digits[half.value() & 0xFU]};
-}
-
-}  // namespace
-
 std::string UInt7Pair::description() const {
-  return "[msb: " + hexadecimal(msb) + ", lsb: " + hexadecimal(lsb) + "]";
+  constexpr internals::RadixStyle style{.width = 2, .prefix = true};
+  return "[msb: " + internals::hexText(msb.value(), style) +
+         ", lsb: " + internals::hexText(lsb.value(), style) + "]";
 }
 
 }  // namespace midikit::core

@@ -1,18 +1,11 @@
 #include "MIDIKitCore/sysex/SysExID.hpp"
 
-#include <string_view>
+#include "MIDIKitInternals/RadixText.hpp"
 
 namespace midikit::core {
 
 std::string SysExManufacturer::description() const {
-  static constexpr std::string_view digits = "0123456789ABCDEF";
-  std::string result;
-  for (const auto byte : bytes7()) {
-    result += result.empty() ? "0x" : " 0x";
-    result += digits[byte >> 4];
-    result += digits[byte & 0xF];
-  }
-  return result;
+  return internals::hexText(bytes7(), {.width = 2, .prefix = true});
 }
 
 std::string SysExID::description() const {

@@ -10,8 +10,7 @@
 
 #include "app/ScriptedUser.hpp"
 #include "app/TerminalPage.hpp"
-#include "app/rig/RigPlatform.hpp"
-#include "app/rig/RunRecorder.hpp"
+#include "app/rig/RigObjects.hpp"
 #include "app/rig/RunReport.hpp"
 #include "app/rig/WindowCommand.hpp"
 #include "ui/Actions.hpp"
@@ -23,66 +22,56 @@
 namespace karvex::app {
 namespace {
 
-/// The application's objects on the rig, and the front that shows them.
-class RigApplication {
+/// The application on the rig in a terminal: a page of it, or plain lines.
+class FrontOnRig {
  public:
-  RigApplication(const CommonOptions& common, const ApplicationOptions& options,
-                 RunRecorder::EndListener endListener)
-      : options_(options),
-        runtime_(makeRuntime(common)),
-        rig_(*runtime_, options.equipment, options.serviceFaults),
-        app_(rig_.platform()),
-        view_(rig_.platform(), app_),
-        actions_(runtime_->mainQueue(), view_),
-        recorder_(rig_, view_, options.equipment, std::move(endListener)) {
+  FrontOnRig(const CommonOptions& common, const ApplicationOptions& options,
+             RunRecorder::EndListener endListener)
+      : options_(options), on_(common, options, std::move(endListener)) {
     if (common.realTime && ui::console::TerminalMode::isPossible()) {
-      page_ =
-          std::make_unique<TerminalPage>(view_, actions_, [this] { runtime_->stopMain(); }, common.showLog);
+      page_ = std::make_unique<TerminalPage>(
+          on_.view, on_.actions, [this] { on_.runtime->stopMain(); }, common.showLog);
     } else {
       writeLines();
     }
   }
 
-  ~RigApplication() {
-    runtime_->finish();
+  ~FrontOnRig() {
+    on_.runtime->finish();
     endSignals_.reset();
     page_.reset();
   }
-  RigApplication(const RigApplication&) = delete;
-  RigApplication& operator=(const RigApplication&) = delete;
+  FrontOnRig(const FrontOnRig&) = delete;
+  FrontOnRig& operator=(const FrontOnRig&) = delete;
 
   /// Gives what happened.
   RunRecord run() {
     const bool isScripted = options_.upgradeFrom.has_value();
     if (isScripted || !page_) {
       user_.emplace(
-          *runtime_, view_,
+          *on_.runtime, on_.view,
           ScriptedUser::Plan{.firstRow = isScripted ? *options_.upgradeFrom - 1 : options_.equipment.boards,
                              .answersAlerts = options_.answersAlerts},
-          [this] { runtime_->stopMain(); });
+          [this] { on_.runtime->stopMain(); });
     }
-    actions_.appear();
-    runtime_->runMain();
-    auto record = recorder_.record();
+    on_.actions.appear();
+    on_.runtime->runMain();
+    auto record = on_.recorder.record();
     record.hasGivenUp = user_ && user_->hasGivenUp();
     return record;
   }
 
  private:
   void writeLines() {
-    lineFront_.emplace(view_, [](auto line) { say(std::string(line)); });
+    lineFront_.emplace(on_.view, [](auto line) { say(std::string(line)); });
     endSignals_.emplace([this] {
-      runtime_->mainQueue().post([this] { lineFront_->quitWhenIdle([this] { runtime_->stopMain(); }); });
+      on_.runtime->mainQueue().post(
+          [this] { lineFront_->quitWhenIdle([this] { on_.runtime->stopMain(); }); });
     });
   }
 
   const ApplicationOptions& options_;
-  std::unique_ptr<foundation::Runtime> runtime_;
-  RigPlatform rig_;
-  ui::KarvexApp app_;
-  ui::ContentView view_;
-  ui::Actions actions_;
-  RunRecorder recorder_;
+  RigObjects on_;
   std::optional<ui::console::LineFront> lineFront_;
   std::optional<ui::EndSignals> endSignals_;  // For the line front; the page has its own.
   std::unique_ptr<TerminalPage> page_;
@@ -157,7 +146,7 @@ int runApplication(const CommonOptions& common, const ApplicationOptions& option
     lastWords() = options.upgradeFrom ? summaryOf(record, firstRow).text : "";
   };
   const auto record = options.isInWindow ? runInWindow(common, options, endListener)
-                                         : RigApplication(common, options, endListener).run();
+                                         : FrontOnRig(common, options, endListener).run();
   const bool isWritten = writeReport(record);
   bool isAllWell = isWritten && !record.hasGivenUp;
   if (record.hasGivenUp) {

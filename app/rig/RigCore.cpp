@@ -6,19 +6,12 @@ namespace karvex::app {
 
 RigCore::RigCore(const CommonOptions& common, const ApplicationOptions& options, RunRecord& record,
                  RunRecorder::EndListener endListener)
-    : options_(options),
-      runtime_(makeRuntime(common)),
-      rig_(*runtime_, options.equipment, options.serviceFaults),
-      app_(rig_.platform()),
-      view_(rig_.platform(), app_),
-      actions_(runtime_->mainQueue(), view_),
-      recorder_(rig_, view_, options.equipment, std::move(endListener)),
-      record_(record) {}
+    : options_(options), on_(common, options, std::move(endListener)), record_(record) {}
 
 /// What runs on the global queue uses the others' state, so it ends first.
 RigCore::~RigCore() {
-  runtime_->finish();
-  record_ = recorder_.record();
+  on_.runtime->finish();
+  record_ = on_.recorder.record();
   record_.hasGivenUp = user_ && user_->hasGivenUp();
 }
 
@@ -26,11 +19,11 @@ void RigCore::shown() {
   if (!options_.upgradeFrom) {
     return;
   }
-  runtime_->mainQueue().post([this] {
+  on_.runtime->mainQueue().post([this] {
     user_.emplace(
-        *runtime_, view_,
+        *on_.runtime, on_.view,
         ScriptedUser::Plan{.firstRow = *options_.upgradeFrom - 1, .answersAlerts = options_.answersAlerts},
-        [this] { runtime_->stopMain(); });
+        [this] { on_.runtime->stopMain(); });
   });
 }
 

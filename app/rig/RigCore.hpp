@@ -1,14 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 
 #include "app/ApplicationCore.hpp"
 #include "app/ScriptedUser.hpp"
-#include "app/rig/ApplicationCommand.hpp"
-#include "app/rig/RigPlatform.hpp"
-#include "app/rig/RunRecorder.hpp"
-#include "ui/KarvexApp.hpp"
+#include "app/rig/RigObjects.hpp"
 
 namespace karvex::app {
 
@@ -23,20 +19,15 @@ class RigCore final : public ApplicationCore {
   RigCore(const RigCore&) = delete;
   RigCore& operator=(const RigCore&) = delete;
 
-  foundation::Runtime& runtime() override { return *runtime_; }
-  ui::ContentView& view() override { return view_; }
-  ui::Actions& actions() override { return actions_; }
+  foundation::Runtime& runtime() override { return *on_.runtime; }
+  ui::ContentView& view() override { return on_.view; }
+  ui::Actions& actions() override { return on_.actions; }
   /// Only now the scripted user has something to look at.
   void shown() override;
 
  private:
   const ApplicationOptions& options_;
-  std::unique_ptr<foundation::Runtime> runtime_;
-  RigPlatform rig_;
-  ui::KarvexApp app_;
-  ui::ContentView view_;
-  ui::Actions actions_;
-  RunRecorder recorder_;
+  RigObjects on_;
   RunRecord& record_;
   std::optional<ScriptedUser> user_;
 };

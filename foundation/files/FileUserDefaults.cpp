@@ -15,6 +15,7 @@
 
 #include "foundation/Log.hpp"
 #include "foundation/files/ReplaceFile.hpp"
+#include "foundation/text/HexText.hpp"
 
 namespace karvex::foundation {
 
@@ -78,17 +79,11 @@ class OpenFile {
 
 /// The key as the file has it, with the "=" after it.
 std::string lineStart(std::string_view key) {
-  constexpr std::string_view digits = "0123456789ABCDEF";
-  std::string text;
-  for (const char character : key) {
+  const auto isKept = [](char character) {
     const auto byte = static_cast<unsigned char>(character);
-    if (byte < 0x20 || byte == 0x7F || character == '%' || character == '=') {
-      text += {'%', digits[byte >> 4U], digits[byte & 0xFU]};
-    } else {
-      text += character;
-    }
-  }
-  return text + '=';
+    return byte >= 0x20 && byte != 0x7F && character != '%' && character != '=';
+  };
+  return percentEncoded(key, isKept) + '=';
 }
 
 std::vector<std::string_view> linesOf(std::string_view content) {

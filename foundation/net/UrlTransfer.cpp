@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "foundation/net/Url.hpp"
+#include "foundation/text/Utf8.hpp"
 
 namespace karvex::foundation {
 namespace {
@@ -117,11 +118,8 @@ std::string asLine(std::string text) {
   const auto isControl = [](char character) { return static_cast<unsigned char>(character) < ' '; };
   std::replace_if(text.begin(), text.end(), isControl, ' ');
   if (text.size() > longest) {
-    auto end = longest - more.size();
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
-      --end;  // Not within a UTF-8 sequence.
-    }
-    text.replace(end, std::string::npos, more);
+    text.resize(beginningOf(text, longest - more.size()).size());
+    text += more;
   }
   return text;
 }

@@ -34,6 +34,20 @@ std::size_t bytesOfFirst(std::string_view text) {
 
 }  // namespace
 
+std::optional<Utf8Character> firstCharacter(std::string_view text) {
+  const auto length = text.empty() ? 0 : bytesOfFirst(text);
+  if (length == 0) {
+    return std::nullopt;
+  }
+  const auto bytes = text.substr(0, length);
+  const auto leadBits = length == 1 ? 7 : 7 - length;
+  auto scalar = static_cast<char32_t>(static_cast<unsigned char>(bytes.front()) & ((1U << leadBits) - 1));
+  for (const char byte : bytes.substr(1)) {
+    scalar = (scalar << 6U) | (static_cast<unsigned char>(byte) & 0x3FU);
+  }
+  return Utf8Character{.bytes = bytes, .scalar = scalar};
+}
+
 bool isUtf8(std::string_view text) {
   while (!text.empty()) {
     const auto bytes = bytesOfFirst(text);
@@ -43,6 +57,16 @@ bool isUtf8(std::string_view text) {
     text.remove_prefix(bytes);
   }
   return true;
+}
+
+std::string_view beginningOf(std::string_view text, std::size_t bytes) {
+  if (text.size() <= bytes) {
+    return text;
+  }
+  while (bytes > 0 && isBetween(text[bytes], 0x80, 0xBF)) {
+    --bytes;
+  }
+  return text.substr(0, bytes);
 }
 
 std::optional<std::string> encodeUtf8(char32_t character) {

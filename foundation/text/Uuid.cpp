@@ -2,7 +2,8 @@
 
 #include <cstring>
 #include <random>
-#include <string_view>
+
+#include "foundation/text/HexText.hpp"
 
 namespace karvex::foundation {
 
@@ -19,14 +20,9 @@ Uuid Uuid::random() {
 }
 
 std::string Uuid::text() const {
-  constexpr std::string_view digits = "0123456789abcdef";
-  std::string text;
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) {
-      text += '-';
-    }
-    text += digits[bytes[i] >> 4U];
-    text += digits[bytes[i] & 0xFU];
+  auto text = hexText(std::string(bytes.begin(), bytes.end()));
+  for (const std::size_t place : {20U, 16U, 12U, 8U}) {
+    text.insert(place, 1, '-');
   }
   return text;
 }

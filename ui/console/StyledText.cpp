@@ -3,23 +3,29 @@
 #include <algorithm>
 #include <array>
 
-#include "ui/LineText.hpp"
+#include "foundation/text/Utf8.hpp"
 #include "ui/console/CharacterWidth.hpp"
 
 namespace karvex::ui::console {
 namespace {
+
+/// The first character of a text that isn't empty; a malformed byte counts as one.
+foundation::Utf8Character firstOf(std::string_view utf8) {
+  return foundation::firstCharacter(utf8).value_or(
+      foundation::Utf8Character{.bytes = utf8.substr(0, 1), .scalar = U'\uFFFD'});
+}
 
 /// The longest beginning that takes no more columns; half a wide character doesn't fit.
 std::string_view beginningOf(std::string_view utf8, std::size_t columns) {
   std::size_t end = 0;
   std::size_t taken = 0;
   while (end < utf8.size()) {
-    const auto bytes = firstCharacter(utf8.substr(end));
-    taken += widthOf(characterIn(bytes));
+    const auto character = firstOf(utf8.substr(end));
+    taken += widthOf(character.scalar);
     if (taken > columns) {
       break;
     }
-    end += bytes.size();
+    end += character.bytes.size();
   }
   return utf8.substr(0, end);
 }
@@ -57,9 +63,9 @@ std::string StyledLine::plainText() const {
 std::size_t columnsOf(std::string_view utf8) {
   std::size_t columns = 0;
   while (!utf8.empty()) {
-    const auto bytes = firstCharacter(utf8);
-    columns += widthOf(characterIn(bytes));
-    utf8.remove_prefix(bytes.size());
+    const auto character = firstOf(utf8);
+    columns += widthOf(character.scalar);
+    utf8.remove_prefix(character.bytes.size());
   }
   return columns;
 }
@@ -85,7 +91,7 @@ std::vector<std::string> wrapped(std::string_view utf8, std::size_t columns) {
   while (columnsOf(utf8) > columns) {
     auto line = beginningOf(utf8, columns);
     if (line.empty()) {
-      line = firstCharacter(utf8);  // Wider than a line.
+      line = firstOf(utf8).bytes;  // Wider than a line.
     }
     const auto blank = utf8.substr(0, line.size() + 1).rfind(' ');
     if (blank != std::string_view::npos && line.find_first_not_of(' ') < blank) {

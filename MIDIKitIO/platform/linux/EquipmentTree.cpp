@@ -19,23 +19,6 @@ constexpr int systemClient = 0;
 constexpr std::size_t longestText = 126;
 /// The rate of a MIDI 1.0 cable in bytes a second, which every device keeps up with.
 constexpr std::int32_t usualSysExSpeed = 3125;
-constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";  // U+FFFD
-
-/// How many bytes the first character takes; 0 if the text begins with something else.
-std::size_t firstCharacter(std::string_view text) {
-  for (std::size_t length = 1; length <= std::min<std::size_t>(4, text.size()); ++length) {
-    if (karvex::foundation::isUtf8(text.substr(0, length))) {
-      return length;
-    }
-  }
-  return 0;
-}
-
-bool isControl(std::string_view character) {
-  const auto byteAt = [character](std::size_t index) { return static_cast<unsigned char>(character[index]); };
-  return character.size() == 1 ? byteAt(0) < 0x20 || byteAt(0) == 0x7F
-                               : character.size() == 2 && byteAt(0) == 0xC2 && byteAt(1) < 0xA0;
-}
 
 /// Names for what can't tell itself apart: the second of a name is "name#2".
 class Distinct {
@@ -211,10 +194,10 @@ std::int32_t uniqueIdOf(std::string_view identity) {
 std::string readableText(std::string_view raw) {
   std::string text;
   for (std::size_t count = 0; !raw.empty() && count < longestText; ++count) {
-    const auto length = firstCharacter(raw);
-    const auto character = raw.substr(0, std::max<std::size_t>(length, 1));
-    text += length == 0 || isControl(character) ? replacementCharacter : character;
-    raw.remove_prefix(character.size());
+    const auto character = karvex::foundation::firstCharacter(raw);
+    text +=
+        character && !character->isControl() ? character->bytes : karvex::foundation::replacementCharacter;
+    raw.remove_prefix(character ? character->bytes.size() : 1);
   }
   return text;
 }
@@ -222,12 +205,11 @@ std::string readableText(std::string_view raw) {
 std::optional<std::string> usableSerialNumber(std::string_view raw) {
   std::size_t units = 0;
   for (auto rest = raw; !rest.empty();) {
-    const auto length = firstCharacter(rest);
-    units += length == 4 ? 2 : 1;
-    if (length == 0 || isControl(rest.substr(0, length)) || units > longestText) {
+    const auto character = karvex::foundation::firstCharacter(rest);
+    if (!character || character->isControl() || (units += character->utf16Units()) > longestText) {
       return std::nullopt;
     }
-    rest.remove_prefix(length);
+    rest.remove_prefix(character->bytes.size());
   }
   return raw.empty() ? std::nullopt : std::optional(std::string(raw));
 }

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstring>
 #include <fstream>
-#include <span>
 #include <system_error>
 #include <utility>
 
@@ -12,28 +11,21 @@
 #include "MIDIKitIO/platform/linux/FileLock.hpp"
 #include "foundation/Log.hpp"
 #include "foundation/files/ReplaceFile.hpp"
+#include "foundation/text/HexText.hpp"
 
 namespace midikit::io::alsa {
 
 namespace fs = std::filesystem;
 
+using karvex::foundation::hexText;
+using karvex::foundation::lowerCaseDigits;
+
 namespace {
 
 constexpr std::string_view firstLine = "karvex thru connections 1";
-constexpr std::string_view digits = "0123456789abcdef";
 
 /// More than the longest file within the limits.
 constexpr std::size_t longestFile = mostStoredConnections * 2 * (longestOwner + 256);
-
-std::string hexadecimal(std::span<const char> bytes) {
-  std::string text;
-  for (const char byte : bytes) {
-    const auto value = static_cast<unsigned char>(byte);
-    text += digits[value >> 4U];
-    text += digits[value & 0xFU];
-  }
-  return text;
-}
 
 std::optional<std::string> bytesOf(std::string_view text) {
   std::string bytes;
@@ -41,8 +33,8 @@ std::optional<std::string> bytesOf(std::string_view text) {
     return std::nullopt;
   }
   for (std::size_t place = 0; place < text.size(); place += 2) {
-    const auto high = digits.find(text[place]);
-    const auto low = digits.find(text[place + 1]);
+    const auto high = lowerCaseDigits.find(text[place]);
+    const auto low = lowerCaseDigits.find(text[place + 1]);
     if (high == std::string_view::npos || low == std::string_view::npos) {
       return std::nullopt;
     }
@@ -128,7 +120,7 @@ std::string textOfThruConnections(const StoredThruConnections& connections) {
   for (const auto& connection : connections) {
     std::string bytes(sizeof(connection.parameters), '\0');
     std::memcpy(bytes.data(), &connection.parameters, bytes.size());
-    text += hexadecimal(connection.owner) + ' ' + hexadecimal(bytes) + '\n';
+    text += hexText(connection.owner) + ' ' + hexText(bytes) + '\n';
   }
   return text;
 }

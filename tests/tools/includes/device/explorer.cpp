@@ -1,0 +1,4 @@
+#include "device/platform/linux/node.hpp"
+#include <libudev.h>
+#include "loader/load.hpp"
+#include "neighbour.hpp"

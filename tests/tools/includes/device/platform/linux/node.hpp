@@ -1,0 +1,3 @@
+#include <libudev.h>
+#include "device/platform/linux/node.hpp"
+#include "libudev.h"

@@ -1,0 +1,2 @@
+#include "records/UsbIds.hpp"
+#include "loader/load.h"
