@@ -1,4 +1,4 @@
-#include "device/platform/linux/node.hpp"
-#include <QWidget>
-#include "rig/VirtualBus.hpp"
 #include <hidapi/hidapi.h>
+#include <QWidget>
+#include "device/platform/linux/node.hpp"
+#include "rig/VirtualBus.hpp"

@@ -1,4 +1,4 @@
-#include "device/platform/linux/node.hpp"
 #include <libudev.h>
+#include "device/platform/linux/node.hpp"
 #include "loader/load.hpp"
 #include "neighbour.hpp"
