@@ -18,9 +18,9 @@ using testing::HasSubstr;
 using Bytes = std::vector<std::uint8_t>;
 
 /// A board on its own, with everything that it tells.
-class Bench {
+class BoardFixture {
  public:
-  explicit Bench(const char* mcu, Faults faults = {}) : board(*findBoardKind(mcu), "42", faults) {
+  explicit BoardFixture(const char* mcu, Faults faults = {}) : board(*findBoardKind(mcu), "42", faults) {
     board.setEventListener([this](foundation::TimePoint at, const std::string& event) {
       events.push_back(fmt::format(
           "{} {}", std::chrono::duration_cast<std::chrono::milliseconds>(at - start).count(), event));
@@ -72,91 +72,74 @@ TEST(VirtualBoardTest, EveryKindTakesItsFirstAndLastBlockWhereTheyBelong) {
   ASSERT_EQ(boardKinds().size(), 21U);
   for (const auto& kind : boardKinds()) {
     SCOPED_TRACE(kind.mcu);
-    Bench bench(kind.mcu.data());
-    bench.enterHalfKay();
-    EXPECT_EQ(bench.board.productId(), 0x0478);
+    BoardFixture fixture(kind.mcu.data());
+    fixture.enterHalfKay();
+    EXPECT_EQ(fixture.board.productId(), 0x0478);
     const auto last = kind.flashSize - kind.blockSize;
-    bench.deliver(bench.block(0, 0x11));
-    bench.deliver(bench.block(last, 0x22));
-    const auto flash = bench.board.flash();
+    fixture.deliver(fixture.block(0, 0x11));
+    fixture.deliver(fixture.block(last, 0x22));
+    const auto flash = fixture.board.flash();
     EXPECT_EQ(std::ranges::count(flash.first(kind.blockSize), 0x11), kind.blockSize);
     EXPECT_EQ(std::ranges::count(flash.last(kind.blockSize), 0x22), kind.blockSize);
     EXPECT_EQ(static_cast<std::uint32_t>(std::ranges::count(flash, 0xFF)),
               kind.flashSize - 2 * kind.blockSize);
-    EXPECT_EQ(bench.offer(bench.block(last + kind.blockSize, 0x33)), ReportOutcome::refused);
-    EXPECT_THAT(bench.board.complaints(), testing::SizeIs(1));
-    bench.deliver(bench.boot(kind.reportLength()));
-    bench.pass(VirtualBoard::usualBootTime);
-    EXPECT_EQ(bench.board.state(), BoardState::running);
-    EXPECT_EQ(bench.board.productId(), kind.productId);
+    EXPECT_EQ(fixture.offer(fixture.block(last + kind.blockSize, 0x33)), ReportOutcome::refused);
+    EXPECT_THAT(fixture.board.complaints(), testing::SizeIs(1));
+    fixture.deliver(fixture.boot(kind.reportLength()));
+    fixture.pass(VirtualBoard::usualBootTime);
+    EXPECT_EQ(fixture.board.state(), BoardState::running);
+    EXPECT_EQ(fixture.board.productId(), kind.productId);
+    fixture.enterHalfKay();
+    EXPECT_EQ(fixture.offer(fixture.boot(1088)), ReportOutcome::accepted) << "of the greatest length";
   }
 }
 
 TEST(VirtualBoardTest, ALifeFromFirmwareToBootloaderAndBack) {
-  Bench bench("TEENSYLC");
-  bench.board.setLineSpeed(bench.now, 9600);
-  EXPECT_EQ(bench.board.state(), BoardState::running);
-  bench.board.setLineSpeed(bench.now, 134);
-  EXPECT_FALSE(bench.board.isOnBus());
-  EXPECT_EQ(bench.offer(bench.block(0, 1)), ReportOutcome::gone);
-  bench.pass(VirtualBoard::usualSwitchTime);
-  EXPECT_EQ(bench.offer(bench.block(0, 1)), ReportOutcome::refused) << "the flash is being erased";
-  bench.pass(VirtualBoard::eraseTime - 1ms);
-  EXPECT_EQ(bench.offer(bench.block(0, 1)), ReportOutcome::refused);
-  bench.pass(1ms);
-  EXPECT_EQ(bench.offer(bench.block(0, 1)), ReportOutcome::accepted);
-  EXPECT_EQ(bench.offer(bench.block(512, 1)), ReportOutcome::accepted);
-  EXPECT_EQ(bench.offer(bench.boot(576)), ReportOutcome::accepted);
-  EXPECT_EQ(bench.offer(bench.block(0, 1)), ReportOutcome::gone);
-  bench.pass(VirtualBoard::usualBootTime);
-  EXPECT_THAT(bench.events, ElementsAre("0 134 baud", "1400 halfkay", "1400 refused 0", "1700 report 0",
-                                        "1700 report 1", "1700 boot", "3000 running"));
-  EXPECT_THAT(bench.lengths, ElementsAre(576U, 576U, 576U));
-}
-
-TEST(VirtualBoardTest, ANewLoadErasesTheOldOne) {
-  Bench bench("TEENSY2");
-  bench.enterHalfKay();
-  bench.deliver(bench.block(0, 0x11));
-  bench.deliver(bench.block(0x80, 0x22));
-  bench.deliver(bench.boot(130));
-  bench.pass(VirtualBoard::usualBootTime);
-  bench.enterHalfKay();
-  EXPECT_EQ(bench.board.flash()[0x80], 0x22) << "only a block erases, not the bootloader's start";
-  bench.deliver(bench.block(0, 0x33));
-  EXPECT_EQ(bench.board.flash()[0], 0x33);
-  EXPECT_EQ(bench.board.flash()[0x80], 0xFF);
-  EXPECT_EQ(bench.board.session(), 2U);
-}
-
-TEST(VirtualBoardTest, AResetReportOfFullLengthRebootsAnyKind) {
-  for (const auto& kind : boardKinds()) {
-    Bench bench(kind.mcu.data());
-    bench.enterHalfKay();
-    EXPECT_EQ(bench.offer(bench.boot(1088)), ReportOutcome::accepted) << kind.mcu;
-    EXPECT_EQ(bench.board.state(), BoardState::rebooting) << kind.mcu;
-  }
+  BoardFixture fixture("TEENSYLC");
+  fixture.board.setLineSpeed(fixture.now, 9600);
+  EXPECT_EQ(fixture.board.state(), BoardState::running);
+  fixture.board.setLineSpeed(fixture.now, 134);
+  EXPECT_FALSE(fixture.board.isOnBus());
+  EXPECT_EQ(fixture.offer(fixture.block(0, 1)), ReportOutcome::gone);
+  fixture.pass(VirtualBoard::usualSwitchTime);
+  EXPECT_EQ(fixture.offer(fixture.block(0, 1)), ReportOutcome::refused) << "the flash is being erased";
+  fixture.pass(VirtualBoard::eraseTime - 1ms);
+  EXPECT_EQ(fixture.offer(fixture.block(0, 1)), ReportOutcome::refused);
+  fixture.pass(1ms);
+  EXPECT_EQ(fixture.offer(fixture.block(0, 1)), ReportOutcome::accepted);
+  EXPECT_EQ(fixture.offer(fixture.block(512, 1)), ReportOutcome::accepted);
+  EXPECT_EQ(fixture.offer(fixture.boot(576)), ReportOutcome::accepted);
+  EXPECT_EQ(fixture.offer(fixture.block(0, 1)), ReportOutcome::gone);
+  fixture.pass(VirtualBoard::usualBootTime);
+  EXPECT_THAT(fixture.events, ElementsAre("0 134 baud", "1400 halfkay", "1400 refused 0", "1700 report 0",
+                                          "1700 report 1", "1700 boot", "3000 running"));
+  EXPECT_THAT(fixture.lengths, ElementsAre(576U, 576U, 576U));
+  fixture.enterHalfKay();
+  EXPECT_EQ(fixture.board.flash()[512], 1) << "only a block erases, not the bootloader's start";
+  fixture.deliver(fixture.block(0, 2));
+  EXPECT_EQ(fixture.board.flash()[0], 2);
+  EXPECT_EQ(fixture.board.flash()[512], 0xFF);
 }
 
 TEST(VirtualBoardTest, WhatABootloaderWouldStumbleOverIsRefusedWithAComplaint) {
-  Bench bench("TEENSY32");
-  bench.enterHalfKay();
-  auto dirtyHeader = bench.block(0x400, 1);
+  BoardFixture fixture("TEENSY32");
+  fixture.enterHalfKay();
+  auto dirtyHeader = fixture.block(0x400, 1);
   dirtyHeader[10] = 1;
   const std::pair<Bytes, const char*> wrong[] = {
       {Bytes{}, "report of 0 bytes"},
       {Bytes(1087), "report of 1087 bytes instead of 1088"},
-      {bench.boot(1000), "boot report of 1000 bytes"},
-      {bench.block(0x400, 1), "came before block 0"},
-      {bench.block(0x200, 1), "not on a block"},
-      {bench.block(0x40000, 1), "beyond the flash"},
+      {fixture.boot(1000), "boot report of 1000 bytes"},
+      {fixture.block(0x400, 1), "came before block 0"},
+      {fixture.block(0x200, 1), "not on a block"},
+      {fixture.block(0x40000, 1), "beyond the flash"},
       {dirtyHeader, "header is not zero"},
   };
   for (const auto& [report, complaint] : wrong) {
-    EXPECT_EQ(bench.offer(report), ReportOutcome::refused);
-    EXPECT_THAT(bench.board.complaints().back(), HasSubstr(complaint));
+    EXPECT_EQ(fixture.offer(report), ReportOutcome::refused);
+    EXPECT_THAT(fixture.board.complaints().back(), HasSubstr(complaint));
   }
-  EXPECT_EQ(std::ranges::count(bench.board.flash(), 0xFF), 0x40000);
+  EXPECT_EQ(std::ranges::count(fixture.board.flash(), 0xFF), 0x40000);
 }
 
 TEST(VirtualBoardTest, WhatIsInAFileIsThereForTheNextProcess) {

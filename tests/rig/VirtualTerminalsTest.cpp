@@ -16,7 +16,6 @@ namespace {
 using namespace std::chrono_literals;
 using device::PortMode;
 using device::TerminalRefusal;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 using Node = std::unique_ptr<device::TerminalNode>;
@@ -73,41 +72,30 @@ TEST_F(VirtualTerminalsTest, OnlyTheNameOfARunningBoardsPortLeadsToOne) {
   EXPECT_EQ(refusalOf(port), absent) << "in its bootloader";
 }
 
-TEST_F(VirtualTerminalsTest, APortHasOneOpenerUntilItIsClosed) {
+TEST_F(VirtualTerminalsTest, APortHasOneOpenerAndAProgramThatWaitsForItIsTheNext) {
   auto node = openNode();
   EXPECT_EQ(refusalOf(port), inUseBy("this program"));
   node.reset();
   EXPECT_EQ(refusalOf(port), std::nullopt);
+  terminals.occupyBehindUse("1234", "minicom");
+  node = openNode();
+  node.reset();
+  EXPECT_EQ(refusalOf(port), inUseBy("minicom"));
+  terminals.vacate("1234");
+  EXPECT_EQ(refusalOf(port), std::nullopt);
+  EXPECT_EQ(refusalOf(port), std::nullopt) << "it comes once";
   node = openNode();
   node->leaveOpen();
   node.reset();
   EXPECT_EQ(refusalOf(port), inUseBy("this program"));
 }
 
-TEST_F(VirtualTerminalsTest, AProgramThatWaitsForThePortGetsItBehindItsFirstUse) {
-  terminals.occupyBehindUse("1234", "minicom");
-  EXPECT_EQ(refusalOf("/dev/cu.usbmodem99991"), absent);
-  auto node = openNode();
-  EXPECT_EQ(refusalOf(port), inUseBy("this program"));
-  node.reset();
-  EXPECT_EQ(refusalOf(port), inUseBy("minicom"));
-  terminals.vacate("1234");
-  EXPECT_EQ(refusalOf(port), std::nullopt);
-  EXPECT_EQ(refusalOf(port), std::nullopt) << "it comes once";
-}
-
-TEST_F(VirtualTerminalsTest, TheBoardSeesTheLineSpeedAndNothingElse) {
-  auto node = openNode();
-  EXPECT_EQ(node->write(std::vector<std::uint8_t>(3)), 3);
-  node->configure({});
-  EXPECT_THAT(seen, IsEmpty());
-  node->configure(request);
-  EXPECT_THAT(seen, ElementsAre("134 baud"));
-}
-
 TEST_F(VirtualTerminalsTest, ANodeOutlivesItsPortWithoutADeviceEvenWhenTheBoardIsBack) {
   auto node = openNode();
   EXPECT_TRUE(node->isConnected());
+  EXPECT_EQ(node->write(std::vector<std::uint8_t>(3)), 3);
+  node->configure({});
+  EXPECT_THAT(seen, IsEmpty()) << "only the speed means something to the board";
   makeABoardsRound();
   ASSERT_TRUE(bus.isPresent("usbmodem12341"));
   seen.clear();

@@ -88,23 +88,12 @@ TEST_F(BoardMidiDevicesTest, ABoardIsOfflineFromTheMomentItLeavesUntilTheMomentI
       << "although nobody asked the bus meanwhile";
   EXPECT_EQ(offline(device), 0);
   EXPECT_THAT(reportedUntil(boot + 1h), IsEmpty());
-}
-
-TEST_F(BoardMidiDevicesTest, ABoardThatLeavesForGoodStaysOfflineUntilItIsPluggedInAgain) {
-  plugIn("TEENSY2", "10", {.neverReturns = true});
-  const BoardMidiDevices boards(runtime, bus, service);
-  bus.setLineSpeed("10", 134);
-  runtime.clock().sleepFor(5s);
-  reported();
-  ASSERT_EQ(sendBoot(), ReportOutcome::accepted);
-  EXPECT_THAT(reportedUntil(runtime.clock().now() + 1h), IsEmpty());
-  EXPECT_EQ(offline(boards.devices()[0]), 1);
-  bus.repair("10");
-  EXPECT_EQ(reported().size(), 2U);
-  EXPECT_EQ(offline(boards.devices()[0]), 0);
-  bus.unplug("10");
-  EXPECT_EQ(reported().size(), 2U);
-  EXPECT_EQ(offline(boards.devices()[0]), 1);
+  bus.unplug("20");
+  EXPECT_THAT(reported(), ElementsAre(change, "1"));
+  EXPECT_EQ(offline(device), 1);
+  bus.repair("20");
+  EXPECT_THAT(reported(), ElementsAre(change, "1"));
+  EXPECT_EQ(offline(device), 0) << "plugged in again";
 }
 
 TEST_F(BoardMidiDevicesTest, NothingIsDoneWhileNothingHappensNorBehindTheEnd) {
@@ -116,11 +105,9 @@ TEST_F(BoardMidiDevicesTest, NothingIsDoneWhileNothingHappensNorBehindTheEnd) {
     bus.setLineSpeed("10", 134);
     runtime.clock().sleepFor(5s);
     EXPECT_EQ(callbacks, 2) << "it leaves, and the bootloader is there";
-    for (int i = 0; i < 100; ++i) {
-      bus.forEachDevice([](const auto&) {});
-      ASSERT_EQ(bus.sendReport(bus.firstHalfKayBoard().value(), std::vector<std::uint8_t>(130)),
-                ReportOutcome::refused);
-    }
+    bus.forEachDevice([](const auto&) {});
+    ASSERT_EQ(bus.sendReport(bus.firstHalfKayBoard().value(), std::vector<std::uint8_t>(130)),
+              ReportOutcome::refused);
     EXPECT_EQ(callbacks, 2) << "looking at a board, and refused reports, change nothing";
     runtime.clock().sleepFor(VirtualBoard::eraseTime);
     ASSERT_EQ(sendBoot(), ReportOutcome::accepted);

@@ -25,11 +25,7 @@ Reply TestClient::send(const std::string& method, const std::string& path, const
   }
   request.response_handler = [&reply](const httplib::Response& head) {
     reply.status = head.status;
-    reply.contentType = head.get_header_value("Content-Type");
-    reply.location = head.get_header_value("Location");
-    if (head.has_header("Content-Length")) {
-      reply.promised = head.get_header_value<std::uint64_t>("Content-Length");
-    }
+    reply.isLengthPromised = head.has_header("Content-Length");
     return true;
   };
   request.content_receiver = [&](const char* data, std::size_t size, std::uint64_t, std::uint64_t) {

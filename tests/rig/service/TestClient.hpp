@@ -1,10 +1,8 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <string>
 
 #include "rig/service/EmbeddedService.hpp"
@@ -13,12 +11,10 @@ namespace karvex::rig {
 
 /// What a client saw of an answer.
 struct Reply {
-  int status = 0;  ///< 0 if no answer began
-  std::string contentType;
-  std::string location;
-  std::optional<std::uint64_t> promised;  ///< the length that the head promises
-  std::string body;                       ///< as much as came
-  std::string error;                      ///< empty if the answer came whole
+  int status = 0;                 ///< 0 if no answer began
+  bool isLengthPromised = false;  ///< by the head
+  std::string body;               ///< as much as came
+  std::string error;              ///< empty if the answer came whole
 
   bool isWhole() const { return status != 0 && error.empty(); }
 };
