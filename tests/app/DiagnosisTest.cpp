@@ -5,12 +5,12 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 
 #include "app/diagnosis/ServiceSurvey.hpp"
 #include "app/diagnosis/SystemSurvey.hpp"
 #include "foundation/files/TemporaryDirectory.hpp"
+#include "tests/ExpectedText.hpp"
 #include "tests/ui/UiBench.hpp"
 
 namespace karvex::app {
@@ -70,8 +70,6 @@ Diagnosis nothingIsWell() {
   return diagnosis;
 }
 
-/// The reports lie beside the test. KARVEX_WRITE_PAGES=1 writes them anew: look at what `git diff` shows
-/// then.
 TEST(DiagnosisTest, TheReportInAFormToPaste) {
   auto off = allIsWell();
   off.system.rulesAreOff = true;
@@ -81,13 +79,7 @@ TEST(DiagnosisTest, TheReportInAFormToPaste) {
   const auto text = "=== all is well\n" + textOf(allIsWell()) + "=== nothing is well\n" +
                     textOf(nothingIsWell()) + "=== rules turned off, and no board\n" + textOf(off) +
                     "=== rules that came after the board\n" + textOf(late);
-  const fs::path file = KARVEX_REPORTS "/diagnosis.txt";
-  if (std::getenv("KARVEX_WRITE_PAGES") != nullptr) {  // NOLINT(concurrency-mt-unsafe)
-    write(file, text);
-  }
-  std::ostringstream expected;
-  expected << std::ifstream(file).rdbuf();
-  EXPECT_EQ(text, expected.str());
+  expectText(KARVEX_REPORTS "/diagnosis.txt", text);
 }
 
 TEST(SystemSurveyTest, FindsTheRulesAndTheProgramsThatMeddle) {

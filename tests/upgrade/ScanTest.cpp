@@ -125,7 +125,6 @@ TEST_F(ScanTest, TheMIDILayerNamesADeviceByItsSerialNumberAlone) {
   const Case cases[] = {
       {"no MIDI device", {}, std::nullopt, false},
       {"another's", {{"A", {{"SerialNumber", "100"}, {"offline", 1}}}}, std::nullopt, false},
-      {"no serial number", {{"10", {{"offline", 1}}}}, std::nullopt, false},
       {"a number as serial number", {{"A", {{"SerialNumber", 10}, {"offline", 1}}}}, std::nullopt, false},
       {"offline", {{"A", {{"SerialNumber", "10"}, {"offline", 1}}}}, 0, true},
       {"online", {{"A", {{"SerialNumber", "10"}, {"offline", 0}}}}, 0, false},

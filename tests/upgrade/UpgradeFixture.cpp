@@ -75,14 +75,6 @@ std::shared_ptr<midikit::io::ObservableMIDIManager> UpgradeFixture::startedManag
 
 void UpgradeFixture::makeView() {
   view = std::make_unique<DeviceListView>(platform(), notificationManager, startedManager(), model);
-  statusSubscription_ = view->deviceManager.managedDevices.observe([this](const auto& devices) {
-    for (const auto& device : devices) {
-      auto& statuses = statuses_[device.portSerialNumber];
-      if (statuses.empty() || statuses.back() != device.status) {
-        statuses.push_back(device.status);
-      }
-    }
-  });
 }
 
 void UpgradeFixture::runFor(foundation::Duration span) {
@@ -128,11 +120,6 @@ void UpgradeFixture::refresh() {
   settle();
 }
 
-std::vector<std::uint32_t> UpgradeFixture::statusesOf(std::size_t place) const {
-  const auto statuses = statuses_.find(serialAt(place));
-  return statuses == statuses_.end() ? std::vector<std::uint32_t>() : statuses->second;
-}
-
 std::optional<Alert> UpgradeFixture::alert() const {
   std::optional<Alert> up;
   for (const auto alert : alertsInOrder) {
@@ -153,11 +140,10 @@ bool UpgradeFixture::flashMatches(std::size_t place) {
   return matches;
 }
 
-std::size_t UpgradeFixture::completionsOf(std::size_t place) const {
-  return static_cast<std::size_t>(std::ranges::count_if(rig.service.requests(), [&](const auto& request) {
-    return request.path == "/services/uploadComplete.php" &&
-           request.body.starts_with("DEVICE_SERIAL_NUMBER=" + serialAt(place) + "&");
-  }));
+bool UpgradeFixture::isReported(std::size_t place) const {
+  return std::ranges::any_of(rig.service.requests(), [&](const auto& request) {
+    return request.body.starts_with("DEVICE_SERIAL_NUMBER=" + serialAt(place) + "&");
+  });
 }
 
 bool UpgradeFixture::controlsAreFree() const {
@@ -181,10 +167,6 @@ void UpgradeFixture::spoil(std::size_t place, const std::string& fault) {
   rig::Faults faults;
   ASSERT_EQ(rig::addFault(fault, faults), std::nullopt);
   rig.bus.inspect(serialAt(place), [&faults](rig::VirtualBoard& board) { board.setFaults(faults); });
-}
-
-void UpgradeFixture::repair(std::size_t place) {
-  rig.bus.repair(serialAt(place));
 }
 
 }  // namespace karvex::upgrade

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -58,13 +57,11 @@ class UpgradeFixture {
 
   std::vector<records::BootableDevice> rows() const { return view->deviceManager.managedDevices.get(); }
   std::string serialAt(std::size_t place) const { return app::serialNumberOf(place); }
-  /// The statuses that a row had, in order.
-  std::vector<std::uint32_t> statusesOf(std::size_t place) const;
   /// The alert that is up, if exactly one is.
   std::optional<Alert> alert() const;
   bool flashMatches(std::size_t place);
-  /// How often the service was told that the device was upgraded.
-  std::size_t completionsOf(std::size_t place) const;
+  /// The service was told that the device was upgraded.
+  bool isReported(std::size_t place) const;
   bool controlsAreFree() const;
 
   /// Changes what the service lists of one device.
@@ -73,8 +70,6 @@ class UpgradeFixture {
   void misbehave(const std::string& fault);
   /// This is wrong with the board, and nothing else.
   void spoil(std::size_t place, const std::string& fault);
-  /// Nothing is wrong any more with a board that had trouble.
-  void repair(std::size_t place);
 
   foundation::VirtualRuntime runtime;
   app::EquipmentPlan plan;
@@ -88,10 +83,6 @@ class UpgradeFixture {
   std::vector<std::string> logged;
   std::string printed;
   std::vector<std::string> debugged;
-
- private:
-  std::map<std::string, std::vector<std::uint32_t>> statuses_;
-  foundation::Subscription statusSubscription_;
 };
 
 }  // namespace karvex::upgrade

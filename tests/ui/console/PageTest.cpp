@@ -3,14 +3,12 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/ExpectedText.hpp"
 #include "tests/ui/qt/SampleSnapshots.hpp"
 #include "ui/LineText.hpp"
 #include "ui/console/Changes.hpp"
@@ -101,21 +99,9 @@ std::string pagesAt(std::size_t columns) {
   return text;
 }
 
-std::string contentOf(const std::filesystem::path& file) {
-  std::ostringstream content;
-  content << std::ifstream(file).rdbuf();
-  return content.str();
-}
-
-/// The pages lie beside the test. KARVEX_WRITE_PAGES=1 writes them anew: look at what `git diff` shows then.
 TEST(PageTest, ThePagesAtEachWidth) {
   for (const std::size_t columns : {40U, 60U, 80U, 120U}) {
-    const auto file = std::filesystem::path(KARVEX_PAGES) / (std::to_string(columns) + ".txt");
-    const auto text = pagesAt(columns);
-    if (std::getenv("KARVEX_WRITE_PAGES") != nullptr) {  // NOLINT(concurrency-mt-unsafe)
-      std::ofstream(file) << text;
-    }
-    EXPECT_EQ(text, contentOf(file)) << columns << " columns";
+    expectText(std::filesystem::path(KARVEX_PAGES) / (std::to_string(columns) + ".txt"), pagesAt(columns));
   }
 }
 
