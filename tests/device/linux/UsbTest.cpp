@@ -155,13 +155,8 @@ TEST(UsbTextTest, WhatIsNotCleanIsNoSerialNumberAndIsMarkedInAName) {
       {std::string("a\0b", 3), "a" + x + "b"},
       {"a\x1B[31mb\r\n", "a" + x + "[31mb" + x + x},
       {"a\x7F\u009F", "a" + x + x},
-      {"\x80 \xFF\xFE", x + " " + x + x},
-      {"a\xE2\x82", "a" + x + x},  // cut short by the end, a lead byte, ASCII
-      {"a\xC3\xC3\xA9", "a" + x + "é"},
+      {"a\xE2\x82", "a" + x + x},
       {"\xE2 b", x + " b"},
-      {"\xC0\xAF\xE0\x80\xAF", repeated(x, 5)},          // a slash in two and in three bytes
-      {"\xF0\x8F\xBF\xBF", repeated(x, 4)},              // U+FFFF in four bytes
-      {"\xED\xA0\x80\xF4\x90\x80\x80", repeated(x, 7)},  // a surrogate, and above U+10FFFF
       {repeated("a", most + 1), repeated("a", most)},
       {repeated("a", most - 1) + "\U0001F3B8", repeated("a", most - 1)},  // which takes two UTF-16 units
       {repeated("\xFF", 4096), repeated(x, most)},
@@ -170,7 +165,6 @@ TEST(UsbTextTest, WhatIsNotCleanIsNoSerialNumberAndIsMarkedInAName) {
     EXPECT_EQ(serialNumberFromUsb(raw), raw == name ? std::optional(raw) : std::nullopt) << name;
     EXPECT_EQ(productNameFromUsb(raw), name);
   }
-  EXPECT_EQ(productNameFromUsb(std::string_view("\u20AC").substr(0, 2)), x + x);  // nothing after it is read
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <vector>
 
 #include "rig/service/ServedDevice.hpp"
@@ -34,27 +35,13 @@ TEST(ServiceFaultsTest, AFaultShowsWhereItIsSaidTo) {
 
 TEST(ServiceFaultsTest, WhatCannotBeUnderstoodIsSaidAndChangesNothing) {
   ServiceFaults faults;
-  for (const char* text : {"",
-                           "=",
-                           "@list",
-                           "Slow",
-                           "slow=",
-                           "slow=-1",
-                           "slow=1s",
-                           "slow=4294967296",
-                           "slow@",
-                           "slow@nowhere",
-                           "slow@list@report",
-                           "silent=1",
-                           "cut-off=",
-                           "wrong-certificate@list",
-                           "missing-key=",
-                           "missing-key=MCU",
-                           "missing-key@firmware",
-                           "empty-list@report",
-                           "out-of-range=1.5",
-                           "out-of-range=99999999999999999999",
-                           "redirect-elsewhere="}) {
+  std::istringstream texts(
+      "= @list Slow slow= slow=-1 slow=1s slow=4294967296 slow@ slow@nowhere slow@list@report silent=1 "
+      "cut-off= "
+      "wrong-certificate@list missing-key= missing-key=MCU missing-key@firmware empty-list@report "
+      "out-of-range=1.5 "
+      "out-of-range=99999999999999999999 redirect-elsewhere=");
+  for (std::string text; texts >> text;) {
     EXPECT_NE(addServiceFault(text, faults), std::nullopt) << text;
   }
   EXPECT_TRUE(faults.faults.empty());
