@@ -49,11 +49,13 @@ TEST(RunTest, ARefreshThatEndsDuringARunLeavesItItsRows) {
       });
     }
   });
-  fixture.runtime.mainQueue().post([] {
-    for (int i = 0; i < 2; ++i) {
+  // The second refresh is still waiting for its list when the run begins on that of the first.
+  fixture.misbehave("slow@list=2000");
+  for (const auto delay : {0s, 1s}) {
+    fixture.runtime.mainQueue().postAt(fixture.runtime.clock().now() + delay, [] {
       foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification);
-    }
-  });
+    });
+  }
   fixture.settle();
   EXPECT_TRUE(fixture.flashMatches(1));
 }
