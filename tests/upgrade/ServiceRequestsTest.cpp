@@ -113,17 +113,17 @@ TEST_F(ServiceRequestsTest, WhatComesOfEachMisbehaviourOfTheService) {
   ASSERT_TRUE(fetch());
   const auto listed = manager.deviceDescriptors;
   std::string outcomes;
-  for (const char* fault : {"silent", "slow=59999", "slow=60001", "cut-off", "wrong-certificate", "not-found",
-                            "server-error", "not-json", "missing-key=mcu", "null-value=mcu", "wrong-type=mcu",
-                            "out-of-range", "empty-list"}) {
+  for (const char* fault :
+       {"silent", "slow=59999", "slow=60001", "cut-off", "wrong-certificate", "not-found", "server-error",
+        "not-json", "missing-key=mcu", "null-value=mcu", "wrong-type=mcu", "out-of-range", "empty-list"}) {
     fixture.misbehave(fault);
     outcomes += fmt::format("{}\n", fault);
     const auto note = [&](const char* request, const std::function<std::string()>& make) {
       fixture.printed.clear();
       fixture.debugged.clear();
       int ticks = 0;
-      const auto ticker = foundation::Timer::repeating(
-          fixture.runtime.clock(), fixture.runtime.mainQueue(), 250ms, [&ticks] { ++ticks; });
+      const auto ticker = foundation::Timer::repeating(fixture.runtime.clock(), fixture.runtime.mainQueue(),
+                                                       250ms, [&ticks] { ++ticks; });
       const auto before = fixture.runtime.clock().now();
       const auto result = make();
       const auto time = fixture.runtime.clock().now() - before;
@@ -135,7 +135,7 @@ TEST_F(ServiceRequestsTest, WhatComesOfEachMisbehaviourOfTheService) {
     note("list", [&]() -> std::string {
       manager.isServerLoaded = false;
       EXPECT_TRUE(fetch() && manager.isServerLoaded);
-      return manager.deviceDescriptors == listed     ? "as before"
+      return manager.deviceDescriptors == listed ? "as before"
              : manager.deviceDescriptors.empty() ? "empty"
                                                  : "another";
     });

@@ -1,7 +1,10 @@
 #include "MIDIKitIO/platform/engine/ProtocolTranslation.hpp"
 
+#include <algorithm>
 #include <array>
+#include <optional>
 
+#include "MIDIKitCore/wire/MIDI1Status.hpp"
 #include "MIDIKitCore/wire/MIDIUMPFields.hpp"
 #include "MIDIKitCore/wire/UMPWords.hpp"
 
@@ -13,6 +16,31 @@ using core::MIDIUMPMessageType;
 
 bool hasType(std::uint32_t word, MIDIUMPMessageType type) {
   return core::umpMessageType(word) == static_cast<std::uint32_t>(type);
+}
+
+/// The message in MIDI 1.0 of a note, a pressure, a control change or a pitch bend of MIDI 2.0, as the event
+/// has it that the message makes: its status and data bytes in the lower 24 bits. None for any other message.
+std::optional<std::uint32_t> shortMessage(std::span<const std::uint32_t> words) {
+  constexpr std::uint32_t typeAndHighBitOfNumber = 0xF0008000U;
+  if ((words.front() & typeAndHighBitOfNumber) != 0x40000000U) {
+    return std::nullopt;
+  }
+  const std::uint32_t head = words.front() & 0x00FFFF00U;
+  const std::uint32_t value = words[1] >> 25U;
+  switch (head >> 20U) {
+    case 0x9:  // Velocity 0 would end the note.
+      return head | std::max(value, std::uint32_t{1});
+    case 0x8:
+    case 0xA:
+    case 0xB:
+      return head | value;
+    case 0xD:
+      return (head & 0xFF0000U) | value << 8U;
+    case 0xE:
+      return (head & 0xFF0000U) | (words[1] >> 18U & 0x7FU) << 8U | value;
+    default:
+      return std::nullopt;
+  }
 }
 
 bool isSilentNoteOn(std::uint32_t word) {
@@ -46,6 +74,11 @@ std::span<const std::uint32_t> ProtocolTranslator::toProtocol(std::span<const st
 }
 
 std::span<const std::uint8_t> ProtocolTranslator::toBytes(std::span<const std::uint32_t> message) {
+  if (const auto bytes = shortMessage(message)) {
+    short_ = {static_cast<std::uint8_t>(*bytes >> 16U), static_cast<std::uint8_t>(*bytes >> 8U),
+              static_cast<std::uint8_t>(*bytes)};
+    return std::span(short_).first(core::midi1MessageSize(short_.front()));
+  }
   parse(message);
   bytes_.clear();
   for (const auto& event : events_) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -29,6 +30,7 @@ class ProtocolTranslator {
   std::vector<core::MIDIEvent> events_;
   std::vector<std::uint32_t> words_;
   std::vector<std::uint8_t> bytes_;
+  std::array<std::uint8_t, 3> short_{};
 };
 
 }  // namespace midikit::io::engine

@@ -112,6 +112,23 @@ TEST(ListConversionTest, WordsBecomeBytesMessageByMessage) {
   }
 }
 
+/// The short way of most messages leads where the events do.
+TEST(ListConversionTest, AMessageOfMidi2HasTheBytesOfItsEvent) {
+  ProtocolTranslator translator;
+  core::MIDI2Parser parser;
+  for (std::uint32_t head = 0x40800000; head < 0x41000000; head += 0x100) {
+    for (const std::uint32_t value : {0U, 0x00010000U, 0x01FFFFFFU, 0x02000000U, 0x8002FFFFU, 0xFFFFFFFFU}) {
+      const std::array words{head, value};
+      std::vector<std::uint8_t> expected;
+      for (const auto& event : parser.parsedEvents(std::span<const std::uint32_t>(words))) {
+        event.appendMIDI1Bytes(expected);
+      }
+      ASSERT_TRUE(std::ranges::equal(translator.toBytes(words), expected))
+          << std::hex << head << " " << value;
+    }
+  }
+}
+
 TEST(ListConversionTest, WordsAreTranslatedBetweenTheProtocols) {
   Converter converter;
   EXPECT_EQ(lineOf(converter.toWords(events(midi1, {{0x25933C40, 0x15F80000}}), midi2)),
