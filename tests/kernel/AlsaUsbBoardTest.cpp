@@ -1,63 +1,14 @@
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/UsbBoard.hpp"
 
 namespace midikit::io {
 namespace {
 
-namespace fs = std::filesystem;
+using karvex::tests::UsbBoard;
 using testing::ElementsAre;
-
-void write(const fs::path& file, const std::string& text) {
-  std::ofstream stream(file);
-  stream << text << '\n';
-  stream.flush();
-  ASSERT_TRUE(stream.good()) << file;
-}
-
-/// A USB MIDI device that the kernel's gadget driver plays, on the kernel's own dummy USB controller.
-class UsbBoard {
- public:
-  static bool isPossible() { return fs::exists(root) && fs::exists("/sys/class/udc/dummy_udc.1"); }
-
-  /// `plug` is 0 or 1.
-  explicit UsbBoard(const std::string& serialNumber, int plug = 0,
-                    const std::string& product = "Board of Test")
-      : gadget(root / ("karvex" + std::to_string(plug))), udc("dummy_udc." + std::to_string(plug)) {
-    fs::create_directories(gadget / "strings/0x409");
-    fs::create_directories(gadget / "configs/c.1");
-    fs::create_directories(gadget / "functions/midi.usb0");
-    write(gadget / "idVendor", "0x1d6b");
-    write(gadget / "idProduct", plug == 0 ? "0x0104" : "0x0105");
-    write(gadget / "strings/0x409/serialnumber", serialNumber);
-    write(gadget / "strings/0x409/manufacturer", "Kernel Test");
-    write(gadget / "strings/0x409/product", product);
-    write(gadget / "functions/midi.usb0/id", "boardside");
-    fs::create_directory_symlink(gadget / "functions/midi.usb0", gadget / "configs/c.1/midi.usb0");
-  }
-  ~UsbBoard() {
-    std::error_code ignored;
-    unplug();
-    fs::remove(gadget / "configs/c.1/midi.usb0", ignored);
-    for (const char* part : {"configs/c.1", "functions/midi.usb0", "strings/0x409", ""}) {
-      fs::remove(gadget / part, ignored);
-    }
-  }
-  UsbBoard(const UsbBoard&) = delete;
-  UsbBoard& operator=(const UsbBoard&) = delete;
-
-  void plugIn() { write(gadget / "UDC", udc); }
-  void unplug() { std::ofstream(gadget / "UDC") << '\n'; }
-
- private:
-  static inline const fs::path root = "/sys/kernel/config/usb_gadget";
-  const fs::path gadget;
-  const std::string udc;
-};
 
 class AlsaUsbBoardTest : public KernelBench {
  protected:
@@ -88,7 +39,7 @@ class AlsaUsbBoardTest : public KernelBench {
 };
 
 TEST_F(AlsaUsbBoardTest, ABoardThatLeavesIsOfflineAndComesBackAsTheSameObject) {
-  UsbBoard plug("KX-0001");
+  const UsbBoard plug({.serialNumber = "KX-0001"});
   plug.plugIn();
   ASSERT_TRUE(comesTrue([&] { return isOnline(); }));
   const Ref ref = board();
@@ -125,8 +76,8 @@ TEST_F(AlsaUsbBoardTest, ABoardThatLeavesIsOfflineAndComesBackAsTheSameObject) {
 }
 
 TEST_F(AlsaUsbBoardTest, TwoKeyboardsWithTheSameEmptyNumberStayApart) {
-  UsbBoard keys("00000001", 0, "Keys");
-  UsbBoard pads("00000001", 1, "Pads");
+  const UsbBoard keys({.serialNumber = "00000001", .product = "Keys"});
+  const UsbBoard pads({.serialNumber = "00000001", .plug = 1, .product = "Pads", .productId = "0x0105"});
   const auto online = [this](const char* name) {
     const Ref found = device(kMIDIPropertyName, name);
     return found != 0 && number(found, kMIDIPropertyOffline) == 0 ? found : 0;
@@ -147,7 +98,7 @@ TEST_F(AlsaUsbBoardTest, TwoKeyboardsWithTheSameEmptyNumberStayApart) {
 }
 
 TEST_F(AlsaUsbBoardTest, ALongMessageReachesADeviceWhole) {
-  UsbBoard plug("KX-0001");
+  const UsbBoard plug({.serialNumber = "KX-0001"});
   plug.plugIn();
   ASSERT_TRUE(comesTrue([&] { return isOnline(); }));
   SequencerPeer peer("Board");
