@@ -55,5 +55,20 @@ TEST_F(StatusPollingTest, MissingPermissionFreesTheControlsWithoutASelectionToo)
   EXPECT_TRUE(fixture.controlsAreFree());
 }
 
+TEST(BadFileTest, AFileFormatThatTheWorkerRefusesStopsTheRunWithItsNotice) {
+  UpgradeFixture fixture(1);
+  fixture.appear();
+  fixture.misbehave("silent@firmware");  // The run is under way.
+  fixture.runtime.mainQueue().post([&] {
+    fixture.view->select(fixture.rows()[0].id);
+    fixture.model.loadingInProgress.set(true);
+  });
+  fixture.runFor(1s);
+  set_load_status(10);
+  fixture.runFor(1s);
+  EXPECT_EQ(fixture.view->stopNotice.get(), noticeOf(SilentStop::badFile, fixture.serialAt(0)));
+  EXPECT_TRUE(fixture.controlsAreFree());
+}
+
 }  // namespace
 }  // namespace karvex::upgrade
