@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "loader/load_status.hpp"
-#include "ui/EndSignals.hpp"
 #include "ui/LineText.hpp"
+#include "ui/TerminationSignals.hpp"
 #include "ui/console/StyledText.hpp"
 #include "upgrade/LoadProgress.hpp"
 
@@ -58,7 +58,8 @@ ExitStatus UnattendedUpgrade::run() {
   auto& runtime = core_.runtime();
   const auto stop = [&runtime] { runtime.stopMain(); };
   const ScriptedUser user(runtime, core_.view(), plan_, stop);
-  const ui::EndSignals endSignals([&] { runtime.mainQueue().post([&] { front_.quitWhenIdle(stop); }); });
+  const ui::TerminationSignals terminationSignals(
+      [&] { runtime.mainQueue().post([&] { front_.quitWhenIdle(stop); }); });
   core_.actions().appear();
   runtime.runMain();
   return summarise(user);

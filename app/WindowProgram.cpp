@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <utility>
 
-#include "ui/EndSignals.hpp"
 #include "ui/Observation.hpp"
+#include "ui/TerminationSignals.hpp"
 #include "upgrade/LoadProgress.hpp"
 
 namespace karvex::app {
@@ -36,7 +36,7 @@ void WindowProgram::endCore() {
 }
 
 void WindowProgram::run() {
-  const ui::EndSignals endSignals([this] {
+  const ui::TerminationSignals terminationSignals([this] {
     QMetaObject::invokeMethod(&toolkit_, [this] { window_->closeByOrder(); }, Qt::QueuedConnection);
   });
   window_->show();

@@ -28,8 +28,8 @@ class WindowProgram {
 
   ui::qt::MainWindow& window() { return *window_; }
 
-  /// Shows the window until the user or a signal (EndSignals) closes it, or the core stops its main queue.
-  /// Call it once.
+  /// Shows the window until the user or a signal (TerminationSignals) closes it, or the core stops its main
+  /// queue. Call it once.
   void run();
 
  private:

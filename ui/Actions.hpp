@@ -5,7 +5,7 @@
 
 #include "foundation/run/Queue.hpp"
 #include "foundation/text/Uuid.hpp"
-#include "ui/LeavingWish.hpp"
+#include "ui/QuitRequest.hpp"
 #include "ui/UserActions.hpp"
 #include "upgrade/Alert.hpp"
 
@@ -31,7 +31,7 @@ class Actions final : public UserActions {
 
   /// Calls `leave` on the main thread if nothing stands against it then: an upgrade, of which a click may be
   /// on its way ahead of this, or a failure that nobody has seen. Ask again when the snapshot has changed;
-  /// a LeavingWish says when.
+  /// a QuitRequest says when.
   void leave(Leaving leaving, std::function<void()> leave);
 
  private:

@@ -13,21 +13,21 @@ void OwnershipGate::end() {
   if (--underWay_ > 0) {
     return;
   }
-  for (const auto& gate : std::exchange(awaited_, {})) {
-    gate->open();
+  for (const auto& latch : std::exchange(awaited_, {})) {
+    latch->open();
   }
 }
 
 std::uint64_t OwnershipGate::awaitEnd() const {
-  std::shared_ptr<karvex::foundation::Gate> gate;
+  std::shared_ptr<karvex::foundation::Latch> latch;
   {
     const std::lock_guard lock(mutex_);
     if (underWay_ == 0) {
       return begun_;
     }
-    gate = awaited_.emplace_back(runtime_.makeGate());
+    latch = awaited_.emplace_back(runtime_.makeLatch());
   }
-  gate->wait();
+  latch->wait();
   return count();
 }
 

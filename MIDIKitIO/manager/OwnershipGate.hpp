@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "foundation/run/Gate.hpp"
+#include "foundation/run/Latch.hpp"
 #include "foundation/run/Runtime.hpp"
 
 namespace midikit::io {
@@ -63,7 +63,8 @@ class OwnershipGate {
   mutable std::mutex mutex_;
   std::uint64_t begun_ = 0;
   std::uint64_t underWay_ = 0;
-  mutable std::vector<std::shared_ptr<karvex::foundation::Gate>> awaited_;  ///< of those who wait for the end
+  mutable std::vector<std::shared_ptr<karvex::foundation::Latch>>
+      awaited_;  ///< of those who wait for the end
 };
 
 }  // namespace midikit::io

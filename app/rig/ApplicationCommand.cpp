@@ -14,8 +14,8 @@
 #include "app/rig/RunReport.hpp"
 #include "app/rig/WindowCommand.hpp"
 #include "ui/Actions.hpp"
-#include "ui/EndSignals.hpp"
 #include "ui/KarvexApp.hpp"
+#include "ui/TerminationSignals.hpp"
 #include "ui/console/LineFront.hpp"
 #include "ui/console/TerminalMode.hpp"
 
@@ -38,7 +38,7 @@ class FrontOnRig {
 
   ~FrontOnRig() {
     on_.runtime->finish();
-    endSignals_.reset();
+    terminationSignals_.reset();
     page_.reset();
   }
   FrontOnRig(const FrontOnRig&) = delete;
@@ -64,7 +64,7 @@ class FrontOnRig {
  private:
   void writeLines() {
     lineFront_.emplace(on_.view, [](auto line) { say(std::string(line)); });
-    endSignals_.emplace([this] {
+    terminationSignals_.emplace([this] {
       on_.runtime->mainQueue().post(
           [this] { lineFront_->quitWhenIdle([this] { on_.runtime->stopMain(); }); });
     });
@@ -73,7 +73,7 @@ class FrontOnRig {
   const ApplicationOptions& options_;
   RigObjects on_;
   std::optional<ui::console::LineFront> lineFront_;
-  std::optional<ui::EndSignals> endSignals_;  // For the line front; the page has its own.
+  std::optional<ui::TerminationSignals> terminationSignals_;  // For the line front; the page has its own.
   std::unique_ptr<TerminalPage> page_;
   std::optional<ScriptedUser> user_;
 };

@@ -13,7 +13,7 @@
 #include "loader/mcu_table.hpp"
 #include "rig/maker/ListText.hpp"
 #include "rig/service/EmbeddedService.hpp"
-#include "ui/EndSignals.hpp"
+#include "ui/TerminationSignals.hpp"
 
 namespace karvex::app {
 namespace {
@@ -115,7 +115,7 @@ int runServe(const ServeOptions& options) {
   service.setFaults(options.faults);
   sayHowToReach(service);
   service.setRequestListener(sayRequest);
-  const ui::EndSignals endSignals([&runtime] { runtime.stopMain(); });
+  const ui::TerminationSignals terminationSignals([&runtime] { runtime.stopMain(); });
   runtime.runMain();
   service.stop();
   return exitLoaded;

@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "foundation/run/Clock.hpp"
-#include "foundation/run/Gate.hpp"
+#include "foundation/run/Latch.hpp"
 #include "foundation/run/OutsideWork.hpp"
 #include "foundation/run/Queue.hpp"
 
@@ -27,9 +27,9 @@ class Runtime {
   /// Where threads of others report what they do for this program.
   virtual OutsideWork& outsideWork() = 0;
 
-  /// A closed gate. Threads of this program wait for each other at such gates alone: on virtual time, who
+  /// A closed latch. Threads of this program wait for each other at such latches alone: on virtual time, who
   /// waits in any other way would keep the others from running. The runtime must outlive it.
-  virtual std::shared_ptr<Gate> makeGate() = 0;
+  virtual std::shared_ptr<Latch> makeLatch() = 0;
 
   /// Runs the main queue's jobs on the calling thread, which must be the main thread, until stopMain().
   virtual void runMain() = 0;

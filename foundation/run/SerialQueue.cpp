@@ -19,10 +19,10 @@ thread_local RunAfterwards* afterwards = nullptr;          ///< the same
 
 namespace {
 
-/// What waits: a job, or the gate of a thread that waits to run its work itself.
+/// What waits: a job, or the latch of a thread that waits to run its work itself.
 struct Waiting {
   Job job;
-  std::shared_ptr<Gate> gate;
+  std::shared_ptr<Latch> latch;
 };
 
 }  // namespace
@@ -43,11 +43,11 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
     if (takeIdleTurn()) {
       return;
     }
-    const auto gate = runtime.makeGate();
-    if (enlist({nullptr, gate})) {
-      runNext();  // The queue has become idle meanwhile, so it is this gate that opens.
+    const auto latch = runtime.makeLatch();
+    if (enlist({nullptr, latch})) {
+      runNext();  // The queue has become idle meanwhile, so it is this latch that opens.
     }
-    gate->wait();
+    latch->wait();
   }
 
   /// True if the queue was idle: then the caller has the turn.
@@ -71,8 +71,8 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   /// One job for each turn on the target, so that a busy queue leaves room for the others there.
   void runNext() {
     Waiting first = next();
-    if (first.gate) {
-      return first.gate->open();
+    if (first.latch) {
+      return first.latch->open();
     }
     const detail::InsideQueue frame{this, inside};
     inside = &frame;
@@ -92,8 +92,8 @@ struct SerialQueue::State : std::enable_shared_from_this<State> {
   /// turn.
   void dropNext() {
     do {
-      if (const Waiting first = next(); first.gate) {
-        return first.gate->open();
+      if (const Waiting first = next(); first.latch) {
+        return first.latch->open();
       }
     } while (--pending != 0);
   }

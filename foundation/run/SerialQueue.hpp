@@ -34,9 +34,9 @@ class SerialQueue final : public Queue {
   void postAt(TimePoint due, Job job) override;
 
   /// Runs `work` as a job of this queue, behind those that wait already, and returns what it returns or
-  /// throws what it throws. It runs on the calling thread, which waits for its turn at a gate of the runtime;
-  /// on an idle queue that is at once. Not to be called inside a job of this queue, which would wait for
-  /// itself: that ends the program.
+  /// throws what it throws. It runs on the calling thread, which waits for its turn at a latch of the
+  /// runtime; on an idle queue that is at once. Not to be called inside a job of this queue, which would wait
+  /// for itself: that ends the program.
   template <typename Work>
   std::invoke_result_t<Work> runSynchronously(Runtime& runtime, Work&& work) {
     const Turn turn(*this, runtime);

@@ -31,7 +31,7 @@ class NoOutsideWork final : public OutsideWork {
   void resumeTicket(Ticket) override {}
 };
 
-class SystemGate final : public Gate {
+class SystemLatch final : public Latch {
  public:
   void wait() override {
     std::unique_lock lock(mutex_);
@@ -161,8 +161,8 @@ OutsideWork& SystemRuntime::outsideWork() {
 Queue& SystemRuntime::globalQueue() {
   return state_->globalQueue;
 }
-std::shared_ptr<Gate> SystemRuntime::makeGate() {
-  return std::make_shared<SystemGate>();
+std::shared_ptr<Latch> SystemRuntime::makeLatch() {
+  return std::make_shared<SystemLatch>();
 }
 
 void SystemRuntime::runMain() {

@@ -18,7 +18,7 @@ class SystemRuntime final : public Runtime {
   Queue& mainQueue() override;
   Queue& globalQueue() override;
   OutsideWork& outsideWork() override;
-  std::shared_ptr<Gate> makeGate() override;
+  std::shared_ptr<Latch> makeLatch() override;
   void runMain() override;
   void stopMain() override;
   void finish() override;

@@ -182,11 +182,11 @@ VirtualRuntime::VirtualOutsideWork::Work* VirtualRuntime::VirtualOutsideWork::na
   return name != 0 && found != works_.end() ? &found->second : nullptr;
 }
 
-std::shared_ptr<Gate> VirtualRuntime::makeGate() {
-  return std::make_shared<VirtualGate>(*this);
+std::shared_ptr<Latch> VirtualRuntime::makeLatch() {
+  return std::make_shared<VirtualLatch>(*this);
 }
 
-void VirtualRuntime::VirtualGate::wait() {
+void VirtualRuntime::VirtualLatch::wait() {
   Lock lock(runtime_.mutex_);
   auto* self = runtime_.currentOrNull();
   if (self == nullptr) {
@@ -198,7 +198,7 @@ void VirtualRuntime::VirtualGate::wait() {
   }
 }
 
-void VirtualRuntime::VirtualGate::open() {
+void VirtualRuntime::VirtualLatch::open() {
   const Lock lock(runtime_.mutex_);
   isOpen_ = true;
   for (auto* participant : std::exchange(waiting_, {})) {
@@ -210,7 +210,7 @@ void VirtualRuntime::VirtualGate::open() {
 
 VirtualRuntime::Participant* VirtualRuntime::currentOrNull() {
   if (thisParticipant != nullptr) {
-    require(thisRuntime == this, "a thread of one runtime uses the clock or a gate of another one");
+    require(thisRuntime == this, "a thread of one runtime uses the clock or a latch of another one");
     return static_cast<Participant*>(thisParticipant);
   }
   return std::this_thread::get_id() == mainThread_ ? &main_ : nullptr;

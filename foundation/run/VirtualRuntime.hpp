@@ -35,7 +35,7 @@ class VirtualRuntime final : public Runtime {
   Queue& mainQueue() override { return mainQueue_; }
   Queue& globalQueue() override { return globalQueue_; }
   OutsideWork& outsideWork() override { return outsideWork_; }
-  std::shared_ptr<Gate> makeGate() override;
+  std::shared_ptr<Latch> makeLatch() override;
   void runMain() override;
   void stopMain() override;
   void finish() override;
@@ -105,9 +105,9 @@ class VirtualRuntime final : public Runtime {
   using Lock = std::unique_lock<std::mutex>;
 
   /// Who takes part gives the baton up while it waits; a foreign thread just blocks.
-  class VirtualGate final : public Gate {
+  class VirtualLatch final : public Latch {
    public:
-    explicit VirtualGate(VirtualRuntime& runtime) : runtime_(runtime) {}
+    explicit VirtualLatch(VirtualRuntime& runtime) : runtime_(runtime) {}
     void wait() override;
     void open() override;
 

@@ -11,7 +11,7 @@
 #include "app/diagnosis/SystemSurvey.hpp"
 #include "foundation/files/TemporaryDirectory.hpp"
 #include "tests/ExpectedText.hpp"
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::app {
 namespace {
@@ -107,7 +107,7 @@ TEST(SystemSurveyTest, FindsTheRulesAndTheProgramsThatMeddle) {
   EXPECT_TRUE(system.rulesAreOff);
 }
 
-class ServiceSurveyTest : public ui::UiBench {
+class ServiceSurveyTest : public ui::UiFixture {
  protected:
   ServiceDiagnosis survey(service::ServiceAddress address) {
     ServiceDiagnosis result;

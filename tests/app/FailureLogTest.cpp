@@ -8,7 +8,7 @@
 
 #include "app/FailureRecorder.hpp"
 #include "foundation/files/TemporaryDirectory.hpp"
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::app {
 namespace {
@@ -17,7 +17,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::SizeIs;
 
-class FailureLogTest : public ui::UiBench {
+class FailureLogTest : public ui::UiFixture {
  protected:
   const foundation::TemporaryDirectory directory;
   const std::filesystem::path file = directory.path() / "state/karvex/failures.log";

@@ -6,38 +6,38 @@
 #include <string>
 
 #include "tests/ExpectedText.hpp"
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::app {
 namespace {
 
 /// A rig of two boards as the core.
-class Bench final : public ui::UiBench, public ApplicationCore {
+class Fixture final : public ui::UiFixture, public ApplicationCore {
  public:
   void TestBody() override {}
-  foundation::Runtime& runtime() override { return UiBench::runtime; }
-  ui::ContentView& view() override { return UiBench::view; }
-  ui::Actions& actions() override { return UiBench::actions; }
-  using UiBench::misbehave;
-  using UiBench::rig;
+  foundation::Runtime& runtime() override { return UiFixture::runtime; }
+  ui::ContentView& view() override { return UiFixture::view; }
+  ui::Actions& actions() override { return UiFixture::actions; }
+  using UiFixture::misbehave;
+  using UiFixture::rig;
 };
 
 TEST(UnattendedUpgradeTest, EndsWithWhatBecameOfEachDevice) {
   const auto occupy = [](std::size_t place) {
-    return [place](Bench& bench) { bench.rig.terminals.occupy(serialNumberOf(place), "minicom"); };
+    return [place](Fixture& fixture) { fixture.rig.terminals.occupy(serialNumberOf(place), "minicom"); };
   };
-  const auto deny = [](Bench& bench) {
-    bench.rig.bus.inspect(serialNumberOf(0), [](auto& board) { board.setFaults({.deniesAccess = true}); });
+  const auto deny = [](Fixture& fixture) {
+    fixture.rig.bus.inspect(serialNumberOf(0), [](auto& board) { board.setFaults({.deniesAccess = true}); });
   };
   const struct {
     const char* description;
     ScriptedUser::Plan plan;
-    std::function<void(Bench&)> prepare = [](auto&) {};
+    std::function<void(Fixture&)> prepare = [](auto&) {};
   } cases[] = {
       {"all of them", {}},
       {"from the second on", {.firstRow = 1}},
       {"no such row", {.firstRow = 2}},
-      {"no list", {}, [](auto& bench) { bench.misbehave("missing-key=mcu"); }},
+      {"no list", {}, [](auto& fixture) { fixture.misbehave("missing-key=mcu"); }},
       {"the refresh after an answered alert doesn't undo what was done", {.answersAlerts = true}, occupy(1)},
       {"an alert without an answer", {}, occupy(0)},
       {"a board that may not be opened", {}, deny},
@@ -45,9 +45,10 @@ TEST(UnattendedUpgradeTest, EndsWithWhatBecameOfEachDevice) {
   std::string printed;
   for (const auto& example : cases) {
     printed += fmt::format("=== {}\n", example.description);
-    Bench bench;
-    example.prepare(bench);
-    UnattendedUpgrade upgrade(bench, example.plan, [&](auto line) { printed += fmt::format("{}\n", line); });
+    Fixture fixture;
+    example.prepare(fixture);
+    UnattendedUpgrade upgrade(fixture, example.plan,
+                              [&](auto line) { printed += fmt::format("{}\n", line); });
     printed += fmt::format("exit status {}\n", static_cast<int>(upgrade.run()));
   }
   expectText(KARVEX_REPORTS "/unattended.txt", printed);

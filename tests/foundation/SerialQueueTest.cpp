@@ -18,10 +18,10 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-TEST(GateTest, OnVirtualTimeWhoWaitsLetsTheOthersRun) {
+TEST(LatchTest, OnVirtualTimeWhoWaitsLetsTheOthersRun) {
   VirtualRuntime runtime;
   const auto start = runtime.clock().now();
-  const auto gate = runtime.makeGate();
+  const auto gate = runtime.makeLatch();
   runtime.globalQueue().post([&] {
     runtime.clock().sleepFor(20ms);
     gate->open();
@@ -39,10 +39,10 @@ TEST(GateTest, OnVirtualTimeWhoWaitsLetsTheOthersRun) {
   EXPECT_THAT(passed, ElementsAre("main thread", "job")) << "in the order in which they came to the gate";
 }
 
-TEST(GateTest, AForeignThreadCanWaitAndOpen) {
+TEST(LatchTest, AForeignThreadCanWaitAndOpen) {
   VirtualRuntime runtime;
-  const auto there = runtime.makeGate();
-  const auto back = runtime.makeGate();
+  const auto there = runtime.makeLatch();
+  const auto back = runtime.makeLatch();
   std::thread foreign([&] {
     there->wait();
     back->open();
@@ -68,7 +68,7 @@ TYPED_TEST(FinishTest, AJobThatWaitsForItsTurnEndsWithTheRuntime) {
   TypeParam runtime;
   SerialQueue queue(runtime.globalQueue());
   std::vector<std::string> order;
-  const auto hasBegun = runtime.makeGate();
+  const auto hasBegun = runtime.makeLatch();
   queue.post([&] {
     hasBegun->open();
     while (!isFinishing(runtime)) {
@@ -77,7 +77,7 @@ TYPED_TEST(FinishTest, AJobThatWaitsForItsTurnEndsWithTheRuntime) {
     order.emplace_back("begun");
   });
   hasBegun->wait();
-  const auto isAboutToWait = runtime.makeGate();
+  const auto isAboutToWait = runtime.makeLatch();
   runtime.globalQueue().post([&] {
     queue.post([&] { order.emplace_back("never"); });
     isAboutToWait->open();

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/KernelFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -19,7 +19,7 @@ using Bytes = std::vector<std::uint8_t>;
 using Room = SequencerPeer::Room;
 
 /// How lists reach other programs that don't read as fast as this one sends.
-class AlsaDeliveryTest : public KernelBench {
+class AlsaDeliveryTest : public KernelFixture {
  protected:
   /// `count` notes, each of them a list of its own, and their bytes.
   template <typename Send>

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "foundation/Log.hpp"
-#include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/KernelFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -21,7 +21,7 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr const char* owner = "org.example.thru";
 
 /// The layer among other programs that use it too, or the sequencer in ways of their own.
-class AlsaDesktopTest : public KernelBench {
+class AlsaDesktopTest : public KernelFixture {
  protected:
   Ref makeThru(bool isFiltered) {
     MIDIThruConnectionParams parameters;

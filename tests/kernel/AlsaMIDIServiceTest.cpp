@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/KernelFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using Bytes = std::vector<std::uint8_t>;
 
-using AlsaMIDIServiceTest = KernelBench;
+using AlsaMIDIServiceTest = KernelFixture;
 
 std::size_t openDescriptors() {
   std::size_t count = 0;

@@ -1,7 +1,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/KernelFixture.hpp"
 #include "tests/kernel/UsbBoard.hpp"
 
 namespace midikit::io {
@@ -10,10 +10,10 @@ namespace {
 using karvex::tests::UsbBoard;
 using testing::ElementsAre;
 
-class AlsaUsbBoardTest : public KernelBench {
+class AlsaUsbBoardTest : public KernelFixture {
  protected:
   void SetUp() override {
-    KernelBench::SetUp();
+    KernelFixture::SetUp();
     if (!IsSkipped() && !UsbBoard::isPossible()) {
       GTEST_SKIP() << "This kernel plays no USB devices; tests/kernel/run brings one up that does.";
     }

@@ -1,4 +1,5 @@
-// What a diagnosis sees of a board with a serial interface, and where its port leads, on a real bus with real nodes.
+// What a diagnosis sees of a board with a serial interface, and where its port leads, on a real bus with real
+// nodes.
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/KernelFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -58,10 +58,10 @@ class Example {
 };
 
 /// A program with a keyboard and a synthesizer.
-class ExamplesTest : public KernelBench {
+class ExamplesTest : public KernelFixture {
  protected:
   void SetUp() override {
-    KernelBench::SetUp();
+    KernelFixture::SetUp();
     if (!IsSkipped()) {
       peer_.emplace("Studio");
       keyboard_ = peer_->addSource("keyboard");

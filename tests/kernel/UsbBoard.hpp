@@ -46,9 +46,8 @@ class UsbBoard {
   ~UsbBoard() {
     std::error_code ignored;
     unplug();
-    for (const auto& part :
-         {"configs/c.1/" + function_, std::string("configs/c.1"), "functions/" + function_,
-          std::string("strings/0x409"), std::string()}) {
+    for (const auto& part : {"configs/c.1/" + function_, std::string("configs/c.1"), "functions/" + function_,
+                             std::string("strings/0x409"), std::string()}) {
       std::filesystem::remove(gadget_ / part, ignored);
     }
   }

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::ui {
 namespace {
@@ -14,7 +14,7 @@ using upgrade::Alert;
 
 constexpr auto listPath = "/services/loaderInfo.php";
 
-class ActionsTest : public UiBench {
+class ActionsTest : public UiFixture {
  protected:
   ActionsTest() {
     actions.appear();

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "MIDIKitCore/MIDIIOError.hpp"
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::ui {
 namespace {
@@ -20,7 +20,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-class ContentViewTest : public UiBench {
+class ContentViewTest : public UiFixture {
  protected:
   ContentViewTest() {
     foundation::log::redirectPrint([this](std::string_view text) { printed.emplace_back(text); });

@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::ui {
 namespace {
@@ -17,7 +17,7 @@ using testing::StartsWith;
 
 constexpr auto reportPath = "/services/deviceExplorer.php";
 
-class DeviceExplorerViewTest : public UiBench {
+class DeviceExplorerViewTest : public UiFixture {
  protected:
   DeviceExplorerViewTest() { open(); }
 

@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 #include "ui/EmptyTable.hpp"
 
 namespace karvex::ui {
@@ -99,7 +99,7 @@ TEST(EmptyTableTest, SaysWhyThereIsNoRow) {
   }
 }
 
-class ObservationTest : public UiBench {};
+class ObservationTest : public UiFixture {};
 
 /// A front that is told of a change must find it, and must be told of every one.
 TEST_F(ObservationTest, EveryChangeOfASnapshotIsTold) {

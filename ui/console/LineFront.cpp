@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "ui/Texts.hpp"
-#include "ui/console/Changes.hpp"
+#include "ui/console/SnapshotDiff.hpp"
 
 namespace karvex::ui::console {
 

@@ -73,7 +73,7 @@ TerminalFront::TerminalFront(ContentView& view, Actions& actions, std::function<
     told_.wish.see(told_.snapshot);
     wake();
   });
-  endSignals_.emplace([this] { askToLeave(Leaving::byOrder); });
+  terminationSignals_.emplace([this] { askToLeave(Leaving::byOrder); });
   thread_ = std::thread([this] { run(); });
 }
 
@@ -85,7 +85,7 @@ TerminalFront::~TerminalFront() {
     wake();
   }
   thread_.join();
-  endSignals_.reset();  // The terminal is back by now.
+  terminationSignals_.reset();  // The terminal is back by now.
   ::close(wakeDescriptor_);
 }
 

@@ -10,8 +10,8 @@
 
 #include "foundation/Observers.hpp"
 #include "ui/Actions.hpp"
-#include "ui/EndSignals.hpp"
 #include "ui/Observation.hpp"
+#include "ui/TerminationSignals.hpp"
 #include "ui/console/Keys.hpp"
 #include "ui/console/Screen.hpp"
 #include "upgrade/LoadProgress.hpp"
@@ -22,9 +22,9 @@ namespace karvex::ui::console {
 /// the main queue is blocked. Made and destroyed on the main thread.
 class TerminalFront {
  public:
-  /// `quit` is called, on the main thread, when the user or a signal (EndSignals) wants the program to end:
-  /// behind the run that is going, and behind its reports to the service; a user's wish is dropped if that
-  /// run fails (LeavingWish). Everything must outlive the front.
+  /// `quit` is called, on the main thread, when the user or a signal (TerminationSignals) wants the program
+  /// to end: behind the run that is going, and behind its reports to the service; a user's wish is dropped if
+  /// that run fails (QuitRequest). Everything must outlive the front.
   TerminalFront(ContentView& view, Actions& actions, std::function<void()> quit);
   ~TerminalFront();
   TerminalFront(const TerminalFront&) = delete;
@@ -47,7 +47,7 @@ class TerminalFront {
   struct Told {
     Snapshot snapshot;
     std::vector<std::string> notices;
-    LeavingWish wish;
+    QuitRequest wish;
     bool isEnding = false;
   };
   Told told();
@@ -67,7 +67,7 @@ class TerminalFront {
 
   std::vector<foundation::Subscription> subscriptions_;
   std::thread thread_;
-  std::optional<EndSignals> endSignals_;
+  std::optional<TerminationSignals> terminationSignals_;
 };
 
 }  // namespace karvex::ui::console

@@ -9,7 +9,7 @@
 #include <QShortcut>
 
 #include "ui/Texts.hpp"
-#include "ui/qt/Shades.hpp"
+#include "ui/qt/Palette.hpp"
 #include "ui/qt/SymbolIcon.hpp"
 #include "ui/qt/Text.hpp"
 #include "ui/qt/WrappedLabel.hpp"

@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "ui/qt/DeviceTableModel.hpp"
-#include "ui/qt/Shades.hpp"
+#include "ui/qt/Palette.hpp"
 
 namespace karvex::ui::qt {
 namespace {

@@ -5,7 +5,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "ui/LeavingWish.hpp"
+#include "ui/QuitRequest.hpp"
 #include "ui/Snapshot.hpp"
 #include "ui/UserActions.hpp"
 #include "upgrade/LoadProgress.hpp"
@@ -67,7 +67,7 @@ class MainWindow final : public QWidget {
   QPointer<AlertBox> alert_;
   QPointer<SyncSheet> sheet_;
   QTimer progressTimer_;
-  LeavingWish wish_;
+  QuitRequest wish_;
   bool hasAppeared_ = false;
   bool isOnScreen_ = false;  ///< it has a place, so that a dialog can be over it
   bool closesForGood_ = false;

@@ -5,8 +5,8 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
+#include "ui/qt/Palette.hpp"
 #include "ui/qt/RoundedFrame.hpp"
-#include "ui/qt/Shades.hpp"
 
 namespace karvex::ui::qt {
 namespace {

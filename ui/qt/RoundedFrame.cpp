@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "ui/qt/Shades.hpp"
+#include "ui/qt/Palette.hpp"
 
 namespace karvex::ui::qt {
 namespace {

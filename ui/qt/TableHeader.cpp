@@ -5,7 +5,7 @@
 
 #include "ui/qt/CellDelegate.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
-#include "ui/qt/Shades.hpp"
+#include "ui/qt/Palette.hpp"
 
 namespace karvex::ui::qt {
 namespace {

@@ -4,8 +4,8 @@
 
 namespace midikit::io::engine {
 
-// A call marks the gate before it looks whether that is closed, and close() closes it before it looks for the
-// mark, all of it in one order for all threads. So one of them sees the other.
+// A call marks the gate before it looks whether that is closed, and close() closes it before it looks for
+// the mark, all of it in one order for all threads. So one of them sees the other.
 
 bool BlockGate::enter() {
   occupant_ = std::this_thread::get_id();
@@ -22,28 +22,28 @@ void BlockGate::leave() {
     return;
   }
   const std::lock_guard lock(mutex_);
-  for (const auto& gate : std::exchange(awaited_, {})) {
-    gate->open();
+  for (const auto& latch : std::exchange(awaited_, {})) {
+    latch->open();
   }
 }
 
 void BlockGate::close() {
   isClosed_ = true;
-  std::shared_ptr<karvex::foundation::Gate> gate;
+  std::shared_ptr<karvex::foundation::Latch> latch;
   {
     const std::lock_guard lock(mutex_);
     const std::thread::id occupant = occupant_;
     if (occupant == std::thread::id() || occupant == std::this_thread::get_id()) {
       return;
     }
-    gate = awaited_.emplace_back(runtime_.makeGate());
-    // The call may have left since, and have found nobody to open a gate for.
+    latch = awaited_.emplace_back(runtime_.makeLatch());
+    // The call may have left since, and have found nobody to open a latch for.
     if (occupant_ == std::thread::id()) {
       awaited_.pop_back();
       return;
     }
   }
-  gate->wait();
+  latch->wait();
 }
 
 }  // namespace midikit::io::engine

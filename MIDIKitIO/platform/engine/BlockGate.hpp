@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "foundation/run/Gate.hpp"
+#include "foundation/run/Latch.hpp"
 #include "foundation/run/Runtime.hpp"
 
 namespace midikit::io::engine {
@@ -38,7 +38,7 @@ class BlockGate {
   std::atomic<bool> isClosed_ = false;
   std::atomic<std::thread::id> occupant_{};  ///< the thread inside a call
   std::mutex mutex_;
-  std::vector<std::shared_ptr<karvex::foundation::Gate>>
+  std::vector<std::shared_ptr<karvex::foundation::Latch>>
       awaited_;  ///< of those who wait for the end of the call
 };
 

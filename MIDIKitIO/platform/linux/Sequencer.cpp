@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-#include "MIDIKitIO/platform/linux/InputRoom.hpp"
+#include "MIDIKitIO/platform/linux/InputPool.hpp"
 
 namespace midikit::io::alsa {
 
@@ -249,7 +249,7 @@ bool Sequencer::takeRoom(const snd_seq_event_t& event, int client, karvex::found
     return true;
   }
   known = {};
-  const auto room = inputRoom(descriptor(), client);
+  const auto room = inputPool(descriptor(), client);
   if (!room) {
     return true;
   }

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "MIDIKitIO/identity/MIDIEndpointFilter.hpp"
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -56,7 +56,7 @@ TEST(MIDIEndpointIdentityTest, CasesOfOnePayloadAreDifferentAndSortedInASet) {
             "UniqueID: 9 with fallback EndpointDisplayName: \"x\"]");
 }
 
-using MIDIEndpointFilterTest = ManagerBench;
+using MIDIEndpointFilterTest = ManagerFixture;
 
 TEST_F(MIDIEndpointFilterTest, OnlyIsAnIntersectionAndDropAUnion) {
   manager->addInput({.name = "in",

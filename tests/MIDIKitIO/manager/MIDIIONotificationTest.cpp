@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -17,7 +17,7 @@ namespace {
 using core::MIDIIOError;
 using Raw = MIDIIORawNotification;
 
-class MIDIIONotificationTest : public MIDITestBench {
+class MIDIIONotificationTest : public MIDITestFixture {
  protected:
   MIDIIONotificationTest() {
     deviceRef =

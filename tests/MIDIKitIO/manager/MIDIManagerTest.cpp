@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -23,7 +23,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::MatchesRegex;
 
-class MIDIManagerTest : public MIDITestBench {
+class MIDIManagerTest : public MIDITestFixture {
  protected:
   MIDIManagerSettings settings(const std::string& clientName = "client") {
     return {

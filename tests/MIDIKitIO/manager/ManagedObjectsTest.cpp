@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "MIDIKitIO/manager/ObservableMIDIManager.hpp"
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-class ManagedObjectsTest : public ManagerBench {
+class ManagedObjectsTest : public ManagerFixture {
  protected:
   /// One of each kind, in an order of no importance.
   void addOneOfEach(const std::string& tag) {

@@ -9,7 +9,7 @@
 #include "MIDIKitIO/objects/MIDIEndpoints.hpp"
 #include "MIDIKitIO/objects/ObjectFor.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -34,7 +34,7 @@ DeviceDescription mixer() {
            .destinations = {{.name = "r", .properties = {{"displayName", "mixer R"}, {"uniqueID", 300}}}}}}};
 }
 
-class ObjectsTest : public MIDITestBench {};
+class ObjectsTest : public MIDITestFixture {};
 
 TEST_F(ObjectsTest, TheSystemsListsAreInThePlatformsOrderWhateverTheNames) {
   service->addDevice(simpleDevice("same"));

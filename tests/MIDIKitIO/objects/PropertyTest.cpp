@@ -10,7 +10,7 @@
 #include "MIDIKitIO/objects/ObjectFor.hpp"
 #include "MIDIKitIO/objects/PropertyAccess.hpp"
 #include "MIDIKitIO/objects/PropertyText.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -113,7 +113,7 @@ const std::array<Row, 45> rows = {{
 // clang-format on
 
 /// One object of each type, in the order of MIDIIOObjectType.
-class PropertyTest : public MIDITestBench {
+class PropertyTest : public MIDITestFixture {
  protected:
   PropertyTest() {
     service->addDevice(karvex::rig::simpleDevice("a device"));

@@ -7,7 +7,7 @@
 
 #include "MIDIKitInternals/RadixText.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -78,7 +78,7 @@ std::vector<std::uint32_t> words(std::size_t count) {
   return std::vector<std::uint32_t>(count, 0x20903C40);
 }
 
-using MessageSenderTest = MIDITestBench;
+using MessageSenderTest = MIDITestFixture;
 
 TEST_F(MessageSenderTest, MakesTheListsOfItsInterface) {
   constexpr auto legacy = Version::legacyCoreMIDI();

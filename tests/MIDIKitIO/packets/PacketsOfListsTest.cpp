@@ -6,7 +6,7 @@
 
 #include "MIDIKitIO/packets/ConnectionNumber.hpp"
 #include "MIDIKitInternals/RadixText.hpp"
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -22,7 +22,7 @@ Lines linesOf(const AnyMIDIPackets& packets) {
   return lines;
 }
 
-using PacketsOfListsTest = ManagerBench;
+using PacketsOfListsTest = ManagerFixture;
 
 TEST_F(PacketsOfListsTest, WordsAreSplitIntoTheMessagesThatCanBeRead) {
   struct Case {

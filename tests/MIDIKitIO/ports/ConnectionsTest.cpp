@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -13,7 +13,7 @@ using karvex::rig::MIDIOperation;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ConnectionsTest : public ManagerBench {
+class ConnectionsTest : public ManagerFixture {
  protected:
   void addInputConnection(MIDIInputConnectionMode mode, const MIDIEndpointFilter& filter = {}) {
     auto receiver = writer();

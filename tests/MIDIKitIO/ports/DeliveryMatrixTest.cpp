@@ -5,7 +5,7 @@
 #include <variant>
 #include <vector>
 
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -185,7 +185,7 @@ std::vector<Receiver> receivers(Lines& lines, const std::shared_ptr<Recorder>& r
           {"weak", false, MIDIReceiver::weak(recorder, {})}};
 }
 
-class DeliveryMatrixTest : public ManagerBench {
+class DeliveryMatrixTest : public ManagerFixture {
  protected:
   /// From the device's source, or from another program to the virtual input.
   void send(const Row& row, bool toInput) {

@@ -4,7 +4,7 @@
 
 #include "MIDIKitIO/objects/PropertyAccess.hpp"
 #include "MIDIKitIO/platform/MIDIPropertyKeys.hpp"
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -24,7 +24,7 @@ class OneDefault final : public karvex::foundation::UserDefaults {
   std::optional<std::int64_t> value;
 };
 
-class VirtualEndpointsTest : public ManagerBench {
+class VirtualEndpointsTest : public ManagerFixture {
  protected:
   void addInput(Persistence persistence = Persistence::adHoc()) {
     manager->addInput(

@@ -11,7 +11,7 @@
 #include "foundation/Log.hpp"
 #include "foundation/run/SerialQueue.hpp"
 #include "tests/MIDIKitCore/Events.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -50,7 +50,7 @@ class Object final : public ReceivesMIDIEvents {
   Lines& lines_;
 };
 
-class ReceiveHandlerTest : public MIDITestBench {
+class ReceiveHandlerTest : public MIDITestFixture {
  protected:
   MIDIReceiver events(Options options, const std::string& name = {}) {
     return MIDIReceiver::events(options, [this, name](auto received, auto, const auto&) {

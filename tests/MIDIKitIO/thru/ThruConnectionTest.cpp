@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "MIDIKitIO/thru/MIDIThruConnectionProxy.hpp"
-#include "tests/MIDIKitIO/ManagerBench.hpp"
+#include "tests/MIDIKitIO/ManagerFixture.hpp"
 
 namespace midikit::io {
 namespace {
@@ -15,7 +15,7 @@ using testing::IsEmpty;
 using Lifecycle = MIDIThruConnection::Lifecycle;
 
 /// On each platform: what MIDI arrives at the equipment.
-class ThruConnectionTest : public ManagerBench, public testing::WithParamInterface<PlatformVersion> {
+class ThruConnectionTest : public ManagerFixture, public testing::WithParamInterface<PlatformVersion> {
  protected:
   ThruConnectionTest() { startOn(GetParam()); }
 

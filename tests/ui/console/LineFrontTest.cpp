@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/ui/UiBench.hpp"
+#include "tests/ui/UiFixture.hpp"
 
 namespace karvex::ui::console {
 namespace {
@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 using testing::Contains;
 using testing::StartsWith;
 
-class LineFrontTest : public UiBench {
+class LineFrontTest : public UiFixture {
  protected:
   std::vector<std::string> lines;
   const LineFront front{view, [this](std::string_view line) { lines.emplace_back(line); }};

@@ -11,8 +11,8 @@
 #include "tests/ExpectedText.hpp"
 #include "tests/ui/qt/SampleSnapshots.hpp"
 #include "ui/LineText.hpp"
-#include "ui/console/Changes.hpp"
 #include "ui/console/Screen.hpp"
+#include "ui/console/SnapshotDiff.hpp"
 #include "upgrade/LoadProgress.hpp"
 #include "upgrade/StopNotice.hpp"
 
@@ -163,7 +163,7 @@ TEST(PageTest, TheRowsAroundTheSelectedOneStayOnALowTerminal) {
   EXPECT_EQ(shownOn(1000).size(), 100U + 4U + 1U + 4U + 1U) << "all of it where there is room";
 }
 
-TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
+TEST(SnapshotDiffTest, ALineForEachChangeAndNoneWithoutOne) {
   const auto before = twoRows();
   const auto linesOf = [&before](const std::function<void(Snapshot&)>& change) {
     auto after = before;
@@ -196,7 +196,7 @@ TEST(ChangesTest, ALineForEachChangeAndNoneWithoutOne) {
   EXPECT_THAT(list[1], AllOf(StartsWith("  1 - Pedal  #20"), testing::EndsWith("● Idle")));
 }
 
-TEST(ChangesTest, AnAlertIsToldOnceAndSoIsItsOk) {
+TEST(SnapshotDiffTest, AnAlertIsToldOnceAndSoIsItsOk) {
   auto up = twoRows();
   up.stopNotice = "an earlier notice";
   const auto down = up;

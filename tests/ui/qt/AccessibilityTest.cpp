@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/ui/qt/WindowBench.hpp"
+#include "tests/ui/qt/WindowFixture.hpp"
 #include "ui/qt/AlertBox.hpp"
 #include "ui/qt/NoticeStrip.hpp"
 #include "ui/qt/SyncSheet.hpp"
@@ -36,7 +36,7 @@ std::vector<std::string> roundByTab(QWidget& window) {
 }
 
 TEST(Accessibility, TheWindowsPartsSayWhatTheyAre) {
-  WindowBench bench(samples::selected());
+  WindowFixture bench(samples::selected());
   EXPECT_EQ(nameOf(&bench.button("upload")), "Upload Firmware");
   EXPECT_EQ(nameOf(&bench.button("refresh")), "Refresh device list");
   EXPECT_EQ(nameOf(&bench.button("sync")), "Sync your current equipment information");
@@ -51,7 +51,7 @@ TEST(Accessibility, TheWindowsPartsSayWhatTheyAre) {
 }
 
 TEST(Accessibility, TheTabKeyLeadsFromTheTableOverTheButtonsThatAreFree) {
-  WindowBench bench(samples::selected());
+  WindowFixture bench(samples::selected());
   EXPECT_THAT(roundByTab(bench.window), ElementsAre("Devices", "Upload Firmware", "Refresh device list",
                                                     "Sync your current equipment information"));
   bench.window.draw(samples::idle());
@@ -62,7 +62,7 @@ TEST(Accessibility, TheTabKeyLeadsFromTheTableOverTheButtonsThatAreFree) {
 }
 
 TEST(Accessibility, AnAlertIsReadOutAndHasTheKeyboard) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   bench.window.draw(samples::withAlert(upgrade::Alert::portBusy));
   auto* box = bench.window.findChild<AlertBox*>();
   EXPECT_EQ(nameOf(box), upgrade::titleOf(upgrade::Alert::portBusy));
@@ -73,7 +73,7 @@ TEST(Accessibility, AnAlertIsReadOutAndHasTheKeyboard) {
 }
 
 TEST(Accessibility, TheSheetsButtonsAreReachedByTab) {
-  WindowBench bench(samples::withSheet(true));
+  WindowFixture bench(samples::withSheet(true));
   auto* sheet = bench.window.findChild<SyncSheet*>();
   EXPECT_EQ(nameOf(sheet), "Sync your current equipment information");
   EXPECT_THAT(roundByTab(*sheet), ElementsAre("Click Me", "Close"));
@@ -81,7 +81,7 @@ TEST(Accessibility, TheSheetsButtonsAreReachedByTab) {
 }
 
 TEST(Accessibility, ANoticeIsReadOutAndReachedByTab) {
-  WindowBench bench(samples::stopped());
+  WindowFixture bench(samples::stopped());
   EXPECT_EQ(nameOf(bench.window.findChild<NoticeStrip*>()), samples::stopped().stopNotice);
   EXPECT_THAT(roundByTab(bench.window), testing::Contains(samples::stopped().stopNotice));
 }

@@ -11,12 +11,12 @@
 #include <functional>
 #include <vector>
 
-#include "tests/ui/qt/WindowBench.hpp"
+#include "tests/ui/qt/WindowFixture.hpp"
 #include "ui/qt/CellDelegate.hpp"
 #include "ui/qt/ColumnShares.hpp"
 #include "ui/qt/DeviceTableModel.hpp"
+#include "ui/qt/Palette.hpp"
 #include "ui/qt/RoundedFrame.hpp"
-#include "ui/qt/Shades.hpp"
 
 namespace karvex::ui::qt {
 namespace {
@@ -32,7 +32,7 @@ QString textAt(DeviceTable& table, int row, Column column) {
 }
 
 /// The colours of a cell's pixels, as drawn.
-QImage pictureOf(WindowBench& bench, int row, Column column) {
+QImage pictureOf(WindowFixture& bench, int row, Column column) {
   const auto cell = bench.table().visualRect(bench.table().model()->index(row, static_cast<int>(column)));
   return bench.table().viewport()->grab(cell).toImage();
 }
@@ -55,7 +55,7 @@ bool hasPixel(const QImage& picture, const QColor& colour) {
 }
 
 TEST(DeviceTable, ShowsTheTitlesAndTheCellsInOrder) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   const auto& model = *bench.table().model();
   QStringList titles;
   for (int column = 0; column < model.columnCount(); ++column) {
@@ -80,7 +80,7 @@ TEST(DeviceTable, DrawsEachToneReadablyOnLightAndDarkGround) {
     palette.setColor(QPalette::Base, ground);
     palette.setColor(QPalette::Highlight, mix(ground, Qt::blue, 0.2));
     QApplication::setPalette(palette);
-    WindowBench bench(samples::everyStatus());
+    WindowFixture bench(samples::everyStatus());
     bench.window.resize(1300, 860);
     QApplication::processEvents();
     bench.table().setFocus();
@@ -103,7 +103,7 @@ TEST(DeviceTable, DrawsEachToneReadablyOnLightAndDarkGround) {
 }
 
 TEST(DeviceTable, SaysInWordsWhatItSaysWithColours) {
-  WindowBench bench(samples::running());
+  WindowFixture bench(samples::running());
   const auto described = [&](int row, Column column) {
     return bench.table()
         .model()
@@ -122,7 +122,7 @@ TEST(DeviceTable, SaysInWordsWhatItSaysWithColours) {
 }
 
 TEST(DeviceTable, AClickOnARowIsAWishAndSelectsNothingByItself) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   bench.clickRow(3);
   EXPECT_THAT(bench.actions.selections, ElementsAre(samples::idle().rows[3].id));
   EXPECT_EQ(bench.selectedRow(), -1);
@@ -132,7 +132,7 @@ TEST(DeviceTable, AClickOnARowIsAWishAndSelectsNothingByItself) {
 
 TEST(DeviceTable, WhoTakesTheSelectionAwayWishesForNoneAndSeesWhatTheSnapshotSays) {
   for (const auto& snapshot : {samples::selected(), samples::running()}) {
-    WindowBench bench(snapshot);
+    WindowFixture bench(snapshot);
     const auto row = bench.selectedRow();
     ASSERT_GE(row, 0);
     auto& viewport = *bench.table().viewport();
@@ -152,14 +152,14 @@ TEST(DeviceTable, WhoTakesTheSelectionAwayWishesForNoneAndSeesWhatTheSnapshotSay
     EXPECT_THAT(bench.actions.selections, Each(Eq(std::nullopt)));
     EXPECT_EQ(bench.selectedRow(), row) << "during a run it is the run's";
   }
-  WindowBench bench(samples::selected());
+  WindowFixture bench(samples::selected());
   bench.window.draw(samples::idle());
   EXPECT_EQ(bench.selectedRow(), -1);
   EXPECT_THAT(bench.actions.selections, IsEmpty()) << "drawing is no wish";
 }
 
 TEST(DeviceTable, TheArrowKeysGoFromTheShownSelection) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   const auto rows = samples::idle().rows;
   QTest::keyClick(&bench.table(), Qt::Key_Down);
   EXPECT_THAT(bench.actions.selections, ElementsAre(rows[0].id));
@@ -180,7 +180,7 @@ TEST(DeviceTable, TheArrowKeysGoFromTheShownSelection) {
 }
 
 TEST(DeviceTable, AnotherListKeepsNoSelectionThatTheSnapshotHasNot) {
-  WindowBench bench(samples::selected());
+  WindowFixture bench(samples::selected());
   ASSERT_EQ(bench.selectedRow(), 0);
   auto refreshed = samples::selected();  // New records: the old selection matches no row any more.
   for (auto& row : refreshed.rows) {
@@ -193,7 +193,7 @@ TEST(DeviceTable, AnotherListKeepsNoSelectionThatTheSnapshotHasNot) {
 }
 
 TEST(DeviceTable, DrawsNothingAnewWithoutAChange) {
-  WindowBench bench(samples::running());
+  WindowFixture bench(samples::running());
   const QSignalSpy resets(bench.table().model(), &QAbstractItemModel::modelReset);
   QSignalSpy changes(bench.table().model(), &QAbstractItemModel::dataChanged);
   bench.window.draw(samples::running());
@@ -209,7 +209,7 @@ TEST(DeviceTable, DrawsNothingAnewWithoutAChange) {
 TEST(DeviceTable, TheBarBelongsToTheRunAndFollowsItsLoad) {
   auto snapshot = samples::running();
   snapshot.rows[3] = samples::rowWith(5, 4);  // Kept from a run that stopped there.
-  WindowBench bench(snapshot);
+  WindowFixture bench(snapshot);
   const auto cell = bench.table().model()->index(2, static_cast<int>(Column::status));
   const auto bar = [&] { return cell.data(DeviceTableModel::barRole).toPointF(); };
   EXPECT_EQ(bar(), QPointF(0, 228.0 / 392.0));
@@ -245,7 +245,7 @@ TEST(DeviceTable, NamesCantBreakTheirLineOrActAsMarkupOrGoOn) {
   auto snapshot = samples::idle();
   for (const auto& one : cases) {
     snapshot.rows[0].firmwareName = one.name;
-    WindowBench bench(snapshot);
+    WindowFixture bench(snapshot);
     const auto cell = bench.table().model()->index(0, static_cast<int>(Column::firmwareName));
     EXPECT_EQ(cell.data().toString().toStdString(), one.shown);
     EXPECT_EQ(cell.data(Qt::ToolTipRole).toString(),
@@ -262,7 +262,7 @@ TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
   auto fewLong = samples::idle();
   fewLong.rows[0].firmwareName = longText;
   for (const auto& snapshot : {crowded, fewLong, samples::idle(), Snapshot{}}) {
-    WindowBench bench(snapshot);
+    WindowFixture bench(snapshot);
     for (const auto& size : {bench.window.minimumSize(), QSize(1300, 860)}) {
       bench.window.resize(size);
       QApplication::processEvents();
@@ -275,7 +275,7 @@ TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
       }
     }
   }
-  WindowBench bench(crowded);
+  WindowFixture bench(crowded);
   EXPECT_TRUE(bench.table()
                   .model()
                   ->index(0, 0)
@@ -286,7 +286,7 @@ TEST(DeviceTable, LongTextsNeverPushTheStatusOffTheScreen) {
 }
 
 TEST(DeviceTable, SaysInItsBodyWhyItIsEmpty) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   bench.window.draw(samples::empty());
   const auto ground = bench.table().palette().color(QPalette::Base);
   EXPECT_TRUE(hasPixel(bench.table().viewport()->grab().toImage(), shadeOf(Tone::gray, ground)));
@@ -303,7 +303,7 @@ TEST(DeviceTable, FitsALargeFont) {
   large.setPointSize(20);
   QApplication::setFont(large);
   {
-    WindowBench bench(samples::everyStatus());
+    WindowFixture bench(samples::everyStatus());
     EXPECT_GE(bench.button("upload").height(), bench.button("upload").fontMetrics().height() + 6);
     EXPECT_GE(bench.button("upload").width(), bench.button("upload").sizeHint().width());
     const auto& header = *bench.table().horizontalHeader();

@@ -4,7 +4,7 @@
 #include <QLabel>
 #include <string>
 
-#include "tests/ui/qt/WindowBench.hpp"
+#include "tests/ui/qt/WindowFixture.hpp"
 #include "ui/qt/ActionRow.hpp"
 #include "ui/qt/AlertBox.hpp"
 #include "ui/qt/NoticeStrip.hpp"
@@ -19,7 +19,7 @@ using testing::IsEmpty;
 
 /// The one dialog of its kind that is on the screen, or null.
 template <typename Dialog>
-Dialog* shown(WindowBench& bench) {
+Dialog* shown(WindowFixture& bench) {
   Dialog* found = nullptr;
   for (auto* dialog : bench.window.findChildren<Dialog*>()) {
     if (dialog->isVisible()) {
@@ -65,7 +65,7 @@ const std::vector<ButtonCase> buttons{
 TEST(MainWindow, EachButtonHasItsTextsAndWorksByMouseEnterSpaceAndShortcut) {
   for (const auto& one : buttons) {
     SCOPED_TRACE(one.name);
-    WindowBench bench(samples::selected());
+    WindowFixture bench(samples::selected());
     auto& button = bench.button(one.name);
     EXPECT_EQ(button.text().toStdString(), one.text);
     EXPECT_EQ(button.toolTip().toStdString(), one.help);
@@ -85,7 +85,7 @@ TEST(MainWindow, ADisabledButtonDoesNothing) {
     SCOPED_TRACE(one.name);
     auto snapshot = samples::selected();
     snapshot.*one.isFree = false;
-    WindowBench bench(snapshot);
+    WindowFixture bench(snapshot);
     auto& button = bench.button(one.name);
     EXPECT_FALSE(button.isEnabled());
     QTest::mouseClick(&button, Qt::LeftButton);
@@ -97,7 +97,7 @@ TEST(MainWindow, ADisabledButtonDoesNothing) {
 }
 
 TEST(MainWindow, ShowsTheInstructionWithItsEmphasis) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   const auto* instruction = bench.window.findChild<ActionRow*>()->findChild<QLabel*>();
   EXPECT_EQ(instruction->text(),
             "Click on the first item of the list, then click on 'Upload firmware' button.<br>"
@@ -108,7 +108,7 @@ class EachAlert : public testing::TestWithParam<upgrade::Alert> {};
 INSTANTIATE_TEST_SUITE_P(MainWindow, EachAlert, testing::ValuesIn(upgrade::alertsInOrder));
 
 TEST_P(EachAlert, ShowsItsTextsAndStaysUntilTheSnapshotHasItNoMore) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   const auto snapshot = samples::withAlert(GetParam());
   for (const auto before : {upgrade::Alert::portBusy, upgrade::Alert::uploadError}) {
     bench.window.draw(samples::withAlert(before));
@@ -131,7 +131,7 @@ TEST_P(EachAlert, ShowsItsTextsAndStaysUntilTheSnapshotHasItNoMore) {
 }
 
 TEST_P(EachAlert, IsConfirmedByEnterEscapeAndItsWindowsCloseButton) {
-  WindowBench bench(samples::withAlert(GetParam()));
+  WindowFixture bench(samples::withAlert(GetParam()));
   auto* box = shown<AlertBox>(bench);
   ASSERT_NE(box, nullptr);
   QTest::keyClick(box, Qt::Key_Return);
@@ -142,7 +142,7 @@ TEST_P(EachAlert, IsConfirmedByEnterEscapeAndItsWindowsCloseButton) {
 }
 
 TEST_P(EachAlert, SaysItsTitleOnceAndCanBeCopied) {
-  WindowBench bench(samples::withAlert(GetParam()));
+  WindowFixture bench(samples::withAlert(GetParam()));
   auto* box = shown<AlertBox>(bench);
   EXPECT_EQ(box->windowTitle(), bench.window.windowTitle());
   QTest::keyClick(box, Qt::Key_C, Qt::ControlModifier);
@@ -161,7 +161,7 @@ TEST(MainWindow, AnAlertThatIsUpAtStartComesWhenTheWindowHasItsPlace) {
 }
 
 TEST(MainWindow, SaysInItsStripWhyARunStoppedAndWhyItStays) {
-  WindowBench bench(samples::stopped());
+  WindowFixture bench(samples::stopped());
   auto* strip = bench.window.findChild<NoticeStrip*>();
   auto* text = strip->findChild<QLabel*>();
   const auto reason = QString::fromStdString(samples::stopped().stopNotice);
@@ -189,14 +189,14 @@ TEST(MainWindow, NamesInAnAlertCantTurnItsTextOrWidenIt) {
   for (int i = 0; i < 5; ++i) {
     words += words;
   }
-  WindowBench bench({.alert = with("port \xE2\x80\xAE\x1b[0m\xF3\xA0\x80\x81" + words)});
+  WindowFixture bench({.alert = with("port \xE2\x80\xAE\x1b[0m\xF3\xA0\x80\x81" + words)});
   auto* box = shown<AlertBox>(bench);
   EXPECT_EQ(textOf(*box, "message"), with("port \xEF\xBF\xBD\xEF\xBF\xBD[0m\xEF\xBF\xBD" + words).message);
   EXPECT_LT(box->width(), 900);
 }
 
 TEST(MainWindow, AnAlertOverTheSheetOutlivesIt) {
-  WindowBench bench(samples::withSheet(true));
+  WindowFixture bench(samples::withSheet(true));
   auto snapshot = samples::withSheet(true);
   snapshot.alert = samples::withAlert(upgrade::Alert::portBusy).alert;
   bench.window.draw(snapshot);
@@ -211,7 +211,7 @@ TEST(MainWindow, AnAlertOverTheSheetOutlivesIt) {
 }
 
 TEST(MainWindow, AnAlertKeepsTheMouseAndTheShortcutsFromTheWindow) {
-  WindowBench bench(samples::selected());
+  WindowFixture bench(samples::selected());
   auto snapshot = samples::selected();
   snapshot.alert = samples::withAlert(upgrade::Alert::portBusy).alert;
   bench.window.draw(snapshot);
@@ -225,7 +225,7 @@ TEST(MainWindow, AnAlertKeepsTheMouseAndTheShortcutsFromTheWindow) {
 }
 
 TEST(SyncSheet, SendsAndClosesWhenTheSnapshotSaysSo) {
-  WindowBench bench(samples::withSheet(false));
+  WindowFixture bench(samples::withSheet(false));
   auto* sheet = shown<SyncSheet>(bench);
   ASSERT_NE(sheet, nullptr);
   EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
@@ -249,7 +249,7 @@ TEST(SyncSheet, SendsAndClosesWhenTheSnapshotSaysSo) {
 }
 
 TEST(SyncSheet, CanBeClosedWhileAReportIsUnderWayAndOpenedAnew) {
-  WindowBench bench(samples::withSheet(true));
+  WindowFixture bench(samples::withSheet(true));
   auto* sheet = shown<SyncSheet>(bench);
   ASSERT_NE(sheet, nullptr);
   auto* close = sheet->findChild<QPushButton*>(QStringLiteral("close"));
@@ -265,7 +265,7 @@ TEST(SyncSheet, CanBeClosedWhileAReportIsUnderWayAndOpenedAnew) {
 }
 
 TEST(SyncSheet, ShowsItsLines) {
-  WindowBench bench(samples::withSheet(false));
+  WindowFixture bench(samples::withSheet(false));
   const auto labels = shown<SyncSheet>(bench)->findChildren<QLabel*>();
   ASSERT_EQ(labels.size(), 1);
   EXPECT_EQ(labels.front()->text(),
@@ -278,7 +278,7 @@ TEST(SyncSheet, ShowsItsLines) {
 }
 
 TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
-  WindowBench bench(samples::idle());
+  WindowFixture bench(samples::idle());
   bench.window.close();
   EXPECT_TRUE(bench.window.isVisible());
   EXPECT_THAT(bench.closeRequests, ElementsAre(Leaving::byUser));
@@ -290,7 +290,7 @@ TEST(Closing, IsLeftToWhoeverKnowsWhetherARunIsGoing) {
 }
 
 TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForBehindItsSuccess) {
-  WindowBench bench(samples::running());
+  WindowFixture bench(samples::running());
   auto* notice = bench.window.findChild<NoticeStrip*>();
   QTest::keyClick(&bench.table(), Qt::Key_Q, Qt::ControlModifier);
   EXPECT_TRUE(notice->isVisible());
@@ -308,7 +308,7 @@ TEST(Closing, IsHeldBackDuringARunWithTheReasonShownAndAskedForBehindItsSuccess)
 }
 
 TEST(Closing, ByOrderWaitsForTheRunAndForNothingElse) {
-  WindowBench bench(samples::running());
+  WindowFixture bench(samples::running());
   bench.window.closeByOrder();
   bench.window.close();
   EXPECT_TRUE(bench.window.findChild<NoticeStrip*>()->isVisible());

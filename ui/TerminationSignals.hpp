@@ -10,13 +10,13 @@ namespace karvex::ui {
 /// The first is a request like the user's. Another SIGINT or SIGTERM ends the program at once, by
 /// std::quick_exit() with 128 and the signal's number: files and the terminal are put in order, and nothing
 /// is waited for. One at a time.
-class EndSignals {
+class TerminationSignals {
  public:
   /// `ask` is called once, on a thread of this object's own. Throws std::system_error.
-  explicit EndSignals(std::function<void()> ask);
-  ~EndSignals();
-  EndSignals(const EndSignals&) = delete;
-  EndSignals& operator=(const EndSignals&) = delete;
+  explicit TerminationSignals(std::function<void()> ask);
+  ~TerminationSignals();
+  TerminationSignals(const TerminationSignals&) = delete;
+  TerminationSignals& operator=(const TerminationSignals&) = delete;
 
  private:
   void run();

@@ -49,7 +49,7 @@ std::vector<std::uint8_t> sysExOf(std::size_t length);
 MIDIPacketList packet(const std::vector<std::uint8_t>& bytes, std::uint64_t timeStamp = 0);
 
 /// The service on the machine's own sequencer, with one client; skipped where there is none.
-class KernelBench : public testing::Test {
+class KernelFixture : public testing::Test {
  protected:
   using Ref = MIDIObjectRef;
 

@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "ui/qt/Shades.hpp"
+#include "ui/qt/Palette.hpp"
 
 namespace karvex::ui::qt {
 namespace {
 
 constexpr std::array tones{Tone::gray, Tone::orange, Tone::white, Tone::green, Tone::red};
 
-TEST(Shades, KnowTheContrastOfTheStandardsExamples) {
+TEST(Palette, KnowTheContrastOfTheStandardsExamples) {
   EXPECT_NEAR(contrastBetween(Qt::white, Qt::black), 21.0, 0.01);
   EXPECT_NEAR(contrastBetween(Qt::black, Qt::white), 21.0, 0.01);
   EXPECT_NEAR(contrastBetween(Qt::white, QColor(0x76, 0x76, 0x76)), 4.54,
@@ -15,7 +15,7 @@ TEST(Shades, KnowTheContrastOfTheStandardsExamples) {
   EXPECT_NEAR(contrastBetween(Qt::red, Qt::red), 1.0, 0.001);
 }
 
-TEST(Shades, AreReadableOnEveryGround) {
+TEST(Palette, AreReadableOnEveryGround) {
   for (int red = 0; red <= 255; red += 17) {
     for (int green = 0; green <= 255; green += 17) {
       for (int blue = 0; blue <= 255; blue += 51) {
@@ -30,7 +30,7 @@ TEST(Shades, AreReadableOnEveryGround) {
   }
 }
 
-TEST(Shades, KeepTheirMeaning) {
+TEST(Palette, KeepTheirMeaning) {
   for (const auto& ground :
        {QColor(Qt::white), QColor(Qt::black), QColor(0xef, 0xef, 0xef), QColor(0x1b, 0x1c, 0x1f)}) {
     EXPECT_NEAR(shadeOf(Tone::green, ground).hue(), 135, 30);

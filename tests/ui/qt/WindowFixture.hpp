@@ -13,14 +13,14 @@
 namespace karvex::ui::qt {
 
 /// The real window on the screen of the test, with actions that are written down.
-struct WindowBench {
+struct WindowFixture {
   RecordingActions actions;
   upgrade::LoadProgress progress = samples::progress();
   std::vector<Leaving> closeRequests;
   MainWindow window{
       {actions, [this] { return progress; }, [this](Leaving leaving) { closeRequests.push_back(leaving); }}};
 
-  explicit WindowBench(const Snapshot& snapshot) {
+  explicit WindowFixture(const Snapshot& snapshot) {
     window.draw(snapshot);
     window.show();
     window.activateWindow();

@@ -15,7 +15,7 @@ enum class Leaving {
 /// A wish that the program ends, kept by a front until it can be followed. A user's is dropped when a run
 /// that went on meanwhile ends in a failure: that one is to be seen, also if no alert tells of it. Whoever
 /// still wants to leave then asks once more.
-class LeavingWish {
+class QuitRequest {
  public:
   /// A user takes no order back.
   void make(Leaving leaving) {

@@ -1,4 +1,4 @@
-#include "ui/qt/Shades.hpp"
+#include "ui/qt/Palette.hpp"
 
 #include <algorithm>
 #include <cmath>

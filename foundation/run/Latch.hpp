@@ -4,11 +4,11 @@ namespace karvex::foundation {
 
 /// Where threads wait until another one lets them through. Closed at first; once open it stays so. Both
 /// operations may be called on any thread.
-class Gate {
+class Latch {
  public:
-  virtual ~Gate() = default;
+  virtual ~Latch() = default;
 
-  /// Blocks the calling thread until the gate is open.
+  /// Blocks the calling thread until the latch is open.
   virtual void wait() = 0;
 
   /// Lets through who waits and who comes.

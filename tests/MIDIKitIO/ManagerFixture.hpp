@@ -7,14 +7,14 @@
 
 #include "MIDIKitIO/manager/MIDIManager.hpp"
 #include "MIDIKitIO/objects/SystemObjects.hpp"
-#include "tests/MIDIKitIO/MIDITestBench.hpp"
+#include "tests/MIDIKitIO/MIDITestFixture.hpp"
 
 namespace midikit::io {
 
 /// A started manager, and equipment by name and unique ID.
-class ManagerBench : public MIDITestBench {
+class ManagerFixture : public MIDITestFixture {
  protected:
-  ManagerBench() { startOn({13, 0}); }
+  ManagerFixture() { startOn({13, 0}); }
 
   /// Another service and manager, on a platform of that version.
   void startOn(PlatformVersion version) {

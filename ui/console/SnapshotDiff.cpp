@@ -1,4 +1,4 @@
-#include "ui/console/Changes.hpp"
+#include "ui/console/SnapshotDiff.hpp"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "ui/LeavingWish.hpp"
+#include "ui/QuitRequest.hpp"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ Snapshot completeAndReporting() {
   return snapshot;
 }
 
-TEST(LeavingWish, IsDueOrDroppedByHowTheRunEnds) {
+TEST(QuitRequest, IsDueOrDroppedByHowTheRunEnds) {
   const struct {
     const char* what;
     Leaving leaving;
@@ -51,7 +51,7 @@ TEST(LeavingWish, IsDueOrDroppedByHowTheRunEnds) {
   };
   for (const auto& one : cases) {
     SCOPED_TRACE(one.what);
-    LeavingWish wish;
+    QuitRequest wish;
     for (const auto& snapshot : one.before) {
       wish.see(snapshot);
     }
@@ -66,8 +66,8 @@ TEST(LeavingWish, IsDueOrDroppedByHowTheRunEnds) {
   }
 }
 
-TEST(LeavingWish, AnOrderStaysOne) {
-  LeavingWish wish;
+TEST(QuitRequest, AnOrderStaysOne) {
+  QuitRequest wish;
   wish.see(running);
   wish.make(byUser);
   wish.make(byOrder);

@@ -1,4 +1,4 @@
-#include "tests/kernel/KernelBench.hpp"
+#include "tests/kernel/KernelFixture.hpp"
 
 #include <unistd.h>
 
@@ -38,7 +38,7 @@ MIDIPacketList packet(const std::vector<std::uint8_t>& bytes, std::uint64_t time
   return list;
 }
 
-void KernelBench::SetUp() {
+void KernelFixture::SetUp() {
   if (::access("/dev/snd/seq", R_OK | W_OK) != 0) {
     GTEST_SKIP() << "This machine has no ALSA sequencer; tests/kernel/run brings one up.";
   }
@@ -51,28 +51,28 @@ void KernelBench::SetUp() {
       noErr);
 }
 
-void KernelBench::TearDown() {
+void KernelFixture::TearDown() {
   service_.reset();
   std::error_code ignored;
   std::filesystem::remove_all(stateHome_, ignored);
 }
 
-std::shared_ptr<MIDIService> KernelBench::makeService() {
+std::shared_ptr<MIDIService> KernelFixture::makeService() {
   return makeAlsaMIDIService(runtime_);
 }
 
-std::string KernelBench::text(Ref object, std::string_view key) const {
+std::string KernelFixture::text(Ref object, std::string_view key) const {
   std::optional<std::string> value;
   return service_->MIDIObjectGetStringProperty(object, key, value) == noErr ? value.value_or("") : "";
 }
 
-std::optional<std::int32_t> KernelBench::number(Ref object, std::string_view key) const {
+std::optional<std::int32_t> KernelFixture::number(Ref object, std::string_view key) const {
   std::int32_t value = 0;
   return service_->MIDIObjectGetIntegerProperty(object, key, value) == noErr ? std::optional(value)
                                                                              : std::nullopt;
 }
 
-MIDIObjectRef KernelBench::source(const std::string& name) const {
+MIDIObjectRef KernelFixture::source(const std::string& name) const {
   for (std::size_t index = 0; index < service_->MIDIGetNumberOfSources(); ++index) {
     if (text(service_->MIDIGetSource(index)) == name) {
       return service_->MIDIGetSource(index);
@@ -81,7 +81,7 @@ MIDIObjectRef KernelBench::source(const std::string& name) const {
   return 0;
 }
 
-MIDIObjectRef KernelBench::destination(const std::string& name) const {
+MIDIObjectRef KernelFixture::destination(const std::string& name) const {
   for (std::size_t index = 0; index < service_->MIDIGetNumberOfDestinations(); ++index) {
     if (text(service_->MIDIGetDestination(index)) == name) {
       return service_->MIDIGetDestination(index);
@@ -90,7 +90,7 @@ MIDIObjectRef KernelBench::destination(const std::string& name) const {
   return 0;
 }
 
-MIDIObjectRef KernelBench::device(std::string_view key, const std::string& value) const {
+MIDIObjectRef KernelFixture::device(std::string_view key, const std::string& value) const {
   for (std::size_t index = 0; index < service_->MIDIGetNumberOfDevices(); ++index) {
     if (text(service_->MIDIGetDevice(index), key) == value) {
       return service_->MIDIGetDevice(index);
@@ -99,25 +99,25 @@ MIDIObjectRef KernelBench::device(std::string_view key, const std::string& value
   return 0;
 }
 
-bool KernelBench::hasEntity(Ref endpoint) const {
+bool KernelFixture::hasEntity(Ref endpoint) const {
   Ref entity = 0;
   EXPECT_EQ(service_->MIDIEndpointGetEntity(endpoint, entity), noErr);
   return entity != 0;
 }
 
-MIDIObjectRef KernelBench::inputPort() {
+MIDIObjectRef KernelFixture::inputPort() {
   Ref port = 0;
   EXPECT_EQ(service_->MIDIInputPortCreateWithBlock(client_, "in", port, reader()), noErr);
   return port;
 }
 
-MIDIObjectRef KernelBench::outputPort() {
+MIDIObjectRef KernelFixture::outputPort() {
   Ref port = 0;
   EXPECT_EQ(service_->MIDIOutputPortCreate(client_, "out", port), noErr);
   return port;
 }
 
-MIDIReadBlock KernelBench::reader() {
+MIDIReadBlock KernelFixture::reader() {
   return [this](const MIDIPacketList& list, ConnectionToken) {
     for (std::size_t index = 0; index < list.packetCount(); ++index) {
       for (const auto byte : list.packet(index).bytes) {
@@ -127,11 +127,11 @@ MIDIReadBlock KernelBench::reader() {
   };
 }
 
-std::vector<std::uint8_t> KernelBench::received() const {
+std::vector<std::uint8_t> KernelFixture::received() const {
   return received_.all();
 }
 
-std::size_t KernelBench::told(std::int32_t messageID) const {
+std::size_t KernelFixture::told(std::int32_t messageID) const {
   const auto all = notifications_.all();
   return static_cast<std::size_t>(std::ranges::count(all, messageID, &MIDINotification::messageID));
 }

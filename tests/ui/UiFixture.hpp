@@ -17,15 +17,15 @@
 namespace karvex::ui {
 
 /// The window without a toolkit, on a rig of boards in virtual time, with the log channels caught.
-class UiBench : public testing::Test {
+class UiFixture : public testing::Test {
  protected:
-  UiBench() {
+  UiFixture() {
     loader::set_load_status(loader::LOAD_STATUS_IDLE);
     foundation::log::redirectSystem([](std::string_view) {});
     foundation::log::redirectPrint([](std::string_view) {});
     foundation::log::redirectDebug([this](std::string_view text) { debugged.emplace_back(text); });
   }
-  ~UiBench() override {
+  ~UiFixture() override {
     foundation::log::redirectSystem(nullptr);
     foundation::log::redirectPrint(nullptr);
     foundation::log::redirectDebug(nullptr);

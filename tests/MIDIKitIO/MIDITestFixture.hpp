@@ -35,7 +35,7 @@ std::vector<std::string> namesOf(const std::vector<Object>& objects) {
 }
 
 /// A service on virtual time, on a platform that has everything, with nothing attached.
-class MIDITestBench : public testing::Test {
+class MIDITestFixture : public testing::Test {
  protected:
   /// Lets all that waits on the service's threads and the queues run, but for the main queue.
   void settle() { runtime.clock().sleepFor(std::chrono::milliseconds(1)); }

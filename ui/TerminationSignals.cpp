@@ -1,4 +1,4 @@
-#include "ui/EndSignals.hpp"
+#include "ui/TerminationSignals.hpp"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@
 namespace karvex::ui {
 namespace {
 
-constexpr std::array endSignals{SIGINT, SIGTERM, SIGHUP};
+constexpr std::array terminationSignals{SIGINT, SIGTERM, SIGHUP};
 
 /// Takes the place of a signal's number when the thread is to end.
 constexpr unsigned char nobody = 0;
@@ -31,7 +31,7 @@ constexpr int statusBase = 128;
 /// The pipe's end for the handler, and what the signals did before. Written while no handler is installed.
 std::atomic<int> notesTo = -1;
 static_assert(std::atomic<int>::is_always_lock_free, "a handler reads it");
-std::array<struct sigaction, endSignals.size()> before;
+std::array<struct sigaction, terminationSignals.size()> before;
 
 void leaveNote(unsigned char signal) {
   // A full pipe holds enough requests.
@@ -63,7 +63,7 @@ std::optional<unsigned char> nextNote(int descriptor) {
 
 }  // namespace
 
-EndSignals::EndSignals(std::function<void()> ask) : ask_(std::move(ask)) {
+TerminationSignals::TerminationSignals(std::function<void()> ask) : ask_(std::move(ask)) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category(), "pipe");
@@ -72,20 +72,20 @@ EndSignals::EndSignals(std::function<void()> ask) : ask_(std::move(ask)) {
   notesTo = ends[1];
   ::fcntl(ends[1], F_SETFL, O_NONBLOCK);  // A handler must not wait.
   thread_ = std::thread([this] { run(); });
-  for (std::size_t place = 0; place < endSignals.size(); ++place) {
+  for (std::size_t place = 0; place < terminationSignals.size(); ++place) {
     struct sigaction action{};
     action.sa_handler = handle;
     action.sa_flags = SA_RESTART;
-    sigaction(endSignals[place], nullptr, &before[place]);
+    sigaction(terminationSignals[place], nullptr, &before[place]);
     if (before[place].sa_handler != SIG_IGN) {
-      sigaction(endSignals[place], &action, nullptr);
+      sigaction(terminationSignals[place], &action, nullptr);
     }
   }
 }
 
-EndSignals::~EndSignals() {
-  for (std::size_t place = 0; place < endSignals.size(); ++place) {
-    sigaction(endSignals[place], &before[place], nullptr);
+TerminationSignals::~TerminationSignals() {
+  for (std::size_t place = 0; place < terminationSignals.size(); ++place) {
+    sigaction(terminationSignals[place], &before[place], nullptr);
   }
   leaveNote(nobody);
   thread_.join();
@@ -93,7 +93,7 @@ EndSignals::~EndSignals() {
   ::close(descriptor_);
 }
 
-void EndSignals::run() {
+void TerminationSignals::run() {
   using Clock = std::chrono::steady_clock;  // Signals come in the machine's time, whatever the program's is.
   bool hasAsked = false;
   std::optional<Clock::time_point> first;
