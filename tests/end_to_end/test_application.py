@@ -1,12 +1,10 @@
-"""Checks what a transcript can't show of the application on the rig: its memory, a file that changes, a terminal.
+"""Checks what a transcript can't show of the application on the rig: its memory and a terminal.
 
 Run: python3 test_application.py --program PATH
 """
 
-import os
 import re
 import sys
-import threading
 
 from runner import Rig, Run, Skipped, Terminal, main, require, require_equal
 
@@ -18,7 +16,6 @@ MEMORY_MARGIN = 6 * MEGABYTE
 LONG_LINE_MARGIN = 8 * MEGABYTE
 """What a load may need beyond that of a short file, whatever is in its file."""
 
-CHANGING_FILE_RUNS = 10
 RECORD = b":0400000001020304F2"
 
 
@@ -58,35 +55,6 @@ def memory_grows_with_the_flashes_alone(rig: Rig) -> None:
     require(growth <= allowed, f"memory grows by {growth} bytes, {allowed} are allowed")
 
 
-def a_file_that_changes_while_it_is_read(rig: Rig) -> None:
-    """The load and the check of the flash read it at different times, so a load that went well can end as one that
-    doesn't match."""
-    contents = [RECORD + b"\n:00000001FF\n", (RECORD + b"\n") * 4000, os.urandom(50_000), b""]
-    (rig.directory / "file.hex").write_bytes(contents[0])
-    stop = threading.Event()
-
-    def rewrite() -> None:
-        turn = 0
-        while not stop.is_set():
-            turn += 1
-            with (rig.directory / "file.hex").open("wb", buffering=0) as output:
-                for start in range(0, len(contents[turn % 4]), 4096):
-                    output.write(contents[turn % 4][start:start + 4096])
-
-    writer = threading.Thread(target=rewrite)
-    writer.start()
-    try:
-        for _ in range(CHANGING_FILE_RUNS):
-            run = load(rig)
-            went_well = run.report["result"] == "Success"
-            require_equal("boot report", run.report["boot_report"], went_well)
-            require_equal("reports of a refused file", went_well or run.report["reports"] == 0, True)
-            require_equal("exit status", run.exit_status, 0 if went_well and run.report["flash_matches"] else 3)
-    finally:
-        stop.set()
-        writer.join()
-
-
 def by_keys_on_a_terminal(rig: Rig) -> None:
     with Terminal(rig.program, "--boards", "1") as terminal:
         terminal.see("1 - ")
@@ -103,8 +71,7 @@ def by_keys_on_a_terminal(rig: Rig) -> None:
         terminal.require_given_back()
 
 
-CHECKS = (memory_on_a_line_of_100_MB, memory_grows_with_the_flashes_alone, a_file_that_changes_while_it_is_read,
-          by_keys_on_a_terminal)
+CHECKS = (memory_on_a_line_of_100_MB, memory_grows_with_the_flashes_alone, by_keys_on_a_terminal)
 
 
 if __name__ == "__main__":

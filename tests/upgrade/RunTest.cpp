@@ -3,25 +3,15 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <functional>
-#include <random>
+#include <utility>
 
-#include "app/LoaderHost.hpp"
-#include "device/PortName.hpp"
 #include "foundation/NotificationCenter.hpp"
-#include "loader/load.hpp"
 #include "tests/upgrade/UpgradeFixture.hpp"
 
 namespace karvex::upgrade {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::Contains;
-using testing::Each;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
 
 TEST(RunTest, WhileARunIsGoingNobodyElseSelects) {
   UpgradeFixture fixture(2);
@@ -79,47 +69,6 @@ TEST(RunTest, OnlyAnAttachedDeviceWakesTheUploadButton) {
     EXPECT_FALSE(fixture.model.isUploadButtonDisabled.get());
   });
   fixture.settle();
-}
-
-/// The three flags are always one of the four triples, and a run is going just when they say so.
-TEST(RunTest, TheControlsAreInOneOfTheirStatesWhateverHappens) {
-  std::mt19937 random(7);
-  for (int walk = 0; walk < 8; ++walk) {
-    SCOPED_TRACE(walk);
-    UpgradeFixture fixture(3);
-    fixture.appear();
-    const auto look = [&] {
-      const std::array flags{fixture.model.isUploadButtonDisabled.get(),
-                             fixture.model.loadingInProgress.get(),
-                             fixture.model.actionButtonsDisabled.get()};
-      EXPECT_TRUE(flags == (std::array{true, false, false}) || flags == (std::array{false, false, false}) ||
-                  flags == (std::array{true, true, true}))
-          << flags[0] << flags[1] << flags[2];
-    };
-    for (int event = 0; event < 40; ++event) {
-      const auto choice = random() % 8;
-      fixture.runtime.mainQueue().post([&, choice, row = random() % 3] {
-        const auto rows = fixture.rows();
-        if (choice < 2 && row < rows.size()) {
-          fixture.view->select(rows[row].id);
-        } else if (choice == 2 && !fixture.model.isUploadButtonDisabled.get()) {
-          fixture.model.loadingInProgress.set(true);
-        } else if (choice == 3 && !fixture.model.actionButtonsDisabled.get()) {
-          foundation::NotificationCenter::defaultCenter().post(scanDevicesNotification);
-        } else if (choice == 4) {
-          if (const auto alert = fixture.alert()) {
-            fixture.view->confirm(*alert);
-          }
-        } else if (choice == 5) {
-          fixture.rig.bus.unplug(fixture.serialAt(row));
-        } else if (choice == 6) {
-          fixture.rig.bus.repair(fixture.serialAt(row));
-        }
-      });
-      fixture.runFor(std::chrono::milliseconds(random() % 4000));
-      look();
-    }
-  }
 }
 
 }  // namespace
