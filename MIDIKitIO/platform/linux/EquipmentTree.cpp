@@ -206,7 +206,8 @@ std::optional<std::string> usableSerialNumber(std::string_view raw) {
   std::size_t units = 0;
   for (auto rest = raw; !rest.empty();) {
     const auto character = karvex::foundation::firstCharacter(rest);
-    if (!character || character->isControl() || (units += character->utf16Units()) > longestText) {
+    units += character ? character->utf16Units() : 1;
+    if (!character || character->isControl() || units > longestText) {
       return std::nullopt;
     }
     rest.remove_prefix(character->bytes.size());

@@ -8,7 +8,8 @@ std::optional<std::string> serialNumberFromUsb(std::string_view raw) {
   std::size_t units = 0;
   for (auto rest = raw; !rest.empty();) {
     const auto character = foundation::firstCharacter(rest);
-    if (!character || character->isControl() || (units += character->utf16Units()) > longestUsbString) {
+    units += character ? character->utf16Units() : 1;
+    if (!character || character->isControl() || units > longestUsbString) {
       return std::nullopt;
     }
     rest.remove_prefix(character->bytes.size());
